@@ -1,0 +1,12 @@
+# GoogleTest from the distribution's source package, compiled for whichever target is being built.
+execute_process(COMMAND dpkg -L googletest OUTPUT_VARIABLE files RESULT_VARIABLE failed)
+if(failed)
+  message(FATAL_ERROR "The tests need Debian's package googletest; or configure with -DCORVANE_TESTS=OFF.")
+endif()
+string(REGEX MATCH "[^\n]*/googletest/CMakeLists.txt" list_file "${files}")
+get_filename_component(source "${list_file}" DIRECTORY)
+set(INSTALL_GTEST OFF)
+set(BUILD_GMOCK OFF)
+add_subdirectory(${source} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+target_compile_options(gtest PRIVATE -w)
+target_compile_options(gtest_main PRIVATE -w)

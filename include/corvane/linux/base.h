@@ -1,0 +1,101 @@
+// Integer types, result codes, GUIDs and the thread's last error, under their Win32 names.
+// Widths are those of Windows: LONG, ULONG, DWORD and HRESULT have 32 bits. `wchar_t` keeps Linux's 32 bits.
+#ifndef CORVANE_LINUX_BASE_H_
+#define CORVANE_LINUX_BASE_H_
+
+#include <cstdint>
+#include <cstring>
+
+#define CORVANE_API __attribute__((visibility("default")))
+#define WINAPI
+#define STDMETHODCALLTYPE
+
+typedef std::uint8_t BYTE;
+typedef char CHAR;
+typedef std::int16_t SHORT;
+typedef std::uint16_t USHORT;
+typedef std::uint16_t WORD;
+typedef std::int32_t LONG;
+typedef std::uint32_t ULONG;
+typedef std::uint32_t DWORD;
+typedef int INT;
+typedef unsigned int UINT;
+typedef int BOOL;
+typedef std::int64_t LONGLONG;
+typedef std::uint64_t ULONGLONG;
+typedef float FLOAT;
+typedef double DOUBLE;
+typedef double DATE;
+typedef wchar_t WCHAR;
+typedef wchar_t OLECHAR;
+typedef void* HANDLE;
+typedef std::int32_t HRESULT;
+typedef std::int32_t SCODE;
+typedef DWORD LCID;
+
+typedef union tagCY {
+  LONGLONG int64;
+} CY;
+
+#ifndef TRUE
+#define TRUE 1
+#endif
+#ifndef FALSE
+#define FALSE 0
+#endif
+
+typedef struct _GUID {
+  std::uint32_t Data1;
+  std::uint16_t Data2;
+  std::uint16_t Data3;
+  std::uint8_t Data4[8];
+} GUID;
+typedef GUID IID;
+typedef GUID CLSID;
+typedef GUID UUID;
+typedef const GUID& REFGUID;
+typedef const IID& REFIID;
+typedef const CLSID& REFCLSID;
+
+inline bool operator==(const GUID& a, const GUID& b) { return std::memcmp(&a, &b, sizeof(GUID)) == 0; }
+inline bool operator!=(const GUID& a, const GUID& b) { return !(a == b); }
+inline bool IsEqualGUID(REFGUID a, REFGUID b) { return a == b; }
+inline bool IsEqualIID(REFIID a, REFIID b) { return a == b; }
+
+#define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
+#define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
+
+#define S_OK (static_cast<HRESULT>(0))
+#define S_FALSE (static_cast<HRESULT>(1))
+#define E_NOTIMPL (static_cast<HRESULT>(0x80004001))
+#define E_NOINTERFACE (static_cast<HRESULT>(0x80004002))
+#define E_POINTER (static_cast<HRESULT>(0x80004003))
+#define E_FAIL (static_cast<HRESULT>(0x80004005))
+#define E_UNEXPECTED (static_cast<HRESULT>(0x8000FFFF))
+#define E_OUTOFMEMORY (static_cast<HRESULT>(0x8007000E))
+#define E_INVALIDARG (static_cast<HRESULT>(0x80070057))
+#define CO_E_NOTINITIALIZED (static_cast<HRESULT>(0x800401F0))
+#define CLASS_E_NOAGGREGATION (static_cast<HRESULT>(0x80040110))
+#define CLASS_E_CLASSNOTAVAILABLE (static_cast<HRESULT>(0x80040111))
+#define REGDB_E_CLASSNOTREG (static_cast<HRESULT>(0x80040154))
+#define DISP_E_TYPEMISMATCH (static_cast<HRESULT>(0x80020005))
+#define DISP_E_BADVARTYPE (static_cast<HRESULT>(0x80020008))
+#define DISP_E_OVERFLOW (static_cast<HRESULT>(0x8002000A))
+#define DISP_E_BADINDEX (static_cast<HRESULT>(0x8002000B))
+#define DISP_E_ARRAYISLOCKED (static_cast<HRESULT>(0x8002000D))
+
+#define ERROR_SUCCESS 0
+#define ERROR_FILE_NOT_FOUND 2
+#define ERROR_INVALID_PARAMETER 87
+#define ERROR_INSUFFICIENT_BUFFER 122
+#define ERROR_NO_UNICODE_TRANSLATION 1113
+
+extern "C" {
+
+// The calling thread's last error: 0 on a new thread, changed only by SetLastError and by operations that say so.
+CORVANE_API DWORD WINAPI GetLastError();
+CORVANE_API void WINAPI SetLastError(DWORD code);
+
+}  // extern "C"
+
+#endif  // CORVANE_LINUX_BASE_H_

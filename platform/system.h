@@ -1,0 +1,16 @@
+// The internal platform door: what the library calls beyond the types of its exported interface (time, UUIDs, text
+// conversion). On Windows the system's headers, on Linux the layer's, one header an API family.
+#ifndef CORVANE_PLATFORM_SYSTEM_H_
+#define CORVANE_PLATFORM_SYSTEM_H_
+
+#include "corvane/platform.h"
+
+#ifdef _WIN32
+#include <rpc.h>
+#else
+#include "platform/linux/misc/text.h"
+#include "platform/linux/misc/time.h"
+#include "platform/linux/misc/uuid.h"
+#endif
+
+#endif  // CORVANE_PLATFORM_SYSTEM_H_
