@@ -1,6 +1,7 @@
-// The platform's types that the exported interface speaks: HRESULT, VARIANT, BSTR, IXMLDOMNode, HANDLE.
-// On Windows the system's own headers; on Linux the layer under corvane/linux, with the same names,
-// signatures, result codes and edge behaviour. The only public header with a platform switch.
+// The platform's types that the exported interface speaks: HRESULT, VARIANT, BSTR, IXMLDOMNode,
+// HANDLE. On Windows the system's own headers; on Linux the layer under corvane/linux, with the
+// same names, signatures, result codes and edge behaviour. The only public header with a platform
+// switch.
 #ifndef CORVANE_PLATFORM_H_
 #define CORVANE_PLATFORM_H_
 
@@ -9,7 +10,8 @@
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
-// clang-format off: winsock2.h must precede windows.h, and objbase.h the DOM.
+// winsock2.h must precede windows.h, and objbase.h the DOM.
+// clang-format off
 #include <winsock2.h>
 #include <windows.h>
 #include <objbase.h>

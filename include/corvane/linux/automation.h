@@ -122,7 +122,7 @@ typedef VARIANT VARIANTARG;
 #define V_ISBYREF(x) (V_VT(x) & VT_BYREF)
 #define V_ISARRAY(x) (V_VT(x) & VT_ARRAY)
 
-// VariantChangeType flag: booleans become "True" and "False".
+// VariantChangeType flag: booleans become "True" and "False". Other flags have no effect.
 #define VARIANT_ALPHABOOL 0x02
 
 extern "C" {
@@ -147,11 +147,17 @@ CORVANE_API HRESULT WINAPI VariantCopyInd(VARIANT* destination, const VARIANTARG
 
 // Converts `source` to `type` (source and destination may be the same variant). On failure the destination is as it
 // was. DISP_E_TYPEMISMATCH: no such conversion, or text that is no number. DISP_E_OVERFLOW: the number does not fit.
-// DISP_E_BADVARTYPE: a type the layer does not know. Numbers are written and read with "." as the decimal point.
+// DISP_E_BADVARTYPE: a type the layer does not know, or a NULL VT_DISPATCH. E_INVALIDARG: a DATE outside the years 100 to
+// 9999 to text, a NULL array of bytes to text, a reference to a reference. E_OUTOFMEMORY.
+//
+// Text is that of US English whatever the process's locale: "1234.5", "1/30/2001 1:02:03 PM". Reading takes blanks
+// around a number, a sign or parentheses, "$", "," between digits, an exponent, and &H / &O; dates only as M/D/YYYY or
+// YYYY-MM-DD, H:MM or H:MM:SS with or without AM / PM, or both. Halves round to even. Integers of one width but
+// different sign keep their bits (-1 as VT_I4 becomes 4294967295 as VT_UI4).
 CORVANE_API HRESULT WINAPI VariantChangeType(VARIANTARG* destination, const VARIANTARG* source, USHORT flags,
                                              VARTYPE type);
 
-// SAFEARRAY, one dimension. Element types: the integers and reals above, VT_BOOL, VT_BSTR, VT_VARIANT, VT_UNKNOWN,
+// SAFEARRAY, one dimension, made by SafeArrayCreateVector or SafeArrayCopy only. Element types: the integers and reals above, VT_BOOL, VT_BSTR, VT_VARIANT, VT_UNKNOWN,
 // VT_DISPATCH, VT_ERROR, VT_CY, VT_DATE. Destroying or copying an array destroys or copies its elements.
 // SafeArrayGetElement copies out (the caller frees), SafeArrayPutElement copies in; an index outside the bounds gives
 // DISP_E_BADINDEX. For VT_BSTR, VT_UNKNOWN and VT_DISPATCH PutElement takes the pointer itself, as on Windows.

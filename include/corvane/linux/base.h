@@ -21,8 +21,8 @@ typedef std::uint32_t DWORD;
 typedef int INT;
 typedef unsigned int UINT;
 typedef int BOOL;
-typedef std::int64_t LONGLONG;
-typedef std::uint64_t ULONGLONG;
+typedef long long LONGLONG;  // not int64_t, which is `long` here: _variant_t tells the two apart
+typedef unsigned long long ULONGLONG;
 typedef float FLOAT;
 typedef double DOUBLE;
 typedef double DATE;
@@ -88,6 +88,7 @@ inline bool IsEqualIID(REFIID a, REFIID b) { return a == b; }
 #define ERROR_FILE_NOT_FOUND 2
 #define ERROR_INVALID_PARAMETER 87
 #define ERROR_INSUFFICIENT_BUFFER 122
+#define ERROR_INVALID_FLAGS 1004
 #define ERROR_NO_UNICODE_TRANSLATION 1113
 
 extern "C" {

@@ -37,9 +37,10 @@ extern "C" {
 CORVANE_API HRESULT WINAPI CoInitialize(void* reserved);
 CORVANE_API void WINAPI CoUninitialize();
 
-// CO_E_NOTINITIALIZED on a thread without CoInitialize, REGDB_E_CLASSNOTREG for an unknown class or a context without
-// CLSCTX_INPROC_SERVER, CLASS_E_NOAGGREGATION, E_NOINTERFACE, E_INVALIDARG for a NULL output. *object and *factory are
-// NULL after every failure.
+// Checked in this order: a NULL output (E_POINTER from CoCreateInstance, E_INVALIDARG from
+// CoGetClassObject); CO_E_NOTINITIALIZED on a thread without CoInitialize; REGDB_E_CLASSNOTREG for
+// an unknown class or a context without CLSCTX_INPROC_SERVER; CLASS_E_NOAGGREGATION; E_NOINTERFACE.
+// *object and *factory are NULL after every failure. `reserved` is ignored.
 CORVANE_API HRESULT WINAPI CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID iid,
                                             void** object);
 CORVANE_API HRESULT WINAPI CoGetClassObject(REFCLSID classId, DWORD context, void* reserved, REFIID iid,

@@ -1,0 +1,4 @@
+# The library, its headers and the tool.
+include(GNUInstallDirs)
+install(TARGETS corvane corvane_tool)
+install(DIRECTORY include/corvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

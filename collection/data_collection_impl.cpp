@@ -1,0 +1,75 @@
+#include "collection/data_collection_impl.h"
+
+#include "core/file_time.h"
+#include "corvane/static_data_item_spec.h"
+#include "spec/item_key.h"
+
+namespace Corvane {
+
+DataCollectionImpl::DataCollectionImpl() {
+  TraceScope trace(L"Corvane::DataCollectionImpl::DataCollectionImpl");
+  m_com.Begin(trace);
+}
+
+DataCollectionImpl::~DataCollectionImpl() {
+  TraceScope trace(L"Corvane::DataCollectionImpl::~DataCollectionImpl");
+  if (m_cache) m_cache->SetDataValues(&m_values);
+  m_cache.Reset();
+  m_values.clear();
+  m_com.End();
+}
+
+HRESULT DataCollectionImpl::GetValue(const wchar_t* name, VARIANT* value) {
+  TraceScope trace(L"Corvane::DataCollectionImpl::GetValue");
+  if (!name || !value) return E_FAIL;
+  const auto entry = m_values.find(std::wstring_view(name));
+  if (entry == m_values.end()) return E_FAIL;
+  CachedValue& stored = entry->second;  // not const: some system headers take the source of a copy so
+  if (IsExpired(stored.timestamp, stored.lifespan)) return E_FAIL;
+  _com_util::CheckError(VariantCopy(value, &stored.value));
+  return S_OK;
+}
+
+HRESULT DataCollectionImpl::ClearValues(const wchar_t* prefix) {
+  TraceScope trace(L"Corvane::DataCollectionImpl::ClearValues");
+  if (!prefix || !*prefix) return E_FAIL;
+  const std::wstring_view wanted = prefix;
+  const std::size_t erased = std::erase_if(m_values, [wanted](const auto& entry) {
+    const std::wstring_view key = entry.first;
+    const std::size_t colon = key.find(L':');
+    return colon != std::wstring_view::npos && key.substr(0, colon) == wanted;
+  });
+  return erased > 0 ? S_OK : E_FAIL;
+}
+
+HRESULT DataCollectionImpl::LoadStaticItems(DataMapSpec* spec) {
+  TraceScope trace(L"Corvane::DataCollectionImpl::LoadStaticItems");
+  if (!spec || spec->SizeOf() == 0) return E_FAIL;
+  const int count = spec->SizeOf();
+  spec->Begin();
+  for (int i = 0; i < count; ++i) {
+    const auto* const item = dynamic_cast<StaticDataItemSpec*>(spec->GetNextDataItemSpec());
+    if (!item || !item->GetStaticDataItemValue()) continue;
+    const std::wstring key = ItemKey(*item);
+    if (key.empty()) continue;
+    _variant_t value(item->GetStaticDataItemValue());
+    if (StoreValue(key.c_str(), &value, 0) == S_OK) spec->RemoveFromMap();
+  }
+  return S_OK;
+}
+
+HRESULT DataCollectionImpl::StoreValue(const wchar_t* key, VARIANT* value, unsigned int lifespan) {
+  TraceScope trace(L"Corvane::DataCollectionImpl::StoreValue");
+  if (!key || !value) return E_FAIL;
+  std::uint64_t timestamp = 0;
+  if (lifespan != 0 && !GetCurrentFileTime(&timestamp)) return E_FAIL;
+  m_values.insert_or_assign(key, CachedValue{_variant_t(*value), timestamp, lifespan});
+  return S_OK;
+}
+
+HRESULT DataCollectionImpl::PopulateValueFromCache(ICacheProvider*, DataMapSpec*) {
+  TraceScope trace(L"Corvane::DataCollectionImpl::PopulateValueFromCache");
+  return S_FALSE;  // no cache that keeps values between runs exists yet
+}
+
+}  // namespace Corvane

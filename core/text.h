@@ -1,0 +1,28 @@
+// Wide and narrow text.
+#ifndef CORVANE_CORE_TEXT_H_
+#define CORVANE_CORE_TEXT_H_
+
+#include <string>
+#include <string_view>
+
+#include "core/unique_bstr.h"
+
+namespace Corvane {
+
+// A to Z match a to z; nothing else folds.
+bool EqualsIgnoreAsciiCase(std::wstring_view a, std::wstring_view b);
+
+// Between the system's default code page (UTF-8 on Linux) and wide text. Bytes or characters that
+// the other side lacks become its replacement character. A text too long to convert (2 GB) gives an
+// empty one.
+UniqueBstr BstrFromNarrow(std::string_view narrow);
+std::string Narrow(std::wstring_view wide);
+
+// Copies `text` with its terminator when `bufferSize` characters hold it: 0, else E_OUTOFMEMORY,
+// with a null buffer too. *requiredLength is the text's length + 1 in either case.
+HRESULT CopyToBuffer(std::wstring_view text, wchar_t* buffer, std::uint32_t bufferSize,
+                     std::uint32_t* requiredLength);
+
+}  // namespace Corvane
+
+#endif  // CORVANE_CORE_TEXT_H_

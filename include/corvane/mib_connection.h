@@ -1,0 +1,37 @@
+// An SNMP session to the device (RFC 3411 to 3418), opened by the host.
+#ifndef CORVANE_MIB_CONNECTION_H_
+#define CORVANE_MIB_CONNECTION_H_
+
+#include <cstdint>
+
+#include "corvane/disposable.h"
+
+namespace Corvane {
+
+// OIDs are dotted decimal text. Codes go back to the library's caller unchanged; 0 is success. The
+// caller of an operation clears the variants that it fills. Operations marked "host" are never
+// called by the library.
+class CORVANE_API MIBConnection : public virtual Corvane::IDisposable {
+ public:
+  MIBConnection();
+  MIBConnection(const MIBConnection& other);
+  MIBConnection& operator=(const MIBConnection& other);
+
+  virtual bool IsOpen() = 0;  // host
+  virtual HRESULT GetValue(const wchar_t* oid, VARIANT* value) = 0;
+  // `count` OIDs and `count` initialised variants.
+  virtual HRESULT GetMultipleValues(const wchar_t** oids, VARIANT* values, std::uint32_t count) = 0;
+  // The next OID after `oid` and its value; `nextOidChars` counts wide characters with the
+  // terminator.
+  virtual HRESULT GetNextOidAndValue(const wchar_t* oid, wchar_t* nextOid,
+                                     std::uint32_t nextOidChars, VARIANT* value) = 0;
+  virtual HRESULT SetValue(const wchar_t* oid, VARIANT* value) = 0;
+  virtual HRESULT SetTimeout(std::uint32_t timeoutMs, std::uint32_t retries) = 0;  // host
+  virtual void Close() = 0;                                                        // host
+
+  virtual ~MIBConnection();
+};
+
+}  // namespace Corvane
+
+#endif  // CORVANE_MIB_CONNECTION_H_

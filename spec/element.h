@@ -1,0 +1,52 @@
+// Reading the elements of a specification.
+#ifndef CORVANE_SPEC_ELEMENT_H_
+#define CORVANE_SPEC_ELEMENT_H_
+
+#include "core/ref_ptr.h"
+#include "core/text.h"
+#include "core/unique_bstr.h"
+#include "corvane/platform.h"
+
+namespace Corvane {
+
+// Null for a null element, and for a node that has no attributes.
+inline RefPtr<IXMLDOMNamedNodeMap> AttributesOf(IXMLDOMNode* element) {
+  RefPtr<IXMLDOMNamedNodeMap> attributes;
+  if (element && element->get_attributes(attributes.Receive()) != S_OK) attributes.Reset();
+  return attributes;
+}
+
+inline RefPtr<IXMLDOMNodeList> ChildrenOf(IXMLDOMNode* element) {
+  RefPtr<IXMLDOMNodeList> children;
+  if (element && element->get_childNodes(children.Receive()) != S_OK) children.Reset();
+  return children;
+}
+
+// Local name, without a prefix; empty for a node that has none.
+inline UniqueBstr LocalNameOf(IXMLDOMNode* node) {
+  UniqueBstr name;
+  if (node && FAILED(node->get_baseName(name.Receive()))) name.Reset();
+  return name;
+}
+
+// The attribute's text; null when it is absent or cannot be read, so that an empty text is a text.
+inline UniqueBstr AttributeText(IXMLDOMNamedNodeMap* attributes, const wchar_t* name) {
+  UniqueBstr text;
+  if (!attributes) return text;
+  const UniqueBstr key = UniqueBstr::Make(name);
+  RefPtr<IXMLDOMNode> attribute;
+  if (attributes->getNamedItem(key.Get(), attribute.Receive()) != S_OK || !attribute) return text;
+  if (FAILED(attribute->get_text(text.Receive()))) text.Reset();
+  return text;
+}
+
+// Calls `use` for every node of the list, in order.
+template <typename Use>
+void ForEachNode(IXMLDOMNodeList* nodes, Use use) {
+  RefPtr<IXMLDOMNode> node;
+  while (nodes && nodes->nextNode(node.Receive()) == S_OK && node) use(node.Get());
+}
+
+}  // namespace Corvane
+
+#endif  // CORVANE_SPEC_ELEMENT_H_

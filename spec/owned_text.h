@@ -1,0 +1,20 @@
+// The texts of an item spec: heap copies that free() releases.
+#ifndef CORVANE_SPEC_OWNED_TEXT_H_
+#define CORVANE_SPEC_OWNED_TEXT_H_
+
+#include <cstdlib>
+#include <cwchar>
+
+namespace Corvane {
+
+// Null gives null; so does a lack of memory.
+inline wchar_t* DuplicateText(const wchar_t* text) { return text ? wcsdup(text) : nullptr; }
+
+inline void FreeText(wchar_t*& text) {
+  std::free(text);
+  text = nullptr;
+}
+
+}  // namespace Corvane
+
+#endif  // CORVANE_SPEC_OWNED_TEXT_H_
