@@ -1,8 +1,9 @@
-// Automation values: BSTR, SAFEARRAY, VARIANT and their operations, with the result codes of oleaut32.
+// Automation values: BSTR, SAFEARRAY, VARIANT and their operations, with the result codes of
+// oleaut32.
 //
-// A BSTR is a NUL-terminated wide string with a 32-bit count of its bytes before the first character. It may hold
-// NULs, and its byte length need not be a multiple of sizeof(wchar_t). NULL stands for the empty string.
-// Nothing here is locked: one value, one thread at a time.
+// A BSTR is a NUL-terminated wide string with a 32-bit count of its bytes before the first
+// character. It may hold NULs, and its byte length need not be a multiple of sizeof(wchar_t). NULL
+// stands for the empty string. Nothing here is locked: one value, one thread at a time.
 #ifndef CORVANE_LINUX_AUTOMATION_H_
 #define CORVANE_LINUX_AUTOMATION_H_
 
@@ -50,7 +51,8 @@ typedef struct tagSAFEARRAYBOUND {
   LONG lLbound;
 } SAFEARRAYBOUND;
 
-// One-dimensional arrays of the element types above; `cLocks` counts SafeArrayAccessData calls not yet undone.
+// One-dimensional arrays of the element types above; `cLocks` counts SafeArrayAccessData calls not
+// yet undone.
 typedef struct tagSAFEARRAY {
   USHORT cDims;
   USHORT fFeatures;
@@ -127,45 +129,55 @@ typedef VARIANT VARIANTARG;
 
 extern "C" {
 
-// BSTR. Allocation failure, and a length whose bytes do not fit 32 bits, give NULL. The caller frees every result with
-// SysFreeString. Lengths: `chars` counts wide characters, `bytes` bytes, neither the terminator.
-CORVANE_API BSTR WINAPI SysAllocString(const OLECHAR* text);                  // NULL gives NULL
-CORVANE_API BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT chars);   // NULL text: zeroed characters
-CORVANE_API BSTR WINAPI SysAllocStringByteLen(const char* text, UINT bytes);  // NULL text: zeroed bytes
-CORVANE_API void WINAPI SysFreeString(BSTR text);                             // NULL is allowed
-CORVANE_API UINT WINAPI SysStringLen(BSTR text);                              // whole wide characters; NULL is 0
-CORVANE_API UINT WINAPI SysStringByteLen(BSTR text);                          // NULL is 0
+// BSTR. Allocation failure, and a length whose bytes do not fit 32 bits, give NULL. The caller
+// frees every result with SysFreeString. Lengths: `chars` counts wide characters, `bytes` bytes,
+// neither the terminator.
+CORVANE_API BSTR WINAPI SysAllocString(const OLECHAR* text);  // NULL gives NULL
+CORVANE_API BSTR WINAPI SysAllocStringLen(const OLECHAR* text,
+                                          UINT chars);  // NULL text: zeroed characters
+CORVANE_API BSTR WINAPI SysAllocStringByteLen(const char* text,
+                                              UINT bytes);  // NULL text: zeroed bytes
+CORVANE_API void WINAPI SysFreeString(BSTR text);           // NULL is allowed
+CORVANE_API UINT WINAPI SysStringLen(BSTR text);            // whole wide characters; NULL is 0
+CORVANE_API UINT WINAPI SysStringByteLen(BSTR text);        // NULL is 0
 
-// VARIANT. VariantInit makes VT_EMPTY without looking at the old content. VariantClear frees what the variant owns (a
-// by-reference variant owns nothing) and leaves VT_EMPTY; a type it does not know gives DISP_E_BADVARTYPE.
-// VariantCopy first clears the destination, which must be initialised; a NULL BSTR becomes a non-NULL empty one.
-// VariantCopyInd also follows VT_BYREF. A copy onto itself is S_OK and changes nothing.
+// VARIANT. VariantInit makes VT_EMPTY without looking at the old content. VariantClear frees what
+// the variant owns (a by-reference variant owns nothing) and leaves VT_EMPTY; a type it does not
+// know gives DISP_E_BADVARTYPE. VariantCopy first clears the destination, which must be
+// initialised; a NULL BSTR becomes a non-NULL empty one. VariantCopyInd also follows VT_BYREF. A
+// copy onto itself is S_OK and changes nothing.
 CORVANE_API void WINAPI VariantInit(VARIANTARG* variant);
 CORVANE_API HRESULT WINAPI VariantClear(VARIANTARG* variant);
 CORVANE_API HRESULT WINAPI VariantCopy(VARIANTARG* destination, const VARIANTARG* source);
 CORVANE_API HRESULT WINAPI VariantCopyInd(VARIANT* destination, const VARIANTARG* source);
 
-// Converts `source` to `type` (source and destination may be the same variant). On failure the destination is as it
-// was. DISP_E_TYPEMISMATCH: no such conversion, or text that is no number. DISP_E_OVERFLOW: the number does not fit.
-// DISP_E_BADVARTYPE: a type the layer does not know, or a NULL VT_DISPATCH. E_INVALIDARG: a DATE outside the years 100 to
-// 9999 to text, a NULL array of bytes to text, a reference to a reference. E_OUTOFMEMORY.
+// Converts `source` to `type` (source and destination may be the same variant). On failure the
+// destination is as it was. DISP_E_TYPEMISMATCH: no such conversion, or text that is no number.
+// DISP_E_OVERFLOW: the number does not fit. DISP_E_BADVARTYPE: a type the layer does not know, or a
+// NULL VT_DISPATCH. E_INVALIDARG: a DATE outside the years 100 to 9999 to text, a NULL array of
+// bytes to text, a reference to a reference. E_OUTOFMEMORY.
 //
-// Text is that of US English whatever the process's locale: "1234.5", "1/30/2001 1:02:03 PM". Reading takes blanks
-// around a number, a sign or parentheses, "$", "," between digits, an exponent, and &H / &O; dates only as M/D/YYYY or
-// YYYY-MM-DD, H:MM or H:MM:SS with or without AM / PM, or both. Halves round to even. Integers of one width but
-// different sign keep their bits (-1 as VT_I4 becomes 4294967295 as VT_UI4).
-CORVANE_API HRESULT WINAPI VariantChangeType(VARIANTARG* destination, const VARIANTARG* source, USHORT flags,
-                                             VARTYPE type);
+// Text is that of US English whatever the process's locale: "1234.5", "1/30/2001 1:02:03 PM".
+// Reading takes blanks around a number, a sign or parentheses, "$", "," between digits, an
+// exponent, and &H / &O; dates only as M/D/YYYY or YYYY-MM-DD, H:MM or H:MM:SS with or without AM /
+// PM, or both. Halves round to even. Integers of one width but different sign keep their bits (-1
+// as VT_I4 becomes 4294967295 as VT_UI4).
+CORVANE_API HRESULT WINAPI VariantChangeType(VARIANTARG* destination, const VARIANTARG* source,
+                                             USHORT flags, VARTYPE type);
 
-// SAFEARRAY, one dimension, made by SafeArrayCreateVector or SafeArrayCopy only. Element types: the integers and reals above, VT_BOOL, VT_BSTR, VT_VARIANT, VT_UNKNOWN,
-// VT_DISPATCH, VT_ERROR, VT_CY, VT_DATE. Destroying or copying an array destroys or copies its elements.
-// SafeArrayGetElement copies out (the caller frees), SafeArrayPutElement copies in; an index outside the bounds gives
-// DISP_E_BADINDEX. For VT_BSTR, VT_UNKNOWN and VT_DISPATCH PutElement takes the pointer itself, as on Windows.
+// SAFEARRAY, one dimension, made by SafeArrayCreateVector or SafeArrayCopy only. Element types: the
+// integers and reals above, VT_BOOL, VT_BSTR, VT_VARIANT, VT_UNKNOWN, VT_DISPATCH, VT_ERROR, VT_CY,
+// VT_DATE. Destroying or copying an array destroys or copies its elements. SafeArrayGetElement
+// copies out (the caller frees), SafeArrayPutElement copies in; an index outside the bounds gives
+// DISP_E_BADINDEX. For VT_BSTR, VT_UNKNOWN and VT_DISPATCH PutElement takes the pointer itself, as
+// on Windows.
 CORVANE_API SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count);
-CORVANE_API HRESULT WINAPI SafeArrayDestroy(SAFEARRAY* array);  // NULL is S_OK; locked: DISP_E_ARRAYISLOCKED
+CORVANE_API HRESULT WINAPI
+SafeArrayDestroy(SAFEARRAY* array);  // NULL is S_OK; locked: DISP_E_ARRAYISLOCKED
 CORVANE_API HRESULT WINAPI SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy);
 CORVANE_API UINT WINAPI SafeArrayGetDim(SAFEARRAY* array);
-CORVANE_API HRESULT WINAPI SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound);  // dimension from 1
+CORVANE_API HRESULT WINAPI SafeArrayGetLBound(SAFEARRAY* array, UINT dimension,
+                                              LONG* bound);  // dimension from 1
 CORVANE_API HRESULT WINAPI SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 CORVANE_API HRESULT WINAPI SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
 CORVANE_API HRESULT WINAPI SafeArrayGetElement(SAFEARRAY* array, LONG* index, void* element);

@@ -1,5 +1,6 @@
 // Integer types, result codes, GUIDs and the thread's last error, under their Win32 names.
-// Widths are those of Windows: LONG, ULONG, DWORD and HRESULT have 32 bits. `wchar_t` keeps Linux's 32 bits.
+// Widths are those of Windows: LONG, ULONG, DWORD and HRESULT have 32 bits. `wchar_t` keeps Linux's
+// 32 bits.
 #ifndef CORVANE_LINUX_BASE_H_
 #define CORVANE_LINUX_BASE_H_
 
@@ -57,7 +58,9 @@ typedef const GUID& REFGUID;
 typedef const IID& REFIID;
 typedef const CLSID& REFCLSID;
 
-inline bool operator==(const GUID& a, const GUID& b) { return std::memcmp(&a, &b, sizeof(GUID)) == 0; }
+inline bool operator==(const GUID& a, const GUID& b) {
+  return std::memcmp(&a, &b, sizeof(GUID)) == 0;
+}
 inline bool operator!=(const GUID& a, const GUID& b) { return !(a == b); }
 inline bool IsEqualGUID(REFGUID a, REFGUID b) { return a == b; }
 inline bool IsEqualIID(REFIID a, REFIID b) { return a == b; }
@@ -93,7 +96,8 @@ inline bool IsEqualIID(REFIID a, REFIID b) { return a == b; }
 
 extern "C" {
 
-// The calling thread's last error: 0 on a new thread, changed only by SetLastError and by operations that say so.
+// The calling thread's last error: 0 on a new thread, changed only by SetLastError and by
+// operations that say so.
 CORVANE_API DWORD WINAPI GetLastError();
 CORVANE_API void WINAPI SetLastError(DWORD code);
 

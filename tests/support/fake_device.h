@@ -1,0 +1,62 @@
+// A scripted device: an Address whose requests answer from a table and record every call.
+#ifndef CORVANE_TESTS_SUPPORT_FAKE_DEVICE_H_
+#define CORVANE_TESTS_SUPPORT_FAKE_DEVICE_H_
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "corvane/transport.h"
+
+namespace Corvane::Test {
+
+class FakeDevice final : public Address, public IDisposableImpl {
+ public:
+  struct Answer {
+    std::string body;
+    std::uint32_t status = 200;
+    HRESULT result = S_OK;  // of GetResponse
+    bool nullResponse = false;
+    bool nullBody = false;
+  };
+
+  // Answers of a path on a port, GET and POST alike; without one the status is 404.
+  std::map<std::pair<std::uint32_t, std::wstring>, Answer> answers;
+  HRESULT createResult = S_OK;  // of CreateHTTPRequest
+  bool nullRequest = false;
+
+  // Every call on this address and its requests, in order: "SetURI /x", "GetResponse", "Dispose",
+  // ...
+  std::vector<std::wstring> calls;
+  std::string lastRequestBody;
+
+  void Serve(std::uint32_t port, const wchar_t* path, std::string body) {
+    answers[{port, path}] = {std::move(body), 200, S_OK, false, false};
+  }
+  // Exchanges so far.
+  int Requests() const;
+  std::uint32_t References() {
+    AddRef();
+    return Release();
+  }
+
+  std::uint32_t AddRef() override { return AddRefImpl(); }
+  std::uint32_t AddRefConst() override { return AddRefImpl(); }
+  std::uint32_t Dispose() override { return DisposeImpl(); }
+  std::uint32_t Release() override { return DisposeImpl(); }
+
+  const wchar_t* GetDisplayName() override { return L"fake"; }
+  const wchar_t* GetAddress() override { return L"printer.example"; }
+  std::uint32_t GetMappedPort(std::uint32_t port) override { return port; }
+  const wchar_t* GetLastFailure() override { return L""; }
+  HRESULT CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) override;
+  HRESULT CreateIPPHTTPRequest(HTTPRequest**, std::uint32_t) override { return E_NOTIMPL; }
+  HRESULT GetMIBConnection(MIBConnection**) override { return E_NOTIMPL; }
+  void SetUserName(const wchar_t*) override {}
+  void SetPassword(const wchar_t*) override {}
+  HRESULT SetTimeouts(std::uint32_t, std::uint32_t) override { return S_OK; }
+};
+
+}  // namespace Corvane::Test
+
+#endif  // CORVANE_TESTS_SUPPORT_FAKE_DEVICE_H_
