@@ -1,17 +1,28 @@
 #include "tests/support/wine.h"
 
+#include <iostream>
+
 #ifdef _WIN32
-#include <windows.h>
+#include "corvane/platform.h"
 #endif
 
-namespace Corvane::Test {
+namespace corvane::test {
 
-bool UnderWine() {
 #ifdef _WIN32
-  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-#else
-  return false;
-#endif
+const char* WineDefect(const char* reason) {
+  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr ? reason : nullptr;
 }
 
-}  // namespace Corvane::Test
+const char* LayerOnly(const char* reason) { return reason; }
+#else
+const char* WineDefect(const char*) { return nullptr; }
+
+const char* LayerOnly(const char*) { return nullptr; }
+#endif
+
+bool SkipRow(const char* name, const char* reason) {
+  if (reason != nullptr) std::cout << "[  SKIPPED ] " << name << ": " << reason << '\n';
+  return reason != nullptr;
+}
+
+}  // namespace corvane::test

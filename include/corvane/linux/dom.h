@@ -2,7 +2,10 @@
 // selection language, literal prefixes, synchronous loading.
 //
 // Documents are refused (S_FALSE, like any malformed one) when they hold a DOCTYPE, or pass the limits below, which
-// protect the process from devices: nothing in the layer recurses per level or runs longer than linear in the document.
+// protect the process from devices: nothing in the layer recurses per level, loading takes time linear in the document,
+// and a selection that would visit more than kMaxSelectionSteps nodes ends in E_FAIL. One set of nodes after another
+// costs each step of a path its contexts' subtrees once, so that only filters that look far around for every node of a
+// huge document come near the bound.
 //
 // Strings handed out are BSTRs that the caller frees; nodes carry one reference of the caller's and keep their document
 // alive. Outputs are emptied before anything else; a NULL output pointer gives E_INVALIDARG. S_FALSE with an empty
@@ -16,9 +19,10 @@
 namespace corvane_dom_limits {
 constexpr std::uint32_t kMaxDocumentBytes = 64u << 20;  // of UTF-8 text (or of the file): memory
 constexpr std::uint32_t kMaxNodes = 2'000'000;          // elements, attributes, texts, comments, ...: memory
-constexpr std::uint32_t kMaxDepth = 10'000;             // open elements: memory of the name stack
+constexpr std::uint32_t kMaxDepth = 100'000;            // open elements: the parser keeps some 160 bytes of each
 constexpr std::uint32_t kMaxPatternChars = 65'536;      // one selection expression
 constexpr std::uint32_t kMaxPatternDepth = 200;         // nested parentheses and filters of an expression: the stack
+constexpr std::uint64_t kMaxSelectionSteps = 100'000'000;  // nodes visited by one selection: time, about a second
 }  // namespace corvane_dom_limits
 
 extern "C" {

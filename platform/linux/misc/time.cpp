@@ -1,0 +1,88 @@
+#include "platform/linux/misc/time.h"
+
+#include <time.h>
+
+#include <chrono>
+
+namespace {
+
+using std::chrono::sys_days;
+using std::chrono::year_month_day;
+
+constexpr sys_days kFirstDay{std::chrono::year{1601} / 1 / 1};
+constexpr int kFirstYear = 1601;
+constexpr int kLastYear = 30827;
+
+constexpr std::uint64_t kUnitsPerMs = 10'000;
+constexpr std::uint64_t kMsPerSecond = 1000;
+constexpr std::uint64_t kMsPerMinute = 60 * kMsPerSecond;
+constexpr std::uint64_t kMsPerHour = 60 * kMsPerMinute;
+constexpr std::uint64_t kMsPerDay = 24 * kMsPerHour;
+constexpr std::uint64_t kUnixEpochMs =
+    static_cast<std::uint64_t>((sys_days{} - kFirstDay).count()) * kMsPerDay;
+
+// `milliseconds` since 1601. No time zone, no C library calendar: this runs for every value that
+// the library looks at.
+void FillSystemTime(std::uint64_t milliseconds, SYSTEMTIME* time) {
+  const std::uint64_t day = milliseconds / kMsPerDay;
+  const std::uint64_t rest = milliseconds % kMsPerDay;
+  const year_month_day date{kFirstDay + std::chrono::days{static_cast<int>(day)}};
+  constexpr std::uint64_t kMonday = 1;  // 1601-01-01
+  time->wYear = static_cast<WORD>(int{date.year()});
+  time->wMonth = static_cast<WORD>(unsigned{date.month()});
+  time->wDayOfWeek = static_cast<WORD>((day + kMonday) % 7);
+  time->wDay = static_cast<WORD>(unsigned{date.day()});
+  time->wHour = static_cast<WORD>(rest / kMsPerHour);
+  time->wMinute = static_cast<WORD>(rest % kMsPerHour / kMsPerMinute);
+  time->wSecond = static_cast<WORD>(rest % kMsPerMinute / kMsPerSecond);
+  time->wMilliseconds = static_cast<WORD>(rest % kMsPerSecond);
+}
+
+BOOL FailInvalidParameter() {
+  SetLastError(ERROR_INVALID_PARAMETER);
+  return FALSE;
+}
+
+}  // namespace
+
+extern "C" {
+
+void WINAPI GetSystemTime(SYSTEMTIME* now) {
+  timespec time{};
+  clock_gettime(CLOCK_REALTIME, &time);
+  constexpr std::int64_t kNanosecondsPerMs = 1'000'000;
+  const std::int64_t sinceUnixEpochMs =
+      std::int64_t{time.tv_sec} * static_cast<std::int64_t>(kMsPerSecond) +
+      time.tv_nsec / kNanosecondsPerMs;
+  FillSystemTime(kUnixEpochMs + static_cast<std::uint64_t>(sinceUnixEpochMs), now);
+}
+
+BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTime) {
+  const SYSTEMTIME& time = *systemTime;
+  const year_month_day date{std::chrono::year{time.wYear}, std::chrono::month{time.wMonth},
+                            std::chrono::day{time.wDay}};
+  // The calendar's types hold a month or a day in one byte.
+  if (time.wYear < kFirstYear || time.wYear > kLastYear || time.wMonth > 12 || time.wDay > 31 ||
+      !date.ok() || time.wHour > 23 || time.wMinute > 59 || time.wSecond > 59 ||
+      time.wMilliseconds > 999) {
+    return FailInvalidParameter();
+  }
+  const std::uint64_t days = static_cast<std::uint64_t>((sys_days{date} - kFirstDay).count());
+  const std::uint64_t milliseconds = days * kMsPerDay + time.wHour * kMsPerHour +
+                                     time.wMinute * kMsPerMinute + time.wSecond * kMsPerSecond +
+                                     time.wMilliseconds;
+  const std::uint64_t units = milliseconds * kUnitsPerMs;
+  fileTime->dwLowDateTime = static_cast<DWORD>(units);
+  fileTime->dwHighDateTime = static_cast<DWORD>(units >> 32);
+  return TRUE;
+}
+
+BOOL WINAPI FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime) {
+  const std::uint64_t units =
+      (std::uint64_t{fileTime->dwHighDateTime} << 32) | fileTime->dwLowDateTime;
+  if (units >> 63 != 0) return FailInvalidParameter();
+  FillSystemTime(units / kUnitsPerMs, systemTime);
+  return TRUE;
+}
+
+}  // extern "C"
