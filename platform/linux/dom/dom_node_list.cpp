@@ -1,0 +1,7 @@
+#include "platform/linux/dom/dom_node_list.h"
+
+namespace corvane::dom {
+
+HRESULT DomNodeList::QueryInterface(REFIID iid, void** object) { return Query(iid, {&IID_IXMLDOMNodeList}, object); }
+
+}  // namespace corvane::dom

@@ -1,0 +1,61 @@
+// Cuts an XSL pattern into tokens.
+#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_LEXER_H_
+#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_LEXER_H_
+
+#include <string_view>
+
+#include "platform/linux/dom/pattern.h"
+
+namespace corvane::dom {
+
+struct Token {
+  enum class Kind {
+    kEnd,
+    kInvalid,
+    kSlash,
+    kDoubleSlash,
+    kDot,
+    kDoubleDot,
+    kStar,
+    kAt,
+    kBang,
+    kPipe,
+    kOpenParenthesis,
+    kCloseParenthesis,
+    kOpenBracket,
+    kCloseBracket,
+    kName,    // with its prefix; `and`, `or` and `not` are names too, which only their place tells apart
+    kString,  // `text` lies between the quotes
+    kNumber,
+    kRelation,
+    kAnd,
+    kOr,
+    kNot,
+    kAny,
+    kAll,
+  };
+  Kind kind = Kind::kEnd;
+  std::string_view text;
+  Relation relation = Relation::kEqual;
+  bool ignoreCase = false;
+};
+
+class PatternLexer {
+ public:
+  explicit PatternLexer(std::string_view pattern) : m_rest(pattern) {}  // UTF-8, which must outlive the tokens
+  Token Next();  // kEnd for ever at the end; after kInvalid there is nothing to be had
+
+ private:
+  Token Take(Token::Kind kind, std::size_t bytes);
+  Token TakeRelation(Relation relation, std::size_t bytes);
+  Token TakeName();
+  Token TakeNumber();
+  Token TakeString();
+  Token TakeWordOperator();
+
+  std::string_view m_rest;
+};
+
+}  // namespace corvane::dom
+
+#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_LEXER_H_

@@ -1,0 +1,30 @@
+// Reads a whole XML document into a tree.
+#ifndef CORVANE_PLATFORM_LINUX_DOM_XML_READER_H_
+#define CORVANE_PLATFORM_LINUX_DOM_XML_READER_H_
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "corvane/linux/base.h"
+#include "platform/linux/dom/tree.h"
+
+namespace corvane::dom {
+
+// Why a load failed. `code` is 0 when it did not.
+struct LoadFailure {
+  HRESULT code = S_OK;
+  std::string reason;  // UTF-8
+  LONG line = 0;       // from 1; 0 when it is not known
+  LONG column = 0;     // in characters, from 1
+};
+
+// The tree, or null and *failure filled in. A DOCTYPE is a failure, and no entity but the five of XML is ever resolved.
+std::unique_ptr<Tree> ReadUtf8(std::string_view text, LoadFailure* failure);  // a declared encoding is ignored
+// As ReadUtf8, in the encoding of its byte order mark, else the declared one: UTF-8, ISO-8859-1, US-ASCII or
+// windows-1252. UTF-16 needs its mark.
+std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure);
+
+}  // namespace corvane::dom
+
+#endif  // CORVANE_PLATFORM_LINUX_DOM_XML_READER_H_
