@@ -1,0 +1,36 @@
+#include "host/address_base.h"
+
+#include <exception>
+
+namespace Corvane::Host {
+namespace {
+
+constexpr std::uint32_t kMaxPort = 65535;
+
+}  // namespace
+
+HRESULT AddressBase::CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) try {
+  if (!request) return E_POINTER;
+  *request = nullptr;
+  if (port == 0 || port > kMaxPort) return E_INVALIDARG;
+  HTTPRequest* const made = MakeRequest(port);
+  made->AddRef();
+  *request = made;
+  return S_OK;
+} catch (const std::exception&) {
+  return E_OUTOFMEMORY;
+}
+
+HRESULT AddressBase::CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t) {
+  if (!request) return E_POINTER;
+  *request = nullptr;
+  return E_NOTIMPL;
+}
+
+HRESULT AddressBase::GetMIBConnection(MIBConnection** connection) {
+  if (!connection) return E_POINTER;
+  *connection = nullptr;
+  return E_NOTIMPL;
+}
+
+}  // namespace Corvane::Host

@@ -1,0 +1,45 @@
+// What every kind of address shares.
+#ifndef CORVANE_HOST_ADDRESS_BASE_H_
+#define CORVANE_HOST_ADDRESS_BASE_H_
+
+#include <cstdint>
+#include <memory>
+
+#include "corvane/transport.h"
+#include "host/last_failure.h"
+
+namespace Corvane::Host {
+
+class AddressBase : public Address, public IDisposableImpl {
+ public:
+  std::uint32_t AddRef() override { return AddRefImpl(); }
+  std::uint32_t AddRefConst() override { return AddRefImpl(); }
+  std::uint32_t Dispose() override { return DisposeImpl(); }
+  std::uint32_t Release() override { return DisposeImpl(); }
+
+  // Any thread; valid until the same thread asks again, whatever other threads exchange meanwhile.
+  const wchar_t* GetLastFailure() override { return m_lastFailure->Get(); }
+
+  // A gap: this host has no extended request for IPP and no SNMP session yet. E_NOTIMPL with a null
+  // output; E_POINTER for none.
+  HRESULT CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t port) override;
+  HRESULT GetMIBConnection(MIBConnection** connection) override;
+
+  // E_POINTER for no output, E_INVALIDARG for a port outside 1 to 65535, E_OUTOFMEMORY; null then.
+  HRESULT CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) override;
+
+ protected:
+  AddressBase() : m_lastFailure(std::make_shared<LastFailure>()) {}
+
+  // A new request without a reference yet. It may throw.
+  virtual HTTPRequest* MakeRequest(std::uint32_t port) = 0;
+
+  const std::shared_ptr<LastFailure>& Failure() const { return m_lastFailure; }
+
+ private:
+  const std::shared_ptr<LastFailure> m_lastFailure;
+};
+
+}  // namespace Corvane::Host
+
+#endif  // CORVANE_HOST_ADDRESS_BASE_H_

@@ -1,0 +1,87 @@
+#include "host/http_request_curl.h"
+
+#include <chrono>
+#include <utility>
+
+#include "host/error_codes.h"
+#include "host/request_url.h"
+#include "host/text.h"
+#include "host/wire_request.h"
+
+namespace Corvane::Host {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// A device that redirects in a circle.
+constexpr int kMaxRedirects = 5;
+
+bool IsRedirect(std::uint32_t status) {
+  return (status >= 301 && status <= 303) || status == 307 || status == 308;
+}
+
+Outcome Answer(WireResult result, std::wstring remark) {
+  Outcome outcome;
+  outcome.response = std::make_unique<BufferedResponse>(result.status, std::move(result.headers),
+                                                        std::move(result.body));
+  outcome.remark = std::move(remark);
+  return outcome;
+}
+
+}  // namespace
+
+CurlRequest::CurlRequest(std::shared_ptr<NetworkDevice> device,
+                         std::shared_ptr<LastFailure> lastFailure, std::uint32_t port)
+    : RequestBase(std::move(lastFailure)), m_device(std::move(device)), m_port(port) {}
+
+std::string CurlRequest::Url(const RequestSettings& settings) const {
+  return m_device->OriginOf(m_port) + EncodeTarget(ToUtf8(settings.uri));
+}
+
+std::wstring CurlRequest::Describe(const RequestSettings& settings) const {
+  return Widen(Url(settings));
+}
+
+Outcome CurlRequest::Perform(const RequestSettings& settings) {
+  const DeviceSettings device = m_device->Settings();
+  WireRequest request;
+  request.url = Url(settings);
+  if (const wchar_t* const fault = BuildWireRequest(settings, device, &request)) {
+    return {nullptr, kInvalidParameter, fault};
+  }
+
+  const Clock::time_point start = Clock::now();
+  for (int redirects = 0; redirects <= kMaxRedirects; ++redirects) {
+    const auto elapsed =
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+    const ExchangeLimits limits{device.connectTimeoutMs,
+                                static_cast<std::int64_t>(device.totalTimeoutMs) - elapsed,
+                                m_device->MaxResponseBytes()};
+    const std::wstring timedOut =
+        L"timed out after " + std::to_wstring(device.totalTimeoutMs) + L" ms";
+    if (limits.totalMs <= 0) return {nullptr, kTimeout, timedOut};
+
+    WireResult result = Exchange(request, limits);
+    // What is left of the limit after a redirect is no limit that anyone knows.
+    if (result.error == kTimeout && redirects > 0) return {nullptr, kTimeout, timedOut};
+    if (result.error != 0) return {nullptr, result.error, std::move(result.remark)};
+    if (!IsRedirect(result.status) || result.location.empty()) return Answer(std::move(result), {});
+    if (request.verb != "GET") {
+      return Answer(std::move(result), L"a redirect, which is followed for GET only");
+    }
+    std::optional<std::string> target = RedirectWithinOrigin(request.url, result.location);
+    if (!target) return Answer(std::move(result), L"a redirect that leaves the device");
+    request.url = *std::move(target);
+  }
+  return {nullptr, kRedirectFailed, L"more than " + std::to_wstring(kMaxRedirects) + L" redirects"};
+}
+
+WireResult CurlRequest::Exchange(const WireRequest& request, const ExchangeLimits& limits) {
+  CurlEasy handle = m_device->Pool().Take(m_port);
+  WireResult result =
+      CurlExchange(request, limits, m_device->Trust(), Cancelled()).Run(handle.get());
+  if (result.error == 0 && result.reusable) m_device->Pool().GiveBack(m_port, std::move(handle));
+  return result;
+}
+
+}  // namespace Corvane::Host

@@ -1,0 +1,58 @@
+// What an address on the network and its requests share.
+#ifndef CORVANE_HOST_NETWORK_DEVICE_H_
+#define CORVANE_HOST_NETWORK_DEVICE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "host/connection_pool.h"
+#include "host/curl_exchange.h"
+#include "host/network_address.h"
+
+namespace Corvane::Host {
+
+// What may change while the address lives. A request takes it when its exchange begins.
+struct DeviceSettings {
+  std::uint32_t connectTimeoutMs = 0;
+  std::uint32_t totalTimeoutMs = 0;
+  std::wstring userName;
+  std::wstring password;
+};
+
+// Any thread.
+class NetworkDevice {
+ public:
+  // Null for options that no device can have.
+  static std::shared_ptr<NetworkDevice> Create(const NetworkOptions& options);
+  NetworkDevice(const NetworkOptions& options, std::string urlHost);
+
+  const std::wstring& Host() const { return m_options.host; }
+  std::uint32_t MappedPort(std::uint32_t port) const;
+  // "http://127.0.0.1:8080", of a port as asked for.
+  std::string OriginOf(std::uint32_t port) const;
+  std::size_t MaxResponseBytes() const;
+  const TlsTrust& Trust() const { return m_trust; }
+  ConnectionPool& Pool() { return m_pool; }
+
+  DeviceSettings Settings() const;
+  // False for a limit of 0, which changes nothing.
+  bool SetTimeouts(std::uint32_t connectMs, std::uint32_t totalMs);
+  void SetUserName(const wchar_t* userName);
+  void SetPassword(const wchar_t* password);
+
+ private:
+  const NetworkOptions m_options;  // without its credentials
+  const std::string m_urlHost;
+  const TlsTrust m_trust;
+  ConnectionPool m_pool;
+
+  mutable std::mutex m_mutex;
+  DeviceSettings m_settings;  // guarded by m_mutex
+};
+
+}  // namespace Corvane::Host
+
+#endif  // CORVANE_HOST_NETWORK_DEVICE_H_

@@ -1,0 +1,78 @@
+#include "host/text.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Corvane::Host {
+namespace {
+
+constexpr std::uint32_t kReplacement = 0xFFFD;
+
+bool IsHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
+bool IsLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
+
+std::uint32_t UnitAt(std::wstring_view text, std::size_t index) {
+  const auto unit = static_cast<std::uint32_t>(text[index]);
+  return sizeof(wchar_t) == 2 ? unit & 0xFFFF : unit;
+}
+
+void AppendUtf8(std::uint32_t code, std::string* out) {
+  const auto append = [out](std::uint32_t byte) { out->push_back(static_cast<char>(byte)); };
+  if (code < 0x80) {
+    append(code);
+    return;
+  }
+  if (code < 0x800) {
+    append(0xC0 | (code >> 6));
+  } else {
+    if (code < 0x10000) {
+      append(0xE0 | (code >> 12));
+    } else {
+      append(0xF0 | (code >> 18));
+      append(0x80 | ((code >> 12) & 0x3F));
+    }
+    append(0x80 | ((code >> 6) & 0x3F));
+  }
+  append(0x80 | (code & 0x3F));
+}
+
+}  // namespace
+
+std::string ToUtf8(std::wstring_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    std::uint32_t code = UnitAt(text, i);
+    if (sizeof(wchar_t) == 2 && IsHighSurrogate(code) && i + 1 < text.size() &&
+        IsLowSurrogate(UnitAt(text, i + 1))) {
+      code = 0x10000 + ((code - 0xD800) << 10) + (UnitAt(text, ++i) - 0xDC00);
+    } else if (code > 0x10FFFF || IsHighSurrogate(code) || IsLowSurrogate(code)) {
+      code = kReplacement;
+    }
+    AppendUtf8(code, &out);
+  }
+  return out;
+}
+
+std::wstring Widen(std::string_view bytes) {
+  std::wstring wide;
+  wide.reserve(bytes.size());
+  for (const char c : bytes) wide.push_back(static_cast<unsigned char>(c));
+  return wide;
+}
+
+std::wstring_view OrEmpty(const wchar_t* text) { return text ? text : std::wstring_view(); }
+
+std::wstring LowerAscii(std::wstring_view text) {
+  std::wstring lower(text);
+  for (wchar_t& c : lower) {
+    if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
+  }
+  return lower;
+}
+
+bool EqualsIgnoreCase(std::wstring_view a, std::wstring_view b) {
+  return LowerAscii(a) == LowerAscii(b);
+}
+
+}  // namespace Corvane::Host

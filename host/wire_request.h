@@ -1,0 +1,20 @@
+// From a request's settings to what goes out.
+#ifndef CORVANE_HOST_WIRE_REQUEST_H_
+#define CORVANE_HOST_WIRE_REQUEST_H_
+
+#include "host/curl_exchange.h"
+#include "host/network_device.h"
+#include "host/request_base.h"
+
+namespace Corvane::Host {
+
+// Fills all but the URL; the body stays that of `settings`. Null, or why the settings cannot go
+// out: a verb or header name that is no token (RFC 9110, 5.6.2), a control character in a value or
+// a credential, or a header that frames the message, which is the host's to write (Host,
+// Content-Length, Transfer-Encoding other than "chunked").
+const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSettings& device,
+                                WireRequest* request);
+
+}  // namespace Corvane::Host
+
+#endif  // CORVANE_HOST_WIRE_REQUEST_H_
