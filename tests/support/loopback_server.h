@@ -1,0 +1,83 @@
+// A device that misbehaves to a script: a small HTTP server on a free loopback port (Linux).
+#ifndef CORVANE_TESTS_SUPPORT_LOOPBACK_SERVER_H_
+#define CORVANE_TESTS_SUPPORT_LOOPBACK_SERVER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace Corvane::Test {
+
+class LoopbackServer;
+
+// One accepted connection, on its own thread. Every operation ends when the client goes or the
+// server stops.
+class LoopbackConnection {
+ public:
+  LoopbackConnection(LoopbackServer* server, int socket, std::size_t number)
+      : m_number(number), m_server(server), m_socket(socket) {}
+
+  // The next request, head and Content-Length body; empty when the client is gone.
+  std::string ReadRequest();
+  // False when the client is gone.
+  bool Send(std::string_view bytes);
+  // Ends this side; the client's stays open.
+  void HalfClose();
+  // Waits so long; false when the client went meanwhile.
+  bool Pause(int milliseconds);
+  void WaitForClose();
+
+  const std::size_t m_number;  // of the server's connections, from 1
+
+ private:
+  bool WaitFor(short events, int milliseconds);
+
+  LoopbackServer* m_server;
+  int m_socket;
+  std::string m_buffered;
+};
+
+// Runs `script` for every connection and closes it after that.
+class LoopbackServer {
+ public:
+  using Script = std::function<void(LoopbackConnection&)>;
+
+  explicit LoopbackServer(Script script);
+  LoopbackServer(const LoopbackServer&) = delete;
+  LoopbackServer& operator=(const LoopbackServer&) = delete;
+  ~LoopbackServer();
+
+  // Answers the first request with `response`, then waits for the client to go.
+  static Script Answer(std::string response);
+  // Answers every request with `response`.
+  static Script AnswerEach(std::string response);
+
+  std::uint16_t Port() const { return m_port; }
+  // Whole requests read so far, on all connections.
+  std::vector<std::string> Requests();
+
+ private:
+  friend class LoopbackConnection;
+  void Accept();
+
+  Script m_script;
+  int m_listener = -1;
+  int m_stop[2] = {-1, -1};  // a pipe that becomes readable when the server stops
+  std::uint16_t m_port = 0;
+  std::mutex m_mutex;
+  std::vector<std::string> m_requests;  // guarded by m_mutex
+  std::vector<std::thread> m_threads;   // the acceptor's own
+  std::thread m_acceptor;
+};
+
+// A listening loopback socket with a port that the system chose; the caller's to close.
+int ListenOnLoopback(int backlog, std::uint16_t* port);
+
+}  // namespace Corvane::Test
+
+#endif  // CORVANE_TESTS_SUPPORT_LOOPBACK_SERVER_H_

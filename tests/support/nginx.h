@@ -1,0 +1,50 @@
+// A real nginx for a test, on loopback ports of its own with a temporary folder of its own (Linux).
+#ifndef CORVANE_TESTS_SUPPORT_NGINX_H_
+#define CORVANE_TESTS_SUPPORT_NGINX_H_
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tests/support/temp_folder.h"
+
+namespace Corvane::Test {
+
+// The folder "root" in Folder() is the document root. Ends its own process, also when the test
+// dies.
+class Nginx {
+ public:
+  Nginx() = default;
+  Nginx(const Nginx&) = delete;
+  Nginx& operator=(const Nginx&) = delete;
+  ~Nginx();
+
+  const TempFolder& Folder() const { return m_folder; }
+  // A self-signed certificate for `subjectAltName` ("IP:127.0.0.1") as NAME.pem and NAME.key; false
+  // when the program openssl fails.
+  bool MakeCertificate(const std::string& name, const std::string& subjectAltName) const;
+
+  // Starts it with these server blocks, in which "@PORT0@", "@PORT1@" ... stand for address and
+  // port, and waits until each of `portCount` ports answers. False, with the reason in Failure(),
+  // when it does not.
+  bool Start(std::string servers, std::size_t portCount);
+  std::uint16_t Port(std::size_t index) const { return m_ports.at(index); }
+  const std::string& Failure() const { return m_failure; }
+
+ private:
+  bool WaitUntilReady();
+  bool Answers(std::uint16_t port) const;
+  void Stop();
+
+  TempFolder m_folder;
+  std::vector<std::uint16_t> m_ports;
+  pid_t m_process = -1;
+  std::string m_failure;
+};
+
+}  // namespace Corvane::Test
+
+#endif  // CORVANE_TESTS_SUPPORT_NGINX_H_

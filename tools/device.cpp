@@ -1,0 +1,79 @@
+#include "tools/device.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "host/recorded_address.h"
+#include "tools/failure.h"
+#include "tools/text_escape.h"
+#include "tools/utf8.h"
+
+#if CORVANE_HOST_NETWORK
+#include "host/network_address.h"
+#endif
+
+namespace Corvane::Tool {
+namespace {
+
+constexpr std::string_view kRecordedPrefix = "recorded:";
+
+[[noreturn]] void ThrowUsage(std::string_view device, const std::string& text) {
+  throw Failure(kBadUsage, "--device " + EscapeText(device) + ": " + text);
+}
+
+Ref<Address> OpenRecorded(const Options& options) {
+  if (options.HasNetworkOption()) {
+    ThrowUsage(options.device,
+               "--port, --tls, --cacert and --timeout are for devices on the network");
+  }
+  const std::string folder = options.device.substr(kRecordedPrefix.size());
+  Ref<Address> address(Host::CreateRecordedAddress(PathFromUtf8(folder)));
+  if (!address) ThrowUsage(options.device, "no such folder");
+  return address;
+}
+
+#if CORVANE_HOST_NETWORK
+
+// The host text without the brackets of an IPv6 literal.
+std::string HostOf(const std::string& device) {
+  if (device.empty() || device.find_first_of("/@?# \t\r\n") != std::string::npos) {
+    ThrowUsage(device, "expected an IP address, a host name or recorded:FOLDER");
+  }
+  if (device.front() == '[' && device.back() == ']') return device.substr(1, device.size() - 2);
+  if (std::count(device.begin(), device.end(), ':') == 1) {
+    ThrowUsage(device, "an address has no port; say --port FROM=TO");
+  }
+  return device;
+}
+
+Ref<Address> OpenOnNetwork(const Options& options) {
+  Host::NetworkOptions network;
+  network.host = WideFromUtf8(HostOf(options.device));
+  network.portMap = options.portMap;
+  network.tlsPorts.insert(options.tlsPorts.begin(), options.tlsPorts.end());
+  network.caFile = options.caFile;
+  if (options.timeoutMs) {
+    network.totalTimeoutMs = *options.timeoutMs;
+    network.connectTimeoutMs = std::min(network.connectTimeoutMs, *options.timeoutMs);
+  }
+  Ref<Address> address(Host::CreateNetworkAddress(network));
+  if (!address) ThrowUsage(options.device, "no such address");
+  return address;
+}
+
+#else
+
+Ref<Address> OpenOnNetwork(const Options& options) {
+  ThrowUsage(options.device, "this build reads recorded devices only; expected recorded:FOLDER");
+}
+
+#endif
+
+}  // namespace
+
+Ref<Address> OpenDevice(const Options& options) {
+  if (options.device.starts_with(kRecordedPrefix)) return OpenRecorded(options);
+  return OpenOnNetwork(options);
+}
+
+}  // namespace Corvane::Tool

@@ -1,0 +1,17 @@
+// The device that the command line names.
+#ifndef CORVANE_TOOLS_DEVICE_H_
+#define CORVANE_TOOLS_DEVICE_H_
+
+#include "corvane/address.h"
+#include "tools/handles.h"
+#include "tools/options.h"
+
+namespace Corvane::Tool {
+
+// Throws Failure with kBadUsage for an address that is none, a folder that is none, and options
+// that the kind of device does not have. Exchanges nothing with the device.
+Ref<Address> OpenDevice(const Options& options);
+
+}  // namespace Corvane::Tool
+
+#endif  // CORVANE_TOOLS_DEVICE_H_

@@ -1,0 +1,32 @@
+// What ends a run early.
+#ifndef CORVANE_TOOLS_FAILURE_H_
+#define CORVANE_TOOLS_FAILURE_H_
+
+#include <stdexcept>
+#include <string>
+
+namespace Corvane::Tool {
+
+enum ExitStatus : int {
+  kAllAnswered = 0,
+  kSomeUnanswered = 1,
+  kBadUsage = 2,  // the command line, or a specification that cannot be read
+  kNoDataMapFits = 3,
+  kSystemFailure = 4,  // no memory, or the output cannot be written
+};
+
+// The text is UTF-8, one line or several, each printed after "corvane: "; all that came from a
+// device or a file is escaped already.
+class Failure : public std::runtime_error {
+ public:
+  Failure(ExitStatus status, const std::string& text)
+      : std::runtime_error(text), m_status(status) {}
+  ExitStatus Status() const { return m_status; }
+
+ private:
+  ExitStatus m_status;
+};
+
+}  // namespace Corvane::Tool
+
+#endif  // CORVANE_TOOLS_FAILURE_H_

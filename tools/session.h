@@ -1,0 +1,59 @@
+// One device, read through the data map that fits it.
+#ifndef CORVANE_TOOLS_SESSION_H_
+#define CORVANE_TOOLS_SESSION_H_
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "corvane/address.h"
+#include "corvane/data_collection.h"
+#include "tools/handles.h"
+#include "tools/specification.h"
+
+namespace Corvane::Tool {
+
+// An answer to one query.
+struct NamedValue {
+  std::wstring name;  // as asked
+  HRESULT result = E_FAIL;
+  Variant value;        // when `result` is S_OK
+  std::string problem;  // otherwise why, escaped, in one line
+};
+
+// Used by one thread, which must hold COM for longer than the session lives.
+class Session {
+ public:
+  // Tries the data maps in order, as the library does with a whole specification; but one by one,
+  // which tells which one it took and what is wrong with the others. Exchanges data with the
+  // device. `address` must outlive the session. Throws Failure with kNoDataMapFits.
+  Session(Address& address, std::vector<DataMap> maps);
+
+  // May exchange data with the device.
+  NamedValue Query(const std::wstring& name);
+
+  // "NAME" or "PREFIX:NAME" of every item of the data map, in the order of their names.
+  std::vector<std::wstring> Keys() const;
+
+ private:
+  struct Item {
+    std::wstring name;
+    std::wstring key;
+    bool isStatic = false;
+    std::wstring uri;
+    std::wstring xpath;
+  };
+
+  static std::vector<Item> ItemsOf(DataMapSpec& map);
+  bool TryDataMap(DataMapSpec& map);
+  std::string WhyNotUsed(const DataMap& map) const;
+  std::string WhyNoValue(std::wstring_view name, HRESULT result) const;
+
+  Address& m_address;
+  std::vector<Item> m_items;
+  Ref<DataCollection> m_collection;
+};
+
+}  // namespace Corvane::Tool
+
+#endif  // CORVANE_TOOLS_SESSION_H_
