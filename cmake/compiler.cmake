@@ -29,6 +29,11 @@ endif()
 if(CORVANE_SANITIZE)
   add_compile_options(-fsanitize=${CORVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${CORVANE_SANITIZE})
+  # -O1 builds in half the time, and GCC's flow analysis misjudges instrumented code.
+  set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g1")
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-Wno-maybe-uninitialized)
+  endif()
 endif()
 
 # Puts the compiler's runtime DLLs beside `target`, so that its folder runs as it stands.
