@@ -28,7 +28,7 @@ std::string LabelOf(const DataMap& map) {
 }  // namespace
 
 Session::Session(Address& address, std::vector<DataMap> maps) : m_address(address) {
-  std::string problems;
+  std::string problems = maps.empty() ? ": the specification holds no data map" : "";
   for (const DataMap& map : maps) {
     // Before the collection takes the static items out of the map.
     m_items = ItemsOf(*map.spec.Get());

@@ -94,7 +94,6 @@ std::vector<DataMap> LoadSpecification(const std::string& path) {
     child->get_nextSibling(next.Receive());
     child = std::move(next);
   }
-  if (maps.empty()) ThrowUnreadable(path, "DataMaps holds no data map");
   return maps;
 }
 

@@ -28,7 +28,6 @@ TEST(BadSpecification, IsRefusedInOneLineThatNamesTheFile) {
       {"another root", "<Maps/>", "the root element is not DataMaps"},
       {"root in lower case", "<datamaps/>", "the root element is not DataMaps"},
       {"deeper down", "<x><DataMaps/></x>", "the root element is not DataMaps"},
-      {"no data map", "<DataMaps><!-- soon --></DataMaps>", "DataMaps holds no data map"},
   };
   for (const auto& row : kCases) {
     const TempFolder folder;
@@ -40,6 +39,15 @@ TEST(BadSpecification, IsRefusedInOneLineThatNamesTheFile) {
     EXPECT_NE(result.error.find("bad.xml:"), std::string::npos) << row.name << result.error;
     EXPECT_NE(result.error.find(row.complaint), std::string::npos) << row.name << result.error;
     EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << row.name;
+  }
+}
+
+TEST(BadSpecification, WithoutADataMapFitsNoDevice) {
+  for (const char* content : {"<DataMaps/>", "<DataMaps><!-- soon --></DataMaps>"}) {
+    const TempFolder folder;
+    const ProcessResult result = Dump(folder, folder.Write("none.xml", content));
+    EXPECT_EQ(result.exitStatus, 3) << content;
+    EXPECT_NE(result.error.find("holds no data map"), std::string::npos) << result.error;
   }
 }
 
