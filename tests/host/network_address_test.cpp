@@ -128,7 +128,7 @@ TEST_F(NetworkAddress, AnswersBasicChallenges) {
       {"the address's", L"admin", L"pass.word", L"", L"", 200},
       {"the request's", L"", L"", L"admin", L"pass.word", 200},
       {"the request's before the address's", L"admin", L"wrong", L"admin", L"pass.word", 200},
-      {"a bare name gives way to the address's", L"admin", L"pass.word", L"guest", L"", 200},
+      {"a bare name gives way to the address's", L"admin", L"pass.word", L"other", L"", 200},
       {"a bare name alone", L"", L"", L"guest", L"", 200},
       {"the wrong password", L"", L"", L"admin", L"word", 401},
   };
