@@ -1,5 +1,6 @@
-// The internal platform door: what the library calls beyond the types of its exported interface (time, UUIDs, text
-// conversion). On Windows the system's headers, on Linux the layer's, one header an API family.
+// The internal platform door: what the library calls beyond the types of its exported interface
+// (time, UUIDs, text conversion). On Windows the system's headers, on Linux the layer's, one header
+// an API family.
 #ifndef CORVANE_PLATFORM_SYSTEM_H_
 #define CORVANE_PLATFORM_SYSTEM_H_
 

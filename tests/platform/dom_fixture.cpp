@@ -3,14 +3,16 @@
 namespace corvane::test {
 namespace {
 
-constexpr CLSID kDocumentClass = {0xF5078F32, 0xC551, 0x11D3, {0x89, 0xB9, 0x00, 0x00, 0xF8, 0x1F, 0xE2, 0x21}};
+constexpr CLSID kDocumentClass = {
+    0xF5078F32, 0xC551, 0x11D3, {0x89, 0xB9, 0x00, 0x00, 0xF8, 0x1F, 0xE2, 0x21}};
 
 }  // namespace
 
 DomTest::DomTest() {
   CoInitialize(nullptr);
-  EXPECT_EQ(S_OK, CoCreateInstance(kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, IID_IXMLDOMDocument,
-                                   reinterpret_cast<void**>(m_document.Receive())));
+  EXPECT_EQ(S_OK,
+            CoCreateInstance(kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, IID_IXMLDOMDocument,
+                             reinterpret_cast<void**>(m_document.Receive())));
 }
 
 DomTest::~DomTest() {
@@ -55,7 +57,8 @@ std::wstring DomTest::Select(std::wstring_view pattern) {
     return L"<none>";
   }
   const std::wstring text = TextOf(node.Get());
-  EXPECT_EQ(0u, all.find(text)) << Narrow(pattern) << ": " << Narrow(text) << " is not the first of " << Narrow(all);
+  EXPECT_EQ(0u, all.find(text)) << Narrow(pattern) << ": " << Narrow(text)
+                                << " is not the first of " << Narrow(all);
   return text;
 }
 

@@ -1,5 +1,5 @@
-// What the tests of the DOM share. Everything here goes through the platform's names, so that the same tests check the
-// system on the Windows target.
+// What the tests of the DOM share. Everything here goes through the platform's names, so that the
+// same tests check the system on the Windows target.
 #ifndef CORVANE_TESTS_PLATFORM_DOM_FIXTURE_H_
 #define CORVANE_TESTS_PLATFORM_DOM_FIXTURE_H_
 
@@ -53,7 +53,9 @@ class Text {
     m_text = nullptr;
     return &m_text;
   }
-  std::wstring Value() const { return m_text != nullptr ? std::wstring(m_text, SysStringLen(m_text)) : L"<null>"; }
+  std::wstring Value() const {
+    return m_text != nullptr ? std::wstring(m_text, SysStringLen(m_text)) : L"<null>";
+  }
 
  private:
   BSTR m_text = nullptr;
@@ -69,7 +71,8 @@ class DomTest : public testing::Test {
   HRESULT Load(std::wstring_view xml);
   HRESULT LoadFile(std::wstring_view path);
 
-  // The text of the first node; "<none>" for S_FALSE, "<refused>" for E_FAIL. Checks that selectNodes agrees.
+  // The text of the first node; "<none>" for S_FALSE, "<refused>" for E_FAIL. Checks that
+  // selectNodes agrees.
   std::wstring Select(std::wstring_view pattern);
   // The texts of all nodes, joined by commas.
   std::wstring SelectAll(std::wstring_view pattern);

@@ -1,4 +1,5 @@
-// Documents and patterns made to hurt: they fail or succeed soon, in bounded memory, without touching a file.
+// Documents and patterns made to hurt: they fail or succeed soon, in bounded memory, without
+// touching a file.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -46,12 +47,14 @@ TEST_F(DomHostileTest, BoundsTheCostOfSelectionsOnDeepDocuments) {
     const wchar_t* pattern;
     const wchar_t* text;
   } kRows[] = {
-      {L"//a//a//a//a/z", L""},      {L"//a[a]//a[a]/z", L"<none>"},     {L"//.[a='x']/z", L"<none>"},
-      {L"//.[z]//z", L""},           {L"//a[0]//a[0]//a[0]/z", L""},     {L"//*[end()]//*[end()]/z", L""},
-      {L"//z[ancestor(q)]", L"<none>"}, {L"//a/../../..//a/z", L""},     {L"//a[.//b]", L"<none>"},
-      {L"//a[.//comment()]", L"<refused>"},
+      {L"//a//a//a//a/z", L""},         {L"//a[a]//a[a]/z", L"<none>"},
+      {L"//.[a='x']/z", L"<none>"},     {L"//.[z]//z", L""},
+      {L"//a[0]//a[0]//a[0]/z", L""},   {L"//*[end()]//*[end()]/z", L""},
+      {L"//z[ancestor(q)]", L"<none>"}, {L"//a/../../..//a/z", L""},
+      {L"//a[.//b]", L"<none>"},        {L"//a[.//comment()]", L"<refused>"},
   };
-  for (const auto& row : kRows) EXPECT_EQ(row.text, SelectFirst(row.pattern)) << Narrow(row.pattern);
+  for (const auto& row : kRows)
+    EXPECT_EQ(row.text, SelectFirst(row.pattern)) << Narrow(row.pattern);
 }
 
 TEST_F(DomHostileTest, BoundsNestedSearches) {
@@ -62,7 +65,8 @@ TEST_F(DomHostileTest, BoundsNestedSearches) {
 
 TEST_F(DomHostileTest, TakesManyAttributes) {
   std::wstring xml = L"<r xmlns:p='u'";
-  for (int i = 0; i < 200'000; ++i) xml += L" p:a" + std::to_wstring(i) + L"='" + std::to_wstring(i) + L"'";
+  for (int i = 0; i < 200'000; ++i)
+    xml += L" p:a" + std::to_wstring(i) + L"='" + std::to_wstring(i) + L"'";
   ASSERT_EQ(S_OK, Load(xml + L"/>"));
   EXPECT_EQ(L"199999", Select(L"r/@p:a199999"));
   EXPECT_EQ(S_FALSE, Load(xml + L" xmlns:q='u' q:a7=''/>"));
@@ -70,7 +74,8 @@ TEST_F(DomHostileTest, TakesManyAttributes) {
 
 TEST_F(DomHostileTest, TakesManyPrefixes) {
   std::wstring xml = L"<r>";
-  for (int i = 0; i < 20'000; ++i) xml += L"<p" + std::to_wstring(i) + L":a xmlns:p" + std::to_wstring(i) + L"='u'>";
+  for (int i = 0; i < 20'000; ++i)
+    xml += L"<p" + std::to_wstring(i) + L":a xmlns:p" + std::to_wstring(i) + L"='u'>";
   for (int i = 20'000; i-- > 0;) xml += L"</p" + std::to_wstring(i) + L":a>";
   ASSERT_EQ(S_OK, Load(xml + L"</r>"));
 }
@@ -92,7 +97,8 @@ TEST_F(DomHostileTest, BoundsTheSize) {
 }
 
 TEST_F(DomHostileTest, FollowsNoEntity) {
-  const std::filesystem::path canary = std::filesystem::temp_directory_path() / "corvane_dom_canary.txt";
+  const std::filesystem::path canary =
+      std::filesystem::temp_directory_path() / "corvane_dom_canary.txt";
   std::ofstream(canary) << "<secret/>";
   const std::wstring url = L"file://" + canary.wstring();
   const struct {
@@ -128,7 +134,8 @@ TEST_F(DomHostileTest, ReadsOnlyRegularFiles) {
 TEST_F(DomHostileTest, RefusesWhatIsNoCharacter) {
   for (const std::uint32_t c : {0xD800u, 0xDFFFu, 0x110000u, 0x6D783F3Cu, 0xFFFFFFFFu}) {
     EXPECT_EQ(S_FALSE, Load(L"<r>" + std::wstring(1, static_cast<wchar_t>(c)) + L"</r>")) << c;
-    EXPECT_EQ(L"<refused>", Select(L"r[.='" + std::wstring(1, static_cast<wchar_t>(c)) + L"']")) << c;
+    EXPECT_EQ(L"<refused>", Select(L"r[.='" + std::wstring(1, static_cast<wchar_t>(c)) + L"']"))
+        << c;
   }
 }
 
@@ -142,10 +149,12 @@ TEST_F(DomHostileTest, BoundsPatterns) {
   EXPECT_EQ(L"", Select(Repeat(L"(", 190) + L"a" + Repeat(L")", 190)));
   EXPECT_EQ(L"<none>", Select(Repeat(L"a[", 190) + L"a" + Repeat(L"]", 190)));
   EXPECT_EQ(L"", Select(L"a[" + Repeat(L"b or ", 10'000) + L"a]"));
-  for (int i = 0; i < 1000; ++i) Select(L"a[b='" + std::to_wstring(i) + L"']");  // more than are kept
+  for (int i = 0; i < 1000; ++i)
+    Select(L"a[b='" + std::to_wstring(i) + L"']");  // more than are kept
 }
 
-// The search for the first node takes short cuts that the one for all nodes does not: they must agree.
+// The search for the first node takes short cuts that the one for all nodes does not: they must
+// agree.
 TEST_F(DomHostileTest, FindsTheFirstOfAllOnRandomDocuments) {
   std::mt19937 random(20240229);
   const auto pick = [&](auto&... choices) {
@@ -155,8 +164,8 @@ TEST_F(DomHostileTest, FindsTheFirstOfAllOnRandomDocuments) {
   const auto step = [&] {
     return pick(L"/", L"/", L"//") +
            pick(L"a", L"b", L"*", L".", L"..", L"@k", L"(a|b)", L"(b/..|a)", L"text()", L"node()") +
-           pick(L"", L"", L"", L"[0]", L"[1]", L"[end()]", L"[b]", L"[.//a]", L"[@k='1']", L"[a='x']", L"[not(..)]",
-                L"[ancestor(b)]");
+           pick(L"", L"", L"", L"[0]", L"[1]", L"[end()]", L"[b]", L"[.//a]", L"[@k='1']",
+                L"[a='x']", L"[not(..)]", L"[ancestor(b)]");
   };
   for (int round = 0; round < 300; ++round) {
     std::wstring xml = L"<a>";
@@ -164,7 +173,8 @@ TEST_F(DomHostileTest, FindsTheFirstOfAllOnRandomDocuments) {
     for (int i = 0; i < 40 || !open.empty(); ++i) {
       if (i < 40 && random() % 2 == 0) {
         open.push_back(random() % 2 == 0 ? L'a' : L'b');
-        xml += L'<' + open.substr(open.size() - 1) + pick(L"", L" k='1'", L" k='2'") + L'>' + pick(L"", L"", L"x", L"y");
+        xml += L'<' + open.substr(open.size() - 1) + pick(L"", L" k='1'", L" k='2'") + L'>' +
+               pick(L"", L"", L"x", L"y");
       } else if (i >= 40 || open.size() > 1) {
         xml += L"</" + open.substr(open.size() - 1) + L'>';
         open.pop_back();
@@ -180,7 +190,8 @@ TEST_F(DomHostileTest, FindsTheFirstOfAllOnRandomDocuments) {
       const Text text(pattern);
       const HRESULT found = m_document->selectSingleNode(text.Get(), first.Receive());
       ASSERT_EQ(S_OK, m_document->selectNodes(text.Get(), all.Receive())) << Narrow(pattern);
-      ASSERT_EQ(found, all->get_item(0, same.Receive())) << Narrow(pattern) << " on " << Narrow(xml);
+      ASSERT_EQ(found, all->get_item(0, same.Receive()))
+          << Narrow(pattern) << " on " << Narrow(xml);
       if (!first) continue;
       ASSERT_EQ(TextOf(first.Get()) + NameOf(first.Get()), TextOf(same.Get()) + NameOf(same.Get()))
           << Narrow(pattern) << " on " << Narrow(xml);

@@ -20,7 +20,8 @@ class DomLoadingTest : public DomTest {
 
   std::wstring Write(const std::string& name, std::string_view bytes) {
     const std::filesystem::path path = m_folder / name;
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     return path.wstring();
   }
 
@@ -29,7 +30,8 @@ class DomLoadingTest : public DomTest {
  private:
   static std::string FolderName() {
     const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    return std::string("corvane dom ") + test->name() + std::to_string(testing::UnitTest::GetInstance()->start_timestamp());
+    return std::string("corvane dom ") + test->name() +
+           std::to_string(testing::UnitTest::GetInstance()->start_timestamp());
   }
 };
 
@@ -43,7 +45,8 @@ TEST_F(DomLoadingTest, TakesWellFormedText) {
   const Document kRows[] = {
       {"smallest", L"<r/>"sv},
       {"declaration", L"<?xml version='1.0' encoding='UTF-8' standalone='yes'?><r/>"sv},
-      {"declared encoding is ignored", L"<?xml version='1.0' encoding='windows-1252'?><r>\x20AC</r>"sv},
+      {"declared encoding is ignored",
+       L"<?xml version='1.0' encoding='windows-1252'?><r>\x20AC</r>"sv},
       {"declared UTF-16", L"<?xml version='1.0' encoding='UTF-16'?><r>\x20AC</r>"sv},
       {"white space before the root", L" \r\n\t<r/> \n"sv},
       {"byte order mark", L"\xFEFF<r/>"sv},
@@ -73,7 +76,7 @@ TEST_F(DomLoadingTest, RefusesMalformedText) {
       {"white space before the declaration", L" <?xml version='1.0'?><r/>"sv},
       {"line end before the declaration", L"\r\n<?xml version='1.0'?><r/>"sv},
       {"declaration without a version", L"<?xml encoding='UTF-8'?><r/>"sv},
-      {"version 2.0", L"<?xml version='2.0'?><r/>"sv, "Wine takes it"},
+      {"version 2.0", L"<?xml version='2.0'?><r/>"sv},
       {"unclosed", L"<r>"sv},
       {"NUL inside the root", L"<r>a\0b</r>"sv},
       {"crossed tags", L"<r><a><b></a></b></r>"sv},
@@ -99,7 +102,7 @@ TEST_F(DomLoadingTest, RefusesMalformedText) {
       {"prefix out of scope", L"<r><a xmlns:p='u'/><p:b/></r>"sv, kNamespaces},
       {"two colons", L"<a:b:c xmlns:a='u'/>"sv, kNamespaces},
       {"nothing after the colon", L"<a: xmlns:a='u'/>"sv, kNamespaces},
-      {"local name that starts with a digit", L"<a:1 xmlns:a='u'/>"sv, kNamespaces},
+      {"local name that starts with a digit", L"<a:1 xmlns:a='u'/>"sv},
       {"prefix bound to nothing", L"<r xmlns:p=''/>"sv, kNamespaces},
       {"DOCTYPE", L"<!DOCTYPE r><r/>"sv, kDoctype},
       {"DOCTYPE with a subset", L"<!DOCTYPE r [<!ELEMENT r EMPTY>]><r a=''/>"sv, kDoctype},
@@ -140,7 +143,8 @@ TEST_F(DomLoadingTest, DecodesFiles) {
       {"UTF-16, little end first", kUtf16, L"\x20AC"},
       {"UTF-16, big end first", "\xFE\xFF\0<\0r\0>\x20\xAC\0<\0/\0r\0>"sv, L"\x20AC"},
       {"UTF-16 without its mark", kUtf16.substr(2), L"<none>"},
-      {"windows-1252", "<?xml version='1.0' encoding='Windows-1252'?><r>\x80\xE9</r>"sv, L"\x20AC\x00E9"},
+      {"windows-1252", "<?xml version='1.0' encoding='Windows-1252'?><r>\x80\xE9</r>"sv,
+       L"\x20AC\x00E9"},
       {"ISO-8859-1", "<?xml version='1.0' encoding='ISO-8859-1'?><r>\xE9</r>"sv, L"\x00E9"},
       {"US-ASCII", "<?xml version='1.0' encoding='us-ascii'?><r>e</r>"sv, L"e"},
       {"unknown encoding", "<?xml version='1.0' encoding='Windows-936'?><r/>"sv, L"<none>"},
@@ -161,7 +165,8 @@ TEST_F(DomLoadingTest, DecodesFiles) {
 TEST_F(DomLoadingTest, FindsFilesByPathAndUrl) {
   const std::wstring path = Write("a file.xml", "<r/>");
   std::wstring escaped = path;
-  for (std::size_t at = 0; (at = escaped.find(L' ')) != std::wstring::npos;) escaped.replace(at, 1, L"%20");
+  for (std::size_t at = 0; (at = escaped.find(L' ')) != std::wstring::npos;)
+    escaped.replace(at, 1, L"%20");
   std::wstring url = escaped;
   for (wchar_t& c : url) c = c == L'\\' ? L'/' : c;
   url.insert(0, url[0] == L'/' ? L"file://" : L"file:///");
@@ -171,6 +176,8 @@ TEST_F(DomLoadingTest, FindsFilesByPathAndUrl) {
   EXPECT_EQ(S_FALSE, LoadFile(m_folder.wstring()));
   EXPECT_EQ(S_FALSE, LoadFile(path + L".missing"));
   EXPECT_EQ(S_FALSE, LoadFile(L""));
+  if (const char* reason = LayerOnly("the system resolves %20 in every name"))
+    GTEST_SKIP() << reason;
   // A name that holds the sequence wins over the one that it stands for.
   EXPECT_EQ(S_OK, LoadFile(Write("b%20c.xml", "<literal/>")));
   EXPECT_EQ(L"", Select(L"literal"));
@@ -211,7 +218,8 @@ TEST_F(DomLoadingTest, SaysWhereTextIsMalformed) {
     EXPECT_NE(L"", reason.Value());
     return std::to_string(line) + ':' + std::to_string(column);
   };
-  if (const char* reason = LayerOnly("columns and messages are the layer's own")) GTEST_SKIP() << reason;
+  if (const char* reason = LayerOnly("columns and messages are the layer's own"))
+    GTEST_SKIP() << reason;
   EXPECT_EQ("2:7", place(L"<r>\n\x4E2D<a></b></r>"));
   EXPECT_EQ("1:4", place(L"<r><p:a/></r>"));
   Load(L"<r/>");

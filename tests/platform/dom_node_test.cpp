@@ -21,7 +21,8 @@ class DomNodeTest : public DomTest {
     Find(pattern, &node);
     if (!node) return L"<none>";
     Com<IXMLDOMNamedNodeMap> map;
-    if (node->get_attributes(map.Receive()) != S_OK) return map ? L"<map without success>" : L"<no map>";
+    if (node->get_attributes(map.Receive()) != S_OK)
+      return map ? L"<map without success>" : L"<no map>";
     std::wstring names;
     Com<IXMLDOMNode> attribute;
     while (map->nextNode(attribute.Receive()) == S_OK) names += NameOf(attribute.Get()) + L' ';
@@ -30,7 +31,8 @@ class DomNodeTest : public DomTest {
 };
 
 TEST_F(DomNodeTest, NamesEveryKindOfNode) {
-  ASSERT_EQ(S_OK, Load(L"<r xmlns:d='urn:d'><d:U n='' d:a='' xml:lang='de'/><V xmlns='urn:v'/>t<![CDATA[c]]><!--m-->"
+  ASSERT_EQ(S_OK, Load(L"<r xmlns:d='urn:d'><d:U n='' d:a='' xml:lang='de'/><V "
+                       L"xmlns='urn:v'/>t<![CDATA[c]]><!--m-->"
                        L"<?go x?></r>"));
   const struct {
     const wchar_t* pattern;
@@ -47,12 +49,15 @@ TEST_F(DomNodeTest, NamesEveryKindOfNode) {
       {L"r/V", NODE_ELEMENT, L"V", L"V", L"<null>", L"urn:v"},
       {L"//@n", NODE_ATTRIBUTE, L"n", L"n", L"<null>", L"<null>"},
       {L"//@d:a", NODE_ATTRIBUTE, L"d:a", L"a", L"d", L"urn:d", "Wine refuses prefixed attributes"},
-      {L"//@xml:lang", NODE_ATTRIBUTE, L"xml:lang", L"lang", L"xml", L"http://www.w3.org/XML/1998/namespace",
-       "Wine refuses prefixed attributes"},
-      {L"//@xmlns:d", NODE_ATTRIBUTE, L"xmlns:d", L"d", L"xmlns", L"", "Wine does not select declarations"},
-      {L"//@xmlns", NODE_ATTRIBUTE, L"xmlns", L"", L"xmlns", L"", "Wine does not select declarations"},
+      {L"//@xml:lang", NODE_ATTRIBUTE, L"xml:lang", L"lang", L"xml",
+       L"http://www.w3.org/XML/1998/namespace", "Wine refuses prefixed attributes"},
+      {L"//@xmlns:d", NODE_ATTRIBUTE, L"xmlns:d", L"d", L"xmlns", L"",
+       "Wine does not select declarations"},
+      {L"//@xmlns", NODE_ATTRIBUTE, L"xmlns", L"", L"xmlns", L"",
+       "Wine does not select declarations"},
       {L"r/textnode()", NODE_TEXT, L"#text", L"<null>", L"<null>", L"<null>"},
-      {L"r/cdata()", NODE_CDATA_SECTION, L"#cdata-section", L"<null>", L"<null>", L"<null>", "Wine lacks cdata()"},
+      {L"r/cdata()", NODE_CDATA_SECTION, L"#cdata-section", L"<null>", L"<null>", L"<null>",
+       "Wine lacks cdata()"},
       {L"r/comment()", NODE_COMMENT, L"#comment", L"<null>", L"<null>", L"<null>"},
       {L"r/pi()", NODE_PROCESSING_INSTRUCTION, L"go", L"go", L"<null>", L"<null>"},
   };
@@ -65,14 +70,19 @@ TEST_F(DomNodeTest, NamesEveryKindOfNode) {
     EXPECT_EQ(S_OK, node->get_nodeType(&type));
     EXPECT_EQ(row.type, type) << Narrow(row.pattern);
     EXPECT_EQ(row.name, NameOf(node.Get()));
-    EXPECT_EQ(row.baseName, Ask([&](BSTR* out) { return node->get_baseName(out); })) << Narrow(row.pattern);
-    EXPECT_EQ(row.prefix, Ask([&](BSTR* out) { return node->get_prefix(out); })) << Narrow(row.pattern);
-    EXPECT_EQ(row.uri, Ask([&](BSTR* out) { return node->get_namespaceURI(out); })) << Narrow(row.pattern);
+    EXPECT_EQ(row.baseName, Ask([&](BSTR* out) { return node->get_baseName(out); }))
+        << Narrow(row.pattern);
+    EXPECT_EQ(row.prefix, Ask([&](BSTR* out) { return node->get_prefix(out); }))
+        << Narrow(row.pattern);
+    EXPECT_EQ(row.uri, Ask([&](BSTR* out) { return node->get_namespaceURI(out); }))
+        << Narrow(row.pattern);
   }
 }
 
 TEST_F(DomNodeTest, WalksInBothDirections) {
-  ASSERT_EQ(S_OK, Load(L"<?xml version='1.0' encoding='UTF-8'?><!--c--><r a='1'> <x><y k=''/></x> t <z/></r>"));
+  ASSERT_EQ(
+      S_OK,
+      Load(L"<?xml version='1.0' encoding='UTF-8'?><!--c--><r a='1'> <x><y k=''/></x> t <z/></r>"));
   const auto names = [&](bool forward) {
     std::wstring all;
     Com<IXMLDOMNode> nodes[2];
@@ -134,12 +144,14 @@ TEST_F(DomNodeTest, AttributesHaveNoParentAndOneText) {
 }
 
 TEST_F(DomNodeTest, ListsAttributesInDocumentOrder) {
-  ASSERT_EQ(S_OK, Load(L"<?xml version='1.0'?><r b='' a=''><n:s n:b='' d='' xmlns:n='u'/><t xmlns='u'/>x<u/></r>"));
+  ASSERT_EQ(S_OK, Load(L"<?xml version='1.0'?><r b='' a=''><n:s n:b='' d='' xmlns:n='u'/><t "
+                       L"xmlns='u'/>x<u/></r>"));
   EXPECT_EQ(L"b a ", AttributeNames(L"r"));
   EXPECT_EQ(L"", AttributeNames(L"r/u"));
   EXPECT_EQ(L"<no map>", AttributeNames(L"/"));
   EXPECT_EQ(L"<no map>", AttributeNames(L"r/text()"));
-  if (const char* reason = WineDefect("Wine moves declarations, and the XML declaration has no map")) {
+  if (const char* reason =
+          WineDefect("Wine moves declarations, and the XML declaration has no map")) {
     GTEST_SKIP() << reason;
   }
   EXPECT_EQ(L"n:b d xmlns:n ", AttributeNames(L"r/n:s"));
@@ -158,14 +170,15 @@ TEST_F(DomNodeTest, FindsAttributesByTheNameAsWritten) {
     const wchar_t* text;  // null when there is no such attribute
     const char* wineDefect = nullptr;
   } kRows[] = {
-      {L"n:b", L"1"},    {L"xml:lang", L"de"}, {L"C", L"2"},   {L"b", nullptr}, {L"lang", nullptr},
-      {L"c", nullptr},   {L"", nullptr},       {L"r", nullptr},
-      {L"xmlns:n", L"u", "Wine does not find declarations"},
+      {L"n:b", L"1"},  {L"xml:lang", L"de"}, {L"C", L"2"},
+      {L"b", nullptr}, {L"lang", nullptr},   {L"c", nullptr},
+      {L"", nullptr},  {L"r", nullptr},      {L"xmlns:n", L"u", "Wine does not find declarations"},
   };
   for (const auto& row : kRows) {
     if (SkipRow(Narrow(row.name).c_str(), WineDefect(row.wineDefect))) continue;
     Com<IXMLDOMNode> node;
-    EXPECT_EQ(row.text != nullptr ? S_OK : S_FALSE, map->getNamedItem(Text(row.name).Get(), node.Receive()));
+    EXPECT_EQ(row.text != nullptr ? S_OK : S_FALSE,
+              map->getNamedItem(Text(row.name).Get(), node.Receive()));
     ASSERT_EQ(row.text != nullptr, static_cast<bool>(node)) << Narrow(row.name);
     if (node) {
       EXPECT_EQ(row.text, TextOf(node.Get()));
@@ -203,7 +216,8 @@ TEST_F(DomNodeTest, OffersElementsOnlyForElements) {
   Com<IXMLDOMNode> node;
   Com<IXMLDOMElement> element;
   Find(L"r", &node);
-  EXPECT_EQ(S_OK, node->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.Receive())));
+  EXPECT_EQ(S_OK,
+            node->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.Receive())));
   VARIANT value;
   VariantInit(&value);
   EXPECT_EQ(S_OK, element->getAttribute(Text(L"a").Get(), &value));
@@ -212,7 +226,8 @@ TEST_F(DomNodeTest, OffersElementsOnlyForElements) {
   EXPECT_EQ(S_FALSE, element->getAttribute(Text(L"b").Get(), &value));
   EXPECT_EQ(VT_NULL, value.vt);
   Find(L"r/text()", &node);
-  EXPECT_EQ(E_NOINTERFACE, node->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.Receive())));
+  EXPECT_EQ(E_NOINTERFACE,
+            node->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.Receive())));
   EXPECT_FALSE(element);
 }
 

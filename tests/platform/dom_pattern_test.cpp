@@ -9,7 +9,8 @@ constexpr const wchar_t* kShelf =
     L"<?xml version='1.0'?><shelf xmlns:p='urn:p' xmlns:q='urn:p'><!--note--><?go now?>"
     L"<book id='1' p:k='K'><t>one</t><n>1</n><a>x</a><a>y</a></book>"
     L"<book id='2'><t>two</t><n>12</n><a>y</a></book>"
-    L"<box><book id='3'><t>three</t><n>2</n><p:m>mp</p:m></book><book id='4'><t><![CDATA[four]]></t></book></box>"
+    L"<box><book id='3'><t>three</t><n>2</n><p:m>mp</p:m></book><book "
+    L"id='4'><t><![CDATA[four]]></t></book></box>"
     L"<d:m xmlns:d='urn:p'>md</d:m><e xmlns='urn:e'><m>me</m></e><q:m>mq</q:m></shelf>";
 
 struct Selection {
@@ -22,6 +23,7 @@ struct Selection {
 constexpr const char* kDotFilter = "Wine gets filters on . wrong";
 constexpr const char* kTextOrder = "Wine orders text as numbers";
 constexpr const char* kAnyNode = "Wine compares every node";
+constexpr const char* kMixed = "Wine refuses two word operators without parentheses";
 constexpr const char* kNoSuchMethod = "Wine lacks the method";
 
 const Selection kSelections[] = {
@@ -43,13 +45,14 @@ const Selection kSelections[] = {
     {"processing instruction", L"shelf/pi()", L"now"},
     {"text", L"//book[@id='1']/t/text()", L"one"},
     {"text takes CDATA", L"//book[@id='4']/t/text()", L"four"},
-    {"textnode does not", L"//book[@id='4']/t/textnode()", L"", kNoSuchMethod},
+    {"textnode does not", L"//book[@id='4']/t/textnode()", L"", "Wine takes CDATA for text"},
     {"cdata", L"//t/cdata()", L"four", kNoSuchMethod},
     {"element of a name", L"//box/book/element('n')", L"2"},
     {"attribute of a name", L"//book/attribute('id')", L"1,2,3,4"},
     {"union comes in document order", L"//n | //t", L"one,1,two,12,three,2,four"},
     {"union without duplicates", L"//t | //book/t", L"one,two,three,four"},
-    {"group inside a path", L"shelf/(book|box/book)/n", L"1,12,2", "Wine refuses a group inside a path"},
+    {"group inside a path", L"shelf/(book|box/book)/n", L"1,12,2",
+     "Wine refuses a group inside a path"},
     {"operators are names elsewhere", L"//or | //and | //not", L""},
 
     {"a name is what is written", L"//m", L"me"},
@@ -71,14 +74,15 @@ const Selection kSelections[] = {
     {"end()", L"//book[end()]/@id", L"2,4"},
     {"not end()", L"//a[$not$ end()]", L"x"},
     {"first or last", L"shelf/book[index()=0 or end()]/@id", L"1,2"},
-    {"huge index", L"//book[99999999999999999999]", L"", "Wine overflows"},
+    {"huge index", L"//book[99999999999999999999]", L""},
 
     {"filter on a child", L"//book[n]/@id", L"1,2,3"},
     {"filter on a path", L"shelf[box/book]/book/@id", L"1,2"},
     {"filter on any depth", L"*[.//n]/box//n", L"2"},
     {"filter on an attribute", L"//*[@id]/t", L"one,two,three,four"},
     {"several filters", L"//book[n][@id='2']/t", L"two"},
-    {"declarations are attributes", L"//e[@*]/*", L"me", "Wine does not see namespace declarations"},
+    {"declarations are attributes", L"//e[@*]/*", L"me",
+     "Wine does not see namespace declarations"},
     {"filter on any node", L"//.[t='two']/n", L"12", kDotFilter},
     {"filter on any node below", L"shelf//.[n='2']/t", L"three", kDotFilter},
     {"filter on the context", L"//book/.[n='12']/t", L"two", kDotFilter},
@@ -88,10 +92,11 @@ const Selection kSelections[] = {
     {"not equal", L"//book[n!='1']/@id", L"2,3"},
     {"an empty side makes it false", L"//book[zz!='1']/@id", L""},
     {"not of an empty side", L"//book[not(n='1')]/@id", L"2,3,4"},
-    {"$not$ takes the whole comparison", L"//book[$not$ t='two']/@id", L"1,3,4", "Wine negates the left side"},
+    {"$not$ takes the whole comparison", L"//book[$not$ t='two']/@id", L"1,3,4",
+     "Wine negates the left side"},
     {"only the first node is compared", L"//book[a='y']/@id", L"2", kAnyNode},
     {"any node", L"//book[$any$ a='y']/@id", L"1,2"},
-    {"all nodes", L"//book[$all$ a='y']/@id", L"2"},
+    {"all nodes, or none", L"//book[$all$ a='y']/@id", L"2,3,4"},
     {"$eq$ and $ne$", L"//book[t $eq$ 'one' or t $ne$ 'two']/@id", L"1,3,4"},
     {"ignoring case", L"//book[t $ieq$ 'TWO']/@id", L"2"},
     {"text is compared as text", L"//n[. > '10']", L"12,2", kTextOrder},
@@ -107,11 +112,11 @@ const Selection kSelections[] = {
 
     {"and binds tighter than or", L"//book[@id='4' or @id='1' and n='9']/@id", L"4"},
     {"parentheses", L"//book[(@id='4' or @id='1') and n]/@id", L"1"},
-    {"word operators", L"//book[@id='1' $or$ @id='2' $and$ n='12']/@id", L"1,2"},
-    {"C operators", L"//book[@id='1' || @id='2' && n='12']/@id", L"1,2"},
+    {"word operators", L"//book[@id='1' $or$ @id='2' $and$ n='12']/@id", L"1,2", kMixed},
+    {"C operators", L"//book[@id='1' || @id='2' && n='12']/@id", L"1,2", kMixed},
     {"white space between tokens", L" // book [ @id = '2' ] / t ", L"two"},
     {"nearest ancestor", L"//book[ancestor(box)]/@id", L"3,4"},
-    {"ancestor as a step", L"//n[ancestor(book)/@id='2']", L"12", "Wine takes every ancestor"},
+    {"ancestor as a step", L"//n[ancestor(book)/@id='2']", L"12"},
 };
 
 class DomPatternTest : public DomTest {};
@@ -166,7 +171,6 @@ TEST_F(DomPatternTest, SelectsRelativeToAnElement) {
 TEST_F(DomPatternTest, RefusesWhatTheLanguageLacks) {
   constexpr const char* kXPath = "Wine answers XPath";
   constexpr const char* kLenient = "Wine takes it";
-  constexpr const char* kCut = "Wine cuts the expression short";
   const struct {
     const char* name;
     const wchar_t* pattern;
@@ -174,29 +178,29 @@ TEST_F(DomPatternTest, RefusesWhatTheLanguageLacks) {
   } kRows[] = {
       {"empty", L""},
       {"number", L"1"},
-      {"string", L"'a'", kLenient},
+      {"string", L"'a'"},
       {"comparison at the top", L"r='1'"},
       {"boolean at the top", L"not(r)"},
       {"unclosed filter", L"r[a"},
       {"brackets", L"bad[["},
       {"empty filter", L"r[]"},
-      {"slash at the end", L"r/", kCut},
-      {"two names", L"r r", kCut},
-      {"three slashes", L"///r"},
+      {"slash at the end", L"r/"},
+      {"two names", L"r r"},
+      {"three slashes", L"///r", kLenient},
       {"unclosed quote", L"r[.='a]", "Wine closes the quote"},
       {"literal on the left", L"r['1' = .]", kLenient},
       {"chained comparison", L"r[a = b = c]", kLenient},
       {"fraction as an index", L"r[1.5]", kLenient},
       {"literal as a filter", L"r['a']", kLenient},
-      {"union of truths", L"r[a='1' | b]", kLenient},
+      {"union of truths", L"r[a='1' | b]"},
       {"unknown method", L"//foo()"},
       {"method with a bare name", L"//element(a)"},
       {"attribute method with a bare name", L"//attribute(a)"},
       {"unclosed method", L"//text("},
       {"ancestor inside a path", L"r/ancestor(r)", kLenient},
-      {"path after a value", L"r[index()/a]", kLenient},
-      {"step after a group of truths", L"(r or r)/a", kLenient},
-      {"wildcard with a prefix", L"p:*", kLenient},
+      {"path after a value", L"r[index()/a]"},
+      {"step after a group of truths", L"(r or r)/a"},
+      {"wildcard with a prefix", L"p:*"},
       {"axis", L"child::r", kXPath},
       {"position()", L"r[position()=1]", kXPath},
       {"last()", L"r[last()]", kXPath},
@@ -206,14 +210,12 @@ TEST_F(DomPatternTest, RefusesWhatTheLanguageLacks) {
       {"true()", L"r[true()]", kXPath},
       {"addition", L"r[1+1=2]", kXPath},
       {"variable", L"$x", kXPath},
-      {"word operator in capitals", L"r[a $AND$ b]", kLenient},
-      {"deeper than the limit", nullptr, "Wine has no limit"},
+      {"word operator in capitals", L"r[a $AND$ b]"},
   };
-  const std::wstring deep = Repeat(L"r[", 300) + L"r" + Repeat(L"]", 300);
   ASSERT_EQ(S_OK, Load(L"<r>1</r>"));
   for (const auto& row : kRows) {
     if (SkipRow(row.name, WineDefect(row.wineDefect))) continue;
-    EXPECT_EQ(L"<refused>", Select(row.pattern != nullptr ? row.pattern : deep)) << row.name;
+    EXPECT_EQ(L"<refused>", Select(row.pattern)) << row.name;
   }
 }
 

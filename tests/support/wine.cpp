@@ -10,7 +10,8 @@ namespace corvane::test {
 
 #ifdef _WIN32
 const char* WineDefect(const char* reason) {
-  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr ? reason : nullptr;
+  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr ? reason
+                                                                                       : nullptr;
 }
 
 const char* LayerOnly(const char* reason) { return reason; }

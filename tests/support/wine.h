@@ -7,10 +7,12 @@ namespace corvane::test {
 // `reason` when the program runs under Wine, which is known to answer otherwise; null elsewhere.
 const char* WineDefect(const char* reason);
 
-// `reason` when the platform is not this project's own layer, whose limits are what the case is about; null on Linux.
+// `reason` when the platform is not this project's own layer, whose limits are what the case is
+// about; null on Linux.
 const char* LayerOnly(const char* reason);
 
-// Prints that the table row `name` is skipped, and why, when `reason` is not null. True when it is to be skipped.
+// Prints that the table row `name` is skipped, and why, when `reason` is not null. True when it is
+// to be skipped.
 bool SkipRow(const char* name, const char* reason);
 
 }  // namespace corvane::test

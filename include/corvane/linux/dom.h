@@ -72,8 +72,8 @@ struct IXMLDOMNode : public IDispatch {
   virtual HRESULT STDMETHODCALLTYPE hasChildNodes(VARIANT_BOOL* has) = 0;
   virtual HRESULT STDMETHODCALLTYPE
   get_text(BSTR* text) = 0;  // always S_OK; "" when there is nothing
-  // XSL patterns, relative to this node. E_FAIL: the expression does not parse or is no set of
-  // nodes.
+  // XSL patterns, relative to this node. E_FAIL: the expression does not parse, is no set of nodes
+  // or costs too much. A NULL expression or output: E_INVALIDARG, and the output is left alone.
   virtual HRESULT STDMETHODCALLTYPE selectNodes(BSTR expression, IXMLDOMNodeList** nodes) = 0;
   virtual HRESULT STDMETHODCALLTYPE selectSingleNode(BSTR expression, IXMLDOMNode** node) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_namespaceURI(BSTR* uri) = 0;
@@ -116,6 +116,7 @@ struct IXMLDOMDocument : public IXMLDOMNode {
   virtual HRESULT STDMETHODCALLTYPE get_documentElement(IXMLDOMElement** element) = 0;
   // A local path or a file: URL in a VT_BSTR. S_OK and VARIANT_TRUE, or S_FALSE, VARIANT_FALSE and
   // an empty document.
+  // `succeeded` may be NULL, here and in loadXML.
   virtual HRESULT STDMETHODCALLTYPE load(VARIANT source, VARIANT_BOOL* succeeded) = 0;
   virtual HRESULT STDMETHODCALLTYPE loadXML(BSTR xml, VARIANT_BOOL* succeeded) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_parseError(IXMLDOMParseError** error) = 0;

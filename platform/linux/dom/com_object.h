@@ -19,7 +19,9 @@ class ComObject : public Interface {
   ComObject(const ComObject&) = delete;
   ComObject& operator=(const ComObject&) = delete;
 
-  ULONG STDMETHODCALLTYPE AddRef() override { return m_references.fetch_add(1, std::memory_order_relaxed) + 1; }
+  ULONG STDMETHODCALLTYPE AddRef() override {
+    return m_references.fetch_add(1, std::memory_order_relaxed) + 1;
+  }
   ULONG STDMETHODCALLTYPE Release() override {
     const ULONG left = m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (left == 0) delete this;

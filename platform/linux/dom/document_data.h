@@ -20,8 +20,8 @@ struct DocumentData {
 // Keeps a load alive after its document took another one.
 using DocumentPtr = std::shared_ptr<DocumentData>;
 
-// The text node that every attribute has as its child is not in the tree: this bit on the attribute's number stands for
-// it. Trees have far fewer nodes.
+// The text node that every attribute has as its child is not in the tree: this bit on the
+// attribute's number stands for it. Trees have far fewer nodes.
 constexpr NodeId kAttributeTextBit = 0x80000000;
 constexpr bool IsAttributeText(NodeId node) { return (node & kAttributeTextBit) != 0; }
 

@@ -12,7 +12,8 @@ namespace corvane::dom {
 namespace {
 
 constexpr wchar_t kByteOrderMark = 0xFEFF;
-constexpr std::size_t kMaxSourceBytes = 65'536;  // of a path or URL: longer than any the system opens
+constexpr std::size_t kMaxSourceBytes =
+    65'536;  // of a path or URL: longer than any the system opens
 constexpr HRESULT kSourceNotFound = static_cast<HRESULT>(0x800C0006);  // INET_E_OBJECT_NOT_FOUND
 
 DocumentPtr EmptyDocument() { return std::make_shared<DocumentData>(std::make_unique<Tree>()); }
@@ -78,7 +79,8 @@ std::unique_ptr<Tree> DomDocument::ReadText(BSTR xml) {
 std::unique_ptr<Tree> DomDocument::ReadSource(BSTR source) {
   m_handle.document = EmptyDocument();
   m_failure = {};
-  const std::wstring_view wide = source != nullptr ? std::wstring_view(source) : std::wstring_view();
+  const std::wstring_view wide =
+      source != nullptr ? std::wstring_view(source) : std::wstring_view();
   std::string path;
   std::string bytes;
   std::string reason = "The source is no path.";

@@ -34,8 +34,9 @@ class DomDocument final : public NodeObject<IXMLDOMDocument> {
 
 }  // namespace corvane::dom
 
-// An empty document with one reference for the caller. E_NOINTERFACE when `iid` is none of IUnknown, IDispatch,
-// IXMLDOMNode and IXMLDOMDocument, E_INVALIDARG for a null `object`, E_OUTOFMEMORY. *object is null after a failure.
+// An empty document with one reference for the caller. E_NOINTERFACE when `iid` is none of
+// IUnknown, IDispatch, IXMLDOMNode and IXMLDOMDocument, E_INVALIDARG for a null `object`,
+// E_OUTOFMEMORY. *object is null after a failure.
 HRESULT CreateDomDocument(REFIID iid, void** object);
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_DOM_DOCUMENT_H_

@@ -8,7 +8,9 @@
 
 namespace corvane::dom {
 
-HRESULT DomNode::QueryInterface(REFIID iid, void** object) { return Query(iid, {&IID_IXMLDOMNode}, object); }
+HRESULT DomNode::QueryInterface(REFIID iid, void** object) {
+  return Query(iid, {&IID_IXMLDOMNode}, object);
+}
 
 HRESULT DomElement::QueryInterface(REFIID iid, void** object) {
   return Query(iid, {&IID_IXMLDOMNode, &IID_IXMLDOMElement}, object);

@@ -2,6 +2,8 @@
 
 namespace corvane::dom {
 
-HRESULT DomNodeList::QueryInterface(REFIID iid, void** object) { return Query(iid, {&IID_IXMLDOMNodeList}, object); }
+HRESULT DomNodeList::QueryInterface(REFIID iid, void** object) {
+  return Query(iid, {&IID_IXMLDOMNodeList}, object);
+}
 
 }  // namespace corvane::dom

@@ -1,4 +1,5 @@
-// The children of a node, or the result of a selection. The tree never changes, so neither does the list.
+// The children of a node, or the result of a selection. The tree never changes, so neither does the
+// list.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_DOM_NODE_LIST_H_
 #define CORVANE_PLATFORM_LINUX_DOM_DOM_NODE_LIST_H_
 

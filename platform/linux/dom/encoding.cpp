@@ -5,7 +5,8 @@
 namespace corvane::dom {
 namespace {
 
-constexpr std::size_t kBlockChars = 16;  // checked together for ASCII, which compilers turn into vector code
+constexpr std::size_t kBlockChars =
+    16;  // checked together for ASCII, which compilers turn into vector code
 
 bool IsScalarValue(char32_t c) { return c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF); }
 
@@ -68,8 +69,9 @@ char32_t ToLower(char32_t c) {
   if (c < 0x80) return c >= 'A' && c <= 'Z' ? c + 32 : c;
   if (c >= 0xC0 && c <= 0xDE) return c == 0xD7 ? c : c + 32;
   if (c == 0x178) return 0xFF;
-  const bool evenUpper = (c >= 0x100 && c <= 0x137 && c != 0x130 && c != 0x131) || (c >= 0x14A && c <= 0x177) ||
-                         (c >= 0x460 && c <= 0x481) || (c >= 0x48A && c <= 0x4BF) || (c >= 0x4D0 && c <= 0x52F) ||
+  const bool evenUpper = (c >= 0x100 && c <= 0x137 && c != 0x130 && c != 0x131) ||
+                         (c >= 0x14A && c <= 0x177) || (c >= 0x460 && c <= 0x481) ||
+                         (c >= 0x48A && c <= 0x4BF) || (c >= 0x4D0 && c <= 0x52F) ||
                          (c >= 0x1E00 && c <= 0x1E95) || (c >= 0x1EA0 && c <= 0x1EFF);
   if (evenUpper) return c | 1;
   const bool oddUpper =
@@ -116,7 +118,8 @@ char32_t DecodeUtf8(std::string_view utf8, std::size_t* length) {
   }
   *length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
   char32_t c = lead & (0xFFu >> (*length + 1));
-  for (std::size_t i = 1; i < *length; ++i) c = c << 6 | (static_cast<unsigned char>(utf8[i]) & 0x3F);
+  for (std::size_t i = 1; i < *length; ++i)
+    c = c << 6 | (static_cast<unsigned char>(utf8[i]) & 0x3F);
   return c;
 }
 

@@ -1,4 +1,5 @@
-// Conversions between the wide text of the interface (one code point a character) and the UTF-8 inside.
+// Conversions between the wide text of the interface (one code point a character) and the UTF-8
+// inside.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_ENCODING_H_
 #define CORVANE_PLATFORM_LINUX_DOM_ENCODING_H_
 
@@ -9,8 +10,8 @@
 
 namespace corvane::dom {
 
-// Replaces *utf8. False when a character is no Unicode scalar value (a surrogate, or above U+10FFFF) or the result
-// would pass `maxBytes`.
+// Replaces *utf8. False when a character is no Unicode scalar value (a surrogate, or above
+// U+10FFFF) or the result would pass `maxBytes`.
 bool WideToUtf8(std::wstring_view text, std::size_t maxBytes, std::string* utf8);
 
 // The first code point of valid, non-empty UTF-8; *length is the number of its bytes.
@@ -19,12 +20,12 @@ char32_t DecodeUtf8(std::string_view utf8, std::size_t* length);
 // A BSTR of valid UTF-8, which the caller frees; never null. Throws std::bad_alloc.
 BSTR Utf8ToBstr(std::string_view utf8);
 
-// Appends lower-case text to *out, for comparisons that ignore case: the simple one-to-one pairs of Latin, Greek,
-// Cyrillic and Armenian. Independent of the locale.
+// Appends lower-case text to *out, for comparisons that ignore case: the simple one-to-one pairs of
+// Latin, Greek, Cyrillic and Armenian. Independent of the locale.
 void AppendLowerCase(std::string_view utf8, std::string* out);
 
-// The code points of the bytes 0x80 to 0xFF in windows-1252. Its five unassigned bytes are control characters, as on
-// Windows.
+// The code points of the bytes 0x80 to 0xFF in windows-1252. Its five unassigned bytes are control
+// characters, as on Windows.
 char32_t Windows1252(unsigned char byte);
 
 }  // namespace corvane::dom

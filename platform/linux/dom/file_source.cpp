@@ -30,12 +30,15 @@ class FileHandle {
 
 std::string_view StripScheme(std::string_view source) {
   constexpr std::string_view kScheme = "file:";
-  if (source.size() < kScheme.size() || strncasecmp(source.data(), kScheme.data(), kScheme.size()) != 0) return source;
+  if (source.size() < kScheme.size() ||
+      strncasecmp(source.data(), kScheme.data(), kScheme.size()) != 0)
+    return source;
   source.remove_prefix(kScheme.size());
   if (!source.starts_with("//")) return source;
   const std::size_t path = source.find('/', 2);
   const std::string_view host = source.substr(2, path == std::string_view::npos ? path : path - 2);
-  const bool local = host.empty() || (host.size() == 9 && strncasecmp(host.data(), "localhost", 9) == 0);
+  const bool local =
+      host.empty() || (host.size() == 9 && strncasecmp(host.data(), "localhost", 9) == 0);
   return local && path != std::string_view::npos ? source.substr(path) : std::string_view();
 }
 
@@ -61,7 +64,8 @@ std::string Explain(int error) { return std::generic_category().message(error); 
 bool ReadAll(int file, std::size_t expected, std::string* bytes, std::string* reason) {
   constexpr std::size_t kLimit = corvane_dom_limits::kMaxDocumentBytes;
   std::size_t done = 0;
-  // One byte more than the file had: the read that finds its end needs no second buffer, and growth is noticed.
+  // One byte more than the file had: the read that finds its end needs no second buffer, and growth
+  // is noticed.
   bytes->resize(expected + 1);
   for (;;) {
     const ssize_t count = read(file, bytes->data() + done, bytes->size() - done);
@@ -83,14 +87,16 @@ bool ReadAll(int file, std::size_t expected, std::string* bytes, std::string* re
 }
 
 // *missing tells a name that does not exist from a file that cannot be read.
-bool ReadRegularFile(const std::string& path, std::string* bytes, std::string* reason, bool* missing) {
+bool ReadRegularFile(const std::string& path, std::string* bytes, std::string* reason,
+                     bool* missing) {
   struct stat status;
   *missing = stat(path.c_str(), &status) != 0;
   if (*missing) {
     *reason = "The file cannot be opened: " + Explain(errno);
     return false;
   }
-  // Checked before opening, which alone can disturb a device or a FIFO's writer, and again on what was opened.
+  // Checked before opening, which alone can disturb a device or a FIFO's writer, and again on what
+  // was opened.
   constexpr const char* kNotRegular = "The source is not a regular file.";
   if (!S_ISREG(status.st_mode)) {
     *reason = kNotRegular;

@@ -17,8 +17,10 @@ std::uint64_t Mix(std::uint64_t a, std::uint64_t b) {
 
 }  // namespace
 
-NameTable::NameTable() : m_slots(kFirstSlots, kNoName), m_seed(reinterpret_cast<std::uintptr_t>(this)) {
-  // Early in the system's start there may be no randomness yet; the object's address then has to do.
+NameTable::NameTable()
+    : m_slots(kFirstSlots, kNoName), m_seed(reinterpret_cast<std::uintptr_t>(this)) {
+  // Early in the system's start there may be no randomness yet; the object's address then has to
+  // do.
   std::uint64_t random = 0;
   if (getrandom(&random, sizeof random, GRND_NONBLOCK) == sizeof random) m_seed ^= random;
 }
@@ -60,13 +62,16 @@ std::uint32_t NameTable::Intern(std::string_view text) {
     slot = FindSlot(text, hash);
   }
   const auto id = static_cast<std::uint32_t>(m_entries.size());
-  m_entries.push_back({static_cast<std::uint32_t>(m_pool.size()), static_cast<std::uint32_t>(text.size()), hash});
+  m_entries.push_back(
+      {static_cast<std::uint32_t>(m_pool.size()), static_cast<std::uint32_t>(text.size()), hash});
   m_pool.append(text);
   m_slots[slot] = id;
   return id;
 }
 
-std::uint32_t NameTable::Find(std::string_view text) const { return m_slots[FindSlot(text, Hash(text))]; }
+std::uint32_t NameTable::Find(std::string_view text) const {
+  return m_slots[FindSlot(text, Hash(text))];
+}
 
 void NameTable::Grow() {
   std::vector<std::uint32_t> slots(m_slots.size() * 2, kNoName);

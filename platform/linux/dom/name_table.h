@@ -1,5 +1,6 @@
 // Interned names: equal texts get the same number, so that comparing names is comparing integers.
-// Texts live in one pool; the hash is seeded at random, so that a document cannot choose names that collide.
+// Texts live in one pool; the hash is seeded at random, so that a document cannot choose names that
+// collide.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_NAME_TABLE_H_
 #define CORVANE_PLATFORM_LINUX_DOM_NAME_TABLE_H_
 

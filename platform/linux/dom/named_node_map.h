@@ -17,7 +17,9 @@ class NamedNodeMap final : public NodeCursor<IXMLDOMNamedNodeMap> {
 
  private:
   const DocumentPtr& Document() const override { return m_element.document; }
-  std::uint32_t Count() const override { return m_element.document->tree->AttributeCount(m_element.node); }
+  std::uint32_t Count() const override {
+    return m_element.document->tree->AttributeCount(m_element.node);
+  }
   NodeId At(std::uint32_t index) const override { return m_element.node + 1 + index; }
 
   const NodeHandle m_element;

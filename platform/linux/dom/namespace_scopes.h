@@ -1,4 +1,5 @@
-// The namespace prefixes in scope while a document is read, and the rules of Namespaces in XML 1.0 for names.
+// The namespace prefixes in scope while a document is read, and the rules of Namespaces in XML 1.0
+// for names.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_NAMESPACE_SCOPES_H_
 #define CORVANE_PLATFORM_LINUX_DOM_NAMESPACE_SCOPES_H_
 
@@ -14,7 +15,13 @@ namespace corvane::dom {
 
 // A name as written, taken apart. Worked out once for each distinct name.
 struct QualifiedName {
-  enum class Role : std::uint8_t { kUnknown, kMalformed, kPlain, kDefaultDeclaration, kPrefixDeclaration };
+  enum class Role : std::uint8_t {
+    kUnknown,
+    kMalformed,
+    kPlain,
+    kDefaultDeclaration,
+    kPrefixDeclaration
+  };
   Role role = Role::kUnknown;
   std::uint32_t prefix = kNoName;  // kNoName when there is none
   std::uint32_t local = kNoName;   // of a prefix declaration: the prefix that it declares
@@ -28,11 +35,14 @@ class NamespaceScopes {
   // kMalformed: two colons, an empty half, or a half that does not start like a name.
   QualifiedName Split(std::uint32_t name);
 
-  // Takes the declaration of `prefix` on `element`. False when Namespaces 1.0 forbids it: an empty URI, the prefix
-  // xmlns, or one of the reserved URIs.
+  // Takes the declaration of `prefix` on `element`. False when Namespaces 1.0 forbids it: an empty
+  // URI, the prefix xmlns, or one of the reserved URIs.
   bool Declare(std::uint32_t prefix, std::string_view uri, NodeId element);
-  static bool IsAllowedAsDefault(std::string_view uri) { return uri != kXmlNamespace && uri != kXmlnsNamespace; }
-  // Takes back what `element` declared; elements are left in the reverse order of their declarations.
+  static bool IsAllowedAsDefault(std::string_view uri) {
+    return uri != kXmlNamespace && uri != kXmlnsNamespace;
+  }
+  // Takes back what `element` declared; elements are left in the reverse order of their
+  // declarations.
   void Leave(NodeId element);
 
   // The number of the URI bound to `prefix`, kNoName when it is not in scope.

@@ -13,7 +13,8 @@ bool IsAttribute(const NodeHandle& handle) { return NodeType(handle) == NODE_ATT
 
 NodeId FirstChild(const NodeHandle& handle) {
   if (IsAttributeText(handle.node)) return kNoNode;
-  return IsAttribute(handle) ? handle.node | kAttributeTextBit : handle.document->tree->FirstChild(handle.node);
+  return IsAttribute(handle) ? handle.node | kAttributeTextBit
+                             : handle.document->tree->FirstChild(handle.node);
 }
 
 NodeId LastChild(const NodeHandle& handle) {
@@ -47,7 +48,8 @@ HRESULT GetLastChild(const NodeHandle& handle, IXMLDOMNode** child) {
 
 HRESULT GetPreviousSibling(const NodeHandle& handle, IXMLDOMNode** sibling) {
   return GiveNode(handle, sibling, [&] {
-    return IsAttributeText(handle.node) ? kNoNode : handle.document->tree->PreviousSibling(handle.node);
+    return IsAttributeText(handle.node) ? kNoNode
+                                        : handle.document->tree->PreviousSibling(handle.node);
   });
 }
 
@@ -83,8 +85,9 @@ HRESULT GetAttributes(const NodeHandle& handle, IXMLDOMNamedNodeMap** map) {
   *map = nullptr;
   return Guard([&] {
     // Of the processing instructions only the XML declaration has attributes.
-    const bool hasMap = !IsAttributeText(handle.node) && (NodeType(handle) == NODE_ELEMENT ||
-                                                          handle.document->tree->AttributeCount(handle.node) > 0);
+    const bool hasMap =
+        !IsAttributeText(handle.node) && (NodeType(handle) == NODE_ELEMENT ||
+                                          handle.document->tree->AttributeCount(handle.node) > 0);
     if (!hasMap) return S_FALSE;
     *map = new NamedNodeMap(handle);
     return S_OK;

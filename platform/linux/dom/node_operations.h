@@ -1,5 +1,5 @@
-// The operations of IXMLDOMNode, for every kind of node. Outputs are emptied first; E_INVALIDARG for a null one. No
-// exception leaves them.
+// The operations of IXMLDOMNode, for every kind of node. Outputs are emptied first; E_INVALIDARG
+// for a null one. No exception leaves them.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_NODE_OPERATIONS_H_
 #define CORVANE_PLATFORM_LINUX_DOM_NODE_OPERATIONS_H_
 

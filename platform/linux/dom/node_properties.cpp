@@ -68,7 +68,8 @@ HRESULT GetText(const NodeHandle& handle, BSTR* text) {
   std::string scratch;
   std::uint64_t work = 0;
   return GiveText(text, [&]() -> std::optional<std::string_view> {
-    return TextOf(*handle.document->tree, handle.node & ~kAttributeTextBit, kWholeText, &scratch, &work);
+    return TextOf(*handle.document->tree, handle.node & ~kAttributeTextBit, kWholeText, &scratch,
+                  &work);
   });
 }
 

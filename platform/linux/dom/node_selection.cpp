@@ -15,9 +15,11 @@ template <class Select>
 HRESULT Evaluate(const NodeHandle& handle, BSTR expression, Select select) {
   return Guard([&]() -> HRESULT {
     const Tree& tree = *handle.document->tree;
-    const auto compiled = handle.document->patterns.Compile(std::wstring_view(expression), tree.Names());
+    const auto compiled =
+        handle.document->patterns.Compile(std::wstring_view(expression), tree.Names());
     if (!compiled) return E_FAIL;
-    // The text below an attribute is not in the tree; from there only what starts at the document is found.
+    // The text below an attribute is not in the tree; from there only what starts at the document
+    // is found.
     const NodeId context = IsAttributeText(handle.node) ? kNoNode : handle.node;
     PatternEvaluator evaluator(tree);
     return select(evaluator, *compiled, context);
@@ -29,18 +31,20 @@ HRESULT Evaluate(const NodeHandle& handle, BSTR expression, Select select) {
 HRESULT SelectNodes(const NodeHandle& handle, BSTR expression, IXMLDOMNodeList** nodes) {
   if (nodes == nullptr || expression == nullptr) return E_INVALIDARG;
   *nodes = nullptr;
-  return Evaluate(handle, expression, [&](PatternEvaluator& evaluator, const Expression& pattern, NodeId context) {
-    *nodes = new DomNodeList(handle.document, evaluator.All(pattern, context));
-    return S_OK;
-  });
+  return Evaluate(handle, expression,
+                  [&](PatternEvaluator& evaluator, const Expression& pattern, NodeId context) {
+                    *nodes = new DomNodeList(handle.document, evaluator.All(pattern, context));
+                    return S_OK;
+                  });
 }
 
 HRESULT SelectSingleNode(const NodeHandle& handle, BSTR expression, IXMLDOMNode** node) {
   if (node == nullptr || expression == nullptr) return E_INVALIDARG;
   *node = nullptr;
-  return Evaluate(handle, expression, [&](PatternEvaluator& evaluator, const Expression& pattern, NodeId context) {
-    return MakeNode(handle.document, evaluator.First(pattern, context), node);
-  });
+  return Evaluate(handle, expression,
+                  [&](PatternEvaluator& evaluator, const Expression& pattern, NodeId context) {
+                    return MakeNode(handle.document, evaluator.First(pattern, context), node);
+                  });
 }
 
 }  // namespace corvane::dom

@@ -4,7 +4,9 @@
 
 namespace corvane::dom {
 
-HRESULT ParseError::QueryInterface(REFIID iid, void** object) { return Query(iid, {&IID_IXMLDOMParseError}, object); }
+HRESULT ParseError::QueryInterface(REFIID iid, void** object) {
+  return Query(iid, {&IID_IXMLDOMParseError}, object);
+}
 
 HRESULT ParseError::Give(LONG value, LONG* out) const {
   if (out == nullptr) return E_INVALIDARG;

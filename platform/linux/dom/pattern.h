@@ -1,4 +1,5 @@
-// A compiled XSL pattern: a small tree of expressions. Names are already those of one document's name table.
+// A compiled XSL pattern: a small tree of expressions. Names are already those of one document's
+// name table.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_H_
 #define CORVANE_PLATFORM_LINUX_DOM_PATTERN_H_
 
@@ -21,7 +22,8 @@ struct NodeTest {
 
   bool MatchesNothing() const { return !exact && kinds == 0; }
   bool Matches(NodeTag candidate) const {
-    return exact ? candidate == tag : (kinds >> static_cast<unsigned>(KindOfTag(candidate)) & 1) != 0;
+    return exact ? candidate == tag
+                 : (kinds >> static_cast<unsigned>(KindOfTag(candidate)) & 1) != 0;
   }
 };
 
@@ -54,7 +56,8 @@ struct Path {
   bool absolute = false;
   std::vector<Step> steps;
   Method method = Method::kNodes;
-  // From this step on, every step leads to the context or below it, so that results come in the contexts' order.
+  // From this step on, every step leads to the context or below it, so that results come in the
+  // contexts' order.
   std::size_t downwardFrom = 0;
 };
 
@@ -66,11 +69,13 @@ struct Expression {
   enum class Kind { kPath, kUnion, kAnd, kOr, kNot, kCompare, kExists };
   Kind kind = Kind::kPath;
   ValueType type = ValueType::kNodes;
-  bool positional = false;  // depends on the place of its context among the nodes that its filter sees
-  bool downward = true;     // kNodes: selects nothing but the context and what is below it
+  bool positional =
+      false;             // depends on the place of its context among the nodes that its filter sees
+  bool downward = true;  // kNodes: selects nothing but the context and what is below it
 
-  Path path;                                          // kPath
-  std::vector<std::unique_ptr<Expression>> operands;  // the others; kCompare: left and, if it is a path, right
+  Path path;  // kPath
+  std::vector<std::unique_ptr<Expression>>
+      operands;  // the others; kCompare: left and, if it is a path, right
 
   Relation relation = Relation::kEqual;
   Quantifier quantifier = Quantifier::kFirst;

@@ -9,12 +9,13 @@
 namespace corvane::dom {
 namespace {
 
-constexpr std::size_t kMaxEntries = 64;         // memory, and the time of a look-up
+constexpr std::size_t kMaxEntries = 64;          // memory, and the time of a look-up
 constexpr std::size_t kMaxKeptCharacters = 512;  // of one pattern: memory
 
 }  // namespace
 
-std::shared_ptr<const Expression> PatternCache::Compile(std::wstring_view pattern, const NameTable& names) {
+std::shared_ptr<const Expression> PatternCache::Compile(std::wstring_view pattern,
+                                                        const NameTable& names) {
   const auto known = std::find_if(m_entries.begin(), m_entries.end(),
                                   [&](const Entry& entry) { return entry.pattern == pattern; });
   if (known != m_entries.end()) return known->expression;

@@ -12,8 +12,9 @@
 namespace corvane::dom {
 namespace {
 
-constexpr std::size_t kMaxNumberBytes = 1024;  // a text longer than this is no number: spares joining long texts
-constexpr std::size_t kMaxUtf8Bytes = 4;       // of one character
+constexpr std::size_t kMaxNumberBytes =
+    1024;  // a text longer than this is no number: spares joining long texts
+constexpr std::size_t kMaxUtf8Bytes = 4;  // of one character
 constexpr std::uint64_t kBytesPerStep = 16;
 
 template <class Value>
@@ -43,7 +44,8 @@ double ToNumber(std::string_view text) {
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
   if (text.empty() || text.size() > kMaxNumberBytes) return kNone;
-  if (!IsDigit(static_cast<unsigned char>(text[0])) && text[0] != '.') return kNone;  // inf, nan, a second sign
+  if (!IsDigit(static_cast<unsigned char>(text[0])) && text[0] != '.')
+    return kNone;  // inf, nan, a second sign
   double number = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
   if (result.ec != std::errc() || result.ptr != text.data() + text.size()) return kNone;
@@ -67,8 +69,9 @@ bool PatternEvaluator::Compare(const Expression& comparison, const Place& place)
   }
   const std::vector<Place> places = AllPlaces(left, place);
   const auto holds = [&](const Place& each) { return Holds(comparison, each, rightPlace); };
-  if (comparison.quantifier == Quantifier::kAny) return std::any_of(places.begin(), places.end(), holds);
-  return !places.empty() && std::all_of(places.begin(), places.end(), holds);
+  if (comparison.quantifier == Quantifier::kAny)
+    return std::any_of(places.begin(), places.end(), holds);
+  return std::all_of(places.begin(), places.end(), holds);
 }
 
 bool PatternEvaluator::FirstPlace(const Expression& expression, const Place& place, Place* first) {
@@ -87,7 +90,8 @@ bool PatternEvaluator::FirstPlace(const Expression& expression, const Place& pla
   return first->node != kNoNode;
 }
 
-std::vector<PatternEvaluator::Place> PatternEvaluator::AllPlaces(const Expression& expression, const Place& place) {
+std::vector<PatternEvaluator::Place> PatternEvaluator::AllPlaces(const Expression& expression,
+                                                                 const Place& place) {
   if (expression.positional) return {place};
   const NodeSet nodes = All(expression, place.node);
   std::vector<Place> places;
@@ -110,8 +114,10 @@ std::vector<PatternEvaluator::Place> PatternEvaluator::AllPlaces(const Expressio
 // `right` is null when the comparison has a literal.
 bool PatternEvaluator::Holds(const Expression& comparison, const Place& left, const Place* right) {
   const Method leftMethod = comparison.operands[0]->path.method;
-  const Method rightMethod = right != nullptr ? comparison.operands[1]->path.method : Method::kNodes;
-  if (comparison.numeric) return Relate(comparison.relation, NumberOf(leftMethod, left), comparison.number);
+  const Method rightMethod =
+      right != nullptr ? comparison.operands[1]->path.method : Method::kNodes;
+  if (comparison.numeric)
+    return Relate(comparison.relation, NumberOf(leftMethod, left), comparison.number);
   if (IsNumeric(leftMethod) && IsNumeric(rightMethod)) {
     return Relate(comparison.relation, NumberOf(leftMethod, left), NumberOf(rightMethod, *right));
   }
@@ -126,7 +132,8 @@ bool PatternEvaluator::Holds(const Expression& comparison, const Place& left, co
       rightText = m_rightText;
     }
   }
-  const std::size_t enough = comparison.ignoreCase ? rightText.size() * kMaxUtf8Bytes : rightText.size();
+  const std::size_t enough =
+      comparison.ignoreCase ? rightText.size() * kMaxUtf8Bytes : rightText.size();
   std::string_view leftText = TextOf(leftMethod, left, enough, &m_leftText);
   if (comparison.ignoreCase) {
     // More characters than this cannot change the answer.

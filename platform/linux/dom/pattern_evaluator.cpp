@@ -9,14 +9,17 @@
 namespace corvane::dom {
 namespace {
 
-constexpr std::size_t kLazySteps = 8;       // of a path, which recurse; the steps after them are worked out as sets
-constexpr std::uint32_t kScanBlock = 16;    // tags compared together, which compilers turn into vector code
+constexpr std::size_t kLazySteps =
+    8;  // of a path, which recurse; the steps after them are worked out as sets
+constexpr std::uint32_t kScanBlock =
+    16;  // tags compared together, which compilers turn into vector code
 constexpr std::uint32_t kScansPerStep = 4;  // scanned tags that take the time of one visited node
 
 NodeId FindTag(const NodeTag* tags, NodeId begin, NodeId end, NodeTag wanted) {
   while (end - begin >= kScanBlock) {
-    unsigned hits = 0;
-    for (std::uint32_t i = 0; i < kScanBlock; ++i) hits |= tags[begin + i] == wanted ? 1u : 0u;
+    const NodeTag* block = tags + begin;
+    NodeTag hits = 0;
+    for (std::uint32_t i = 0; i < kScanBlock; ++i) hits |= block[i] == wanted ? 1u : 0u;
     if (hits != 0) break;
     begin += kScanBlock;
   }
@@ -41,26 +44,38 @@ NodeTest TestBelow(const Tree& tree, const Step& step, NodeId context) {
   return test;
 }
 
-NodeId BeginBelow(const Step& step, NodeId context) { return step.axis == Axis::kSelf ? context : context + 1; }
+NodeId BeginBelow(const Step& step, NodeId context) {
+  return step.axis == Axis::kSelf ? context : context + 1;
+}
 
 bool CanScanBelow(const Step& step) {
   return step.axis == Axis::kChild || step.axis == Axis::kAttribute || step.axis == Axis::kSelf;
 }
 
 void SortUnique(std::vector<NodeId>* nodes) {
-  const auto disorder = std::adjacent_find(nodes->begin(), nodes->end(), std::greater_equal<NodeId>());
+  const auto disorder =
+      std::adjacent_find(nodes->begin(), nodes->end(), std::greater_equal<NodeId>());
   if (disorder == nodes->end()) return;
   std::sort(nodes->begin(), nodes->end());
   nodes->erase(std::unique(nodes->begin(), nodes->end()), nodes->end());
 }
 
+// What most filters begin with: a child of some name.
+bool IsPlainChild(const Step& step) {
+  return step.axis == Axis::kChild && !step.anyDepth && step.filters.empty();
+}
+
 }  // namespace
 
-// The nodes that one step takes from one context, in document order, found one at a time where that is possible.
+// The nodes that one step takes from one context, in document order, found one at a time where that
+// is possible.
 class PatternEvaluator::Cursor {
  public:
   Cursor(PatternEvaluator* evaluator, const Step& step, NodeId context)
-      : m_evaluator(*evaluator), m_tree(evaluator->m_tree), m_step(step), m_end(m_tree.End(context)) {
+      : m_evaluator(*evaluator),
+        m_tree(evaluator->m_tree),
+        m_step(step),
+        m_end(m_tree.End(context)) {
     if (step.positional || !CanScanBelow(step)) {
       m_mode = Mode::kList;
       m_list = evaluator->Apply(step, {context});
@@ -79,7 +94,8 @@ class PatternEvaluator::Cursor {
     }
   }
 
-  // The next node, or kNoNode when it does not lie before `limit`; a later call with a higher limit goes on there.
+  // The next node, or kNoNode when it does not lie before `limit`; a later call with a higher limit
+  // goes on there.
   NodeId NextBefore(NodeId limit) {
     if (m_mode == Mode::kList) {
       return m_next < m_list.size() && m_list[m_next] < limit ? m_list[m_next++] : kNoNode;
@@ -132,7 +148,8 @@ void PatternEvaluator::Charge(std::uint64_t steps) {
 NodeId PatternEvaluator::First(const Expression& expression, NodeId context) {
   if (expression.kind == Expression::Kind::kUnion) {
     NodeId first = kNoNode;
-    for (const auto& operand : expression.operands) first = std::min(first, First(*operand, context));
+    for (const auto& operand : expression.operands)
+      first = std::min(first, First(*operand, context));
     return first;
   }
   const NodeId start = expression.path.absolute ? 0 : context;
@@ -149,12 +166,15 @@ NodeId PatternEvaluator::FirstOfSteps(const Path& path, std::size_t step, NodeId
     const NodeSet nodes = AllOfSteps(path, step, {context});
     return nodes.empty() ? kNoNode : nodes.front();
   }
-  Cursor cursor(this, path.steps[step], context);
   const bool isLastStep = step + 1 == path.steps.size();
+  if (isLastStep && IsPlainChild(path.steps[step]))
+    return FirstChild(path.steps[step].test, context);
+  Cursor cursor(this, path.steps[step], context);
   for (;;) {
     const NodeId node = cursor.NextBefore(kNoNode);
     if (node == kNoNode || isLastStep) return node;
-    // What follows `node` outside its subtree cannot lead to anything earlier; what is inside it can.
+    // What follows `node` outside its subtree cannot lead to anything earlier; what is inside it
+    // can.
     const NodeId end = m_tree.End(node);
     NodeId inner = cursor.NextBefore(end);
     NodeId first;
@@ -170,7 +190,17 @@ NodeId PatternEvaluator::FirstOfSteps(const Path& path, std::size_t step, NodeId
   }
 }
 
-PatternEvaluator::NodeSet PatternEvaluator::AllFrom(const Expression& expression, const NodeSet& contexts) {
+NodeId PatternEvaluator::FirstChild(const NodeTest& test, NodeId context) {
+  const NodeId end = m_tree.End(context);
+  NodeId child = context + 1 + m_tree.AttributeCount(context);
+  std::uint64_t visited = 1;
+  for (; child < end && !test.Matches(m_tree.Tag(child)); child = m_tree.End(child)) ++visited;
+  Charge(visited);
+  return child < end ? child : kNoNode;
+}
+
+PatternEvaluator::NodeSet PatternEvaluator::AllFrom(const Expression& expression,
+                                                    const NodeSet& contexts) {
   if (expression.kind == Expression::Kind::kUnion) {
     NodeSet all;
     for (const auto& operand : expression.operands) {
@@ -180,11 +210,14 @@ PatternEvaluator::NodeSet PatternEvaluator::AllFrom(const Expression& expression
     SortUnique(&all);
     return all;
   }
-  return AllOfSteps(expression.path, 0, expression.path.absolute && !contexts.empty() ? NodeSet{0} : contexts);
+  return AllOfSteps(expression.path, 0,
+                    expression.path.absolute && !contexts.empty() ? NodeSet{0} : contexts);
 }
 
-PatternEvaluator::NodeSet PatternEvaluator::AllOfSteps(const Path& path, std::size_t step, NodeSet contexts) {
-  for (; step < path.steps.size() && !contexts.empty(); ++step) contexts = Apply(path.steps[step], contexts);
+PatternEvaluator::NodeSet PatternEvaluator::AllOfSteps(const Path& path, std::size_t step,
+                                                       NodeSet contexts) {
+  for (; step < path.steps.size() && !contexts.empty(); ++step)
+    contexts = Apply(path.steps[step], contexts);
   return contexts;
 }
 
@@ -219,7 +252,8 @@ PatternEvaluator::NodeSet PatternEvaluator::ApplyBelow(const Step& step, const N
 void PatternEvaluator::ScanBelow(const Step& step, NodeId context, NodeSet* found) {
   if (!step.positional) {
     Cursor cursor(this, step, context);
-    for (NodeId node = cursor.NextBefore(kNoNode); node != kNoNode; node = cursor.NextBefore(kNoNode)) {
+    for (NodeId node = cursor.NextBefore(kNoNode); node != kNoNode;
+         node = cursor.NextBefore(kNoNode)) {
       found->push_back(node);
     }
     return;
@@ -246,7 +280,8 @@ void PatternEvaluator::Gather(const Step& step, NodeId context, NodeSet* found) 
 }
 
 // Appends what the step takes from one context, filtered.
-void PatternEvaluator::GatherGroup(const Step& step, Axis axis, const NodeTest& test, NodeId context, NodeSet* found) {
+void PatternEvaluator::GatherGroup(const Step& step, Axis axis, const NodeTest& test,
+                                   NodeId context, NodeSet* found) {
   Charge(1);
   const std::size_t begin = found->size();
   switch (axis) {
@@ -284,7 +319,8 @@ void PatternEvaluator::GatherGroup(const Step& step, Axis axis, const NodeTest& 
   ApplyFilters(step, begin, found);
 }
 
-// A pattern matches a node, whatever the context, when it selects the node from anywhere in the document.
+// A pattern matches a node, whatever the context, when it selects the node from anywhere in the
+// document.
 NodeId PatternEvaluator::NearestAncestor(const Step& step, NodeId context) {
   auto matches = m_ancestorMatches.find(&step);
   if (matches == m_ancestorMatches.end()) {

@@ -1,8 +1,9 @@
 // Evaluates compiled patterns over one tree.
 //
-// Sets are worked out step by step as sorted lists, so that every step costs its contexts' subtrees once, however they
-// are nested. The first node of a set, which is all that most filters and selectSingleNode want, is looked for in
-// document order without working out the rest, where no later step leads upwards.
+// Sets are worked out step by step as sorted lists, so that every step costs its contexts' subtrees
+// once, however they are nested. The first node of a set, which is all that most filters and
+// selectSingleNode want, is looked for in document order without working out the rest, where no
+// later step leads upwards.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_EVALUATOR_H_
 #define CORVANE_PLATFORM_LINUX_DOM_PATTERN_EVALUATOR_H_
 
@@ -42,6 +43,7 @@ class PatternEvaluator {
   void Charge(std::uint64_t steps);
 
   NodeId FirstOfSteps(const Path& path, std::size_t step, NodeId context);
+  NodeId FirstChild(const NodeTest& test, NodeId context);
   NodeSet AllFrom(const Expression& expression, const NodeSet& contexts);
   NodeSet AllOfSteps(const Path& path, std::size_t step, NodeSet contexts);
   NodeSet Apply(const Step& step, const NodeSet& contexts);
@@ -49,7 +51,8 @@ class PatternEvaluator {
   void ScanBelow(const Step& step, NodeId context, NodeSet* found);
   NodeSet WithSubtrees(const NodeSet& contexts);
   void Gather(const Step& step, NodeId context, NodeSet* found);
-  void GatherGroup(const Step& step, Axis axis, const NodeTest& test, NodeId context, NodeSet* found);
+  void GatherGroup(const Step& step, Axis axis, const NodeTest& test, NodeId context,
+                   NodeSet* found);
   NodeId NearestAncestor(const Step& step, NodeId context);
 
   bool Passes(const Step& step, NodeId node);
@@ -62,11 +65,13 @@ class PatternEvaluator {
   std::vector<Place> AllPlaces(const Expression& expression, const Place& place);
   bool Holds(const Expression& comparison, const Place& left, const Place* right);
   double NumberOf(Method method, const Place& place);
-  std::string_view TextOf(Method method, const Place& place, std::size_t enough, std::string* scratch);
+  std::string_view TextOf(Method method, const Place& place, std::size_t enough,
+                          std::string* scratch);
 
   const Tree& m_tree;
   std::uint64_t m_stepsLeft;
-  std::unordered_map<const Step*, NodeSet> m_ancestorMatches;  // what ancestor(...) may find anywhere in the document
+  std::unordered_map<const Step*, NodeSet>
+      m_ancestorMatches;  // what ancestor(...) may find anywhere in the document
   std::string m_leftText;
   std::string m_rightText;
   std::string m_lowerText;

@@ -81,9 +81,11 @@ Token PatternLexer::Next() {
     case '!':
       return second == '=' ? TakeRelation(Relation::kNotEqual, 2) : Take(Token::Kind::kBang, 1);
     case '<':
-      return second == '=' ? TakeRelation(Relation::kLessOrEqual, 2) : TakeRelation(Relation::kLess, 1);
+      return second == '=' ? TakeRelation(Relation::kLessOrEqual, 2)
+                           : TakeRelation(Relation::kLess, 1);
     case '>':
-      return second == '=' ? TakeRelation(Relation::kGreaterOrEqual, 2) : TakeRelation(Relation::kGreater, 1);
+      return second == '=' ? TakeRelation(Relation::kGreaterOrEqual, 2)
+                           : TakeRelation(Relation::kGreater, 1);
     case '$':
       return TakeWordOperator();
     case '\'':

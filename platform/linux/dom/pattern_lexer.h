@@ -24,7 +24,8 @@ struct Token {
     kCloseParenthesis,
     kOpenBracket,
     kCloseBracket,
-    kName,    // with its prefix; `and`, `or` and `not` are names too, which only their place tells apart
+    kName,    // with its prefix; `and`, `or` and `not` are names too, which only their place tells
+              // apart
     kString,  // `text` lies between the quotes
     kNumber,
     kRelation,
@@ -42,8 +43,9 @@ struct Token {
 
 class PatternLexer {
  public:
-  explicit PatternLexer(std::string_view pattern) : m_rest(pattern) {}  // UTF-8, which must outlive the tokens
-  Token Next();  // kEnd for ever at the end; after kInvalid there is nothing to be had
+  explicit PatternLexer(std::string_view pattern)
+      : m_rest(pattern) {}  // UTF-8, which must outlive the tokens
+  Token Next();             // kEnd for ever at the end; after kInvalid there is nothing to be had
 
  private:
   Token Take(Token::Kind kind, std::size_t bytes);

@@ -38,20 +38,26 @@ constexpr struct {
   Method method;
   ValueType type;
 } kValueMethods[] = {
-    {"index", Method::kIndex, ValueType::kNumber},       {"end", Method::kEnd, ValueType::kBoolean},
-    {"nodeType", Method::kNodeType, ValueType::kNumber}, {"nodeName", Method::kNodeName, ValueType::kText},
+    {"index", Method::kIndex, ValueType::kNumber},
+    {"end", Method::kEnd, ValueType::kBoolean},
+    {"nodeType", Method::kNodeType, ValueType::kNumber},
+    {"nodeName", Method::kNodeName, ValueType::kText},
     {"value", Method::kValue, ValueType::kText},
 };
 
 // Recursive descent, one operation a rule of the grammar; null means that the pattern is refused.
 class PatternParser {
  public:
-  PatternParser(std::string_view pattern, const NameTable& names) : m_lexer(pattern), m_names(names) { Advance(); }
+  PatternParser(std::string_view pattern, const NameTable& names)
+      : m_lexer(pattern), m_names(names) {
+    Advance();
+  }
 
   ExpressionPtr ParseAll() {
     ExpressionPtr expression = ParseOr();
-    return expression && m_token.kind == Kind::kEnd && expression->type == ValueType::kNodes ? std::move(expression)
-                                                                                              : nullptr;
+    return expression && m_token.kind == Kind::kEnd && expression->type == ValueType::kNodes
+               ? std::move(expression)
+               : nullptr;
   }
 
  private:
@@ -78,9 +84,12 @@ class PatternParser {
     return true;
   }
   bool AcceptWord(Kind kind, std::string_view word) {
-    return (m_token.kind == Kind::kName && m_token.text == word && Accept(Kind::kName)) || Accept(kind);
+    return (m_token.kind == Kind::kName && m_token.text == word && Accept(Kind::kName)) ||
+           Accept(kind);
   }
-  bool IsCall() const { return m_token.kind == Kind::kName && m_ahead.kind == Kind::kOpenParenthesis; }
+  bool IsCall() const {
+    return m_token.kind == Kind::kName && m_ahead.kind == Kind::kOpenParenthesis;
+  }
 
   ExpressionPtr ParseOr() { return ParseJunction(Expression::Kind::kOr); }
   ExpressionPtr ParseJunction(Expression::Kind kind);
@@ -114,7 +123,8 @@ double ParseNumber(std::string_view digits) {
   double number = 0;
   const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
   if (result.ec == std::errc()) return number;
-  const bool large = digits.substr(0, digits.find('.')).find_first_not_of('0') != std::string_view::npos;
+  const bool large =
+      digits.substr(0, digits.find('.')).find_first_not_of('0') != std::string_view::npos;
   return large ? std::numeric_limits<double>::infinity() : 0;
 }
 
@@ -124,7 +134,9 @@ bool IsTruth(const Expression& expression) {
 
 ExpressionPtr PatternParser::ParseJunction(Expression::Kind kind) {
   const bool isOr = kind == Expression::Kind::kOr;
-  const auto parseOperand = [&] { return isOr ? ParseJunction(Expression::Kind::kAnd) : ParseNot(); };
+  const auto parseOperand = [&] {
+    return isOr ? ParseJunction(Expression::Kind::kAnd) : ParseNot();
+  };
   ExpressionPtr first = parseOperand();
   if (!first) return nullptr;
   ExpressionPtr junction;
@@ -140,8 +152,9 @@ ExpressionPtr PatternParser::ParseJunction(Expression::Kind kind) {
     junction->operands.push_back(std::move(next));
   }
   if (!junction) return first;
-  junction->positional = std::any_of(junction->operands.begin(), junction->operands.end(),
-                                     [](const ExpressionPtr& operand) { return operand->positional; });
+  junction->positional =
+      std::any_of(junction->operands.begin(), junction->operands.end(),
+                  [](const ExpressionPtr& operand) { return operand->positional; });
   return junction;
 }
 
@@ -239,7 +252,8 @@ ExpressionPtr PatternParser::ParsePath() {
     ExpressionPtr inner = ParseParenthesised();
     if (!inner) return nullptr;
     const Kind next = m_token.kind;
-    if (next != Kind::kSlash && next != Kind::kDoubleSlash && next != Kind::kOpenBracket && next != Kind::kBang) {
+    if (next != Kind::kSlash && next != Kind::kDoubleSlash && next != Kind::kOpenBracket &&
+        next != Kind::kBang) {
       return inner;
     }
     if (inner->type != ValueType::kNodes) return nullptr;
@@ -404,7 +418,8 @@ bool PatternParser::ParseFilters(Step* step) {
 bool PatternParser::ParseFilter(Filter* filter, bool* positional) {
   if (m_token.kind == Kind::kNumber) {
     const std::string_view digits = m_token.text;
-    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), filter->index);
+    const auto result =
+        std::from_chars(digits.data(), digits.data() + digits.size(), filter->index);
     if (result.ptr != digits.data() + digits.size()) return false;
     if (result.ec != std::errc()) filter->index = kNoNode;  // beyond any list
     filter->isIndex = true;
@@ -439,8 +454,8 @@ NodeTest PatternParser::NameTest(NodeKind kind, std::string_view name) const {
 // Works out what the evaluator wants to know of a path.
 void PatternParser::Finish(Expression* expression) {
   Path& path = expression->path;
-  expression->positional =
-      path.steps.empty() && !path.absolute && (path.method == Method::kIndex || path.method == Method::kEnd);
+  expression->positional = path.steps.empty() && !path.absolute &&
+                           (path.method == Method::kIndex || path.method == Method::kEnd);
   for (std::size_t i = 0; i < path.steps.size(); ++i) {
     const Step& step = path.steps[i];
     const bool upward = step.axis == Axis::kParent || step.axis == Axis::kAncestor ||

@@ -10,8 +10,8 @@
 
 namespace corvane::dom {
 
-// `pattern` is UTF-8. Null when it does not parse, uses what the language does not have (XPath's axes, functions and
-// arithmetic), is nested deeper than kMaxPatternDepth, or is no set of nodes.
+// `pattern` is UTF-8. Null when it does not parse, uses what the language does not have (XPath's
+// axes, functions and arithmetic), is nested deeper than kMaxPatternDepth, or is no set of nodes.
 std::unique_ptr<Expression> CompilePattern(std::string_view pattern, const NameTable& names);
 
 }  // namespace corvane::dom

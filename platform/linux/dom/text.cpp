@@ -9,8 +9,10 @@ namespace {
 
 constexpr std::uint64_t kBytesPerStep = 16;
 
-// Trims `text`, but not past the first `lead` bytes at the left, nor into the first `keep` bytes from the right.
-std::string_view Trim(std::string_view text, std::size_t lead, std::size_t keep, std::uint64_t* work) {
+// Trims `text`, but not past the first `lead` bytes at the left, nor into the first `keep` bytes
+// from the right.
+std::string_view Trim(std::string_view text, std::size_t lead, std::size_t keep,
+                      std::uint64_t* work) {
   std::size_t begin = 0;
   while (begin < std::min(lead, text.size()) && IsXmlSpace(text[begin])) ++begin;
   std::size_t end = text.size();
@@ -19,7 +21,9 @@ std::string_view Trim(std::string_view text, std::size_t lead, std::size_t keep,
   return text.substr(begin, end - begin);
 }
 
-std::string_view TrimAll(std::string_view text, std::uint64_t* work) { return Trim(text, text.size(), 0, work); }
+std::string_view TrimAll(std::string_view text, std::uint64_t* work) {
+  return Trim(text, text.size(), 0, work);
+}
 
 // Joins the pieces of a subtree that has several.
 class Joiner {
@@ -39,7 +43,8 @@ class Joiner {
     if (m_start == kWholeText) FindStart();
   }
 
-  // Nothing that follows can change the first `enough` bytes of the result, nor make it shorter than them.
+  // Nothing that follows can change the first `enough` bytes of the result, nor make it shorter
+  // than them.
   bool HasEnough() const {
     return m_start != kWholeText && m_out.size() - m_start > m_enough && !IsXmlSpace(m_out.back());
   }
@@ -50,7 +55,9 @@ class Joiner {
 
  private:
   void FindStart() {
-    while (m_scanned < m_out.size() && m_scanned < m_lead && !m_preserve && IsXmlSpace(m_out[m_scanned])) ++m_scanned;
+    while (m_scanned < m_out.size() && m_scanned < m_lead && !m_preserve &&
+           IsXmlSpace(m_out[m_scanned]))
+      ++m_scanned;
     if (m_scanned < m_out.size()) m_start = m_scanned;
   }
 
@@ -64,16 +71,22 @@ class Joiner {
   std::size_t m_start = kWholeText;  // where the trimmed text begins, once known
 };
 
-std::string_view SubtreeText(const Tree& tree, NodeId node, std::size_t enough, std::string* scratch,
-                             std::uint64_t* work) {
+std::string_view SubtreeText(const Tree& tree, NodeId node, std::size_t enough,
+                             std::string* scratch, std::uint64_t* work) {
   const NodeId end = tree.End(node);
-  const std::span<const NodeId> pieces = tree.TextNodesFrom(node);
-  if (pieces.empty() || pieces[0] >= end) return {};
   const bool preserve = tree.PreservesSpace(node);
-  if (pieces.size() == 1 || pieces[1] >= end) {
-    const std::string_view value = tree.Value(pieces[0]);
-    return preserve || tree.Kind(pieces[0]) == NodeKind::kCdata ? value : TrimAll(value, work);
-  }
+  const auto single = [&](NodeId piece) {
+    const std::string_view value = tree.Value(piece);
+    return preserve || tree.Kind(piece) == NodeKind::kCdata ? value : TrimAll(value, work);
+  };
+  // Most elements that are asked hold one text and nothing else.
+  const NodeId child = tree.FirstChild(node);
+  if (child == kNoNode) return {};
+  if (child + 1 == end && tree.Kind(child) == NodeKind::kText) return single(child);
+
+  const std::span<const NodeId> pieces = tree.TextNodesFrom(child);
+  if (pieces.empty() || pieces[0] >= end) return {};
+  if (pieces.size() == 1 || pieces[1] >= end) return single(pieces[0]);
   Joiner joiner(tree, preserve, enough, scratch);
   for (const NodeId piece : pieces) {
     if (piece >= end) break;
@@ -86,14 +99,15 @@ std::string_view SubtreeText(const Tree& tree, NodeId node, std::size_t enough, 
 
 }  // namespace
 
-std::string_view TextOf(const Tree& tree, NodeId node, std::size_t enough, std::string* scratch, std::uint64_t* work) {
+std::string_view TextOf(const Tree& tree, NodeId node, std::size_t enough, std::string* scratch,
+                        std::uint64_t* work) {
   *work += 1;
   switch (tree.Kind(node)) {
     case NodeKind::kDocument:
     case NodeKind::kElement:
       return SubtreeText(tree, node, enough, scratch, work);
     case NodeKind::kText:
-      return tree.PreservesSpace(tree.Parent(node)) ? tree.Value(node) : TrimAll(tree.Value(node), work);
+      return TrimAll(tree.Value(node), work);
     default:
       return tree.Value(node);
   }

@@ -43,7 +43,8 @@ NodeId Tree::DocumentElement() const {
 NodeId Tree::FindAttribute(NodeId element, std::string_view name) const {
   const std::uint32_t id = m_names.Find(name);
   if (id == kNoName) return kNoNode;
-  for (NodeId attribute = element + 1; attribute <= element + AttributeCount(element); ++attribute) {
+  for (NodeId attribute = element + 1; attribute <= element + AttributeCount(element);
+       ++attribute) {
     if (m_tags[attribute] >> kTagKindBits == id) return attribute;
   }
   return kNoNode;

@@ -1,9 +1,10 @@
 // A parsed document as a flat array of nodes in document order.
 //
-// Node 0 is the document. An element's attributes follow it directly, then its children's subtrees. A subtree is the
-// index range [node, End(node)), which gives first child and next sibling without storing them. A node's tag holds its
-// kind and its interned name, so that a name test is one comparison and `//name` one scan of a dense array.
-// Immutable once built; any number of threads may read it.
+// Node 0 is the document. An element's attributes follow it directly, then its children's subtrees.
+// A subtree is the index range [node, End(node)), which gives first child and next sibling without
+// storing them. A node's tag holds its kind and its interned name, so that a name test is one
+// comparison and `//name` one scan of a dense array. Immutable once built; any number of threads
+// may read it.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_H_
 #define CORVANE_PLATFORM_LINUX_DOM_TREE_H_
 
@@ -21,8 +22,8 @@ namespace corvane::dom {
 using NodeId = std::uint32_t;
 constexpr NodeId kNoNode = 0xFFFFFFFF;
 
-// The values are those of DOMNodeType, but for the pseudo-attributes of the XML declaration: attributes to the DOM,
-// nothing to patterns.
+// The values are those of DOMNodeType, but for the pseudo-attributes of the XML declaration:
+// attributes to the DOM, nothing to patterns.
 enum class NodeKind : std::uint32_t {
   kElement = 1,
   kAttribute = 2,
@@ -39,7 +40,9 @@ constexpr unsigned kTagKindBits = 4;
 constexpr NodeTag MakeTag(NodeKind kind, std::uint32_t name) {
   return name << kTagKindBits | static_cast<NodeTag>(kind);
 }
-constexpr NodeKind KindOfTag(NodeTag tag) { return static_cast<NodeKind>(tag & ((1u << kTagKindBits) - 1)); }
+constexpr NodeKind KindOfTag(NodeTag tag) {
+  return static_cast<NodeKind>(tag & ((1u << kTagKindBits) - 1));
+}
 
 class Tree {
  public:
@@ -66,20 +69,27 @@ class Tree {
   std::uint32_t AttributeCount(NodeId node) const { return m_nodes[node].bits >> kFlagBits; }
   NodeId FindAttribute(NodeId element, std::string_view name) const;  // the name as written
 
-  // UTF-8. The name as written, of elements, attributes and processing instructions; the value of everything that has
-  // one, "" for documents and elements.
+  // UTF-8. The name as written, of elements, attributes and processing instructions; the value of
+  // everything that has one, "" for documents and elements.
   std::string_view Name(NodeId node) const { return m_names.Get(m_tags[node] >> kTagKindBits); }
-  std::string_view NodeName(NodeId node) const;  // as Name, "#text" and the like for nodes without one
+  std::string_view NodeName(
+      NodeId node) const;  // as Name, "#text" and the like for nodes without one
   std::string_view Value(NodeId node) const {
     return std::string_view(m_values).substr(m_nodes[node].offset, m_nodes[node].length);
   }
   const NameTable& Names() const { return m_names; }
 
   // Whether xml:space="preserve" holds on an element.
-  bool PreservesSpace(NodeId element) const { return (m_nodes[element].bits & kPreserveSpace) != 0; }
-  // Whether white-space-only text was dropped between this text or CDATA node and the last non-empty one before it.
-  bool FollowsDroppedSpace(NodeId text) const { return (m_nodes[text].bits & kAfterDroppedSpace) != 0; }
-  // The text and CDATA nodes with an index of at least `begin`, in document order, up to the end of the document.
+  bool PreservesSpace(NodeId element) const {
+    return (m_nodes[element].bits & kPreserveSpace) != 0;
+  }
+  // Whether white-space-only text was dropped between this text or CDATA node and the last
+  // non-empty one before it.
+  bool FollowsDroppedSpace(NodeId text) const {
+    return (m_nodes[text].bits & kAfterDroppedSpace) != 0;
+  }
+  // The text and CDATA nodes with an index of at least `begin`, in document order, up to the end of
+  // the document.
   std::span<const NodeId> TextNodesFrom(NodeId begin) const;
 
  private:
@@ -102,8 +112,8 @@ class Tree {
   NameTable m_names;
 };
 
-// The namespace URI of an element or attribute, nothing for a node in no namespace and for other kinds of node. The URI
-// of a namespace declaration is "". Walks up the ancestors.
+// The namespace URI of an element or attribute, nothing for a node in no namespace and for other
+// kinds of node. The URI of a namespace declaration is "". Walks up the ancestors.
 std::optional<std::string_view> FindNamespace(const Tree& tree, NodeId node);
 
 }  // namespace corvane::dom

@@ -19,7 +19,9 @@ bool IsVersionOne(std::string_view version) {
 }  // namespace
 
 TreeBuilder::TreeBuilder(std::size_t documentBytes)
-    : m_tree(std::make_unique<Tree>()), m_scopes(&m_tree->m_names), m_xmlSpace(m_tree->m_names.Intern("xml:space")) {
+    : m_tree(std::make_unique<Tree>()),
+      m_scopes(&m_tree->m_names),
+      m_xmlSpace(m_tree->m_names.Intern("xml:space")) {
   const std::size_t nodes = std::min(documentBytes / kBytesPerNode + 2, kMaxReservedNodes);
   m_tree->m_tags.reserve(nodes);
   m_tree->m_nodes.reserve(nodes);
@@ -47,7 +49,8 @@ NodeId TreeBuilder::AppendValue(NodeKind kind, std::uint32_t name, std::string_v
 }
 
 void TreeBuilder::Declaration(const char* version, const char* encoding, int standalone) {
-  if (version == nullptr || !IsVersionOne(version)) return Refuse("The XML version is not supported.");
+  if (version == nullptr || !IsVersionOne(version))
+    return Refuse("The XML version is not supported.");
   std::vector<std::pair<const char*, const char*>> attributes{{"version", version}};
   if (encoding != nullptr) attributes.emplace_back("encoding", encoding);
   if (standalone >= 0) attributes.emplace_back("standalone", standalone == 1 ? "yes" : "no");
@@ -64,21 +67,24 @@ void TreeBuilder::Declaration(const char* version, const char* encoding, int sta
     AppendValue(NodeKind::kDeclarationAttribute, names.Intern(name), value);
   }
   m_current = 0;
-  m_tree->m_nodes[declaration].bits |= static_cast<std::uint32_t>(attributes.size()) << Tree::kFlagBits;
+  m_tree->m_nodes[declaration].bits |= static_cast<std::uint32_t>(attributes.size())
+                                       << Tree::kFlagBits;
   m_tree->m_nodes[declaration].end = m_tree->Count();
   m_textStart = m_tree->m_values.size();
 }
 
 void TreeBuilder::StartElement(const char* name, const char** attributes) {
   FlushText();
-  if (++m_depth > corvane_dom_limits::kMaxDepth) return Refuse("The elements are nested too deeply.");
+  if (++m_depth > corvane_dom_limits::kMaxDepth)
+    return Refuse("The elements are nested too deeply.");
   const std::uint32_t id = m_tree->m_names.Intern(name);
   const QualifiedName split = m_scopes.Split(id);
   const NodeId element = Append(NodeKind::kElement, id);
   m_tree->m_nodes[element].bits = m_tree->m_nodes[m_current].bits & Tree::kPreserveSpace;
   m_current = element;
   if (attributes[0] != nullptr) AddAttributes(element, attributes);
-  if (split.role == QualifiedName::Role::kMalformed) return Refuse("An element's name is malformed.");
+  if (split.role == QualifiedName::Role::kMalformed)
+    return Refuse("An element's name is malformed.");
   if (!IsBound(split)) Refuse("An element uses an undeclared namespace prefix.");
   m_textStart = m_tree->m_values.size();
 }
@@ -104,8 +110,10 @@ void TreeBuilder::AddAttributes(NodeId element, const char** attributes) {
       Refuse("A namespace declaration is not allowed.");
     }
     if (split.role == Role::kPlain && split.prefix != kNoName) prefixed = true;
-    if (name == m_xmlSpace && value == "preserve") m_tree->m_nodes[element].bits |= Tree::kPreserveSpace;
-    if (name == m_xmlSpace && value == "default") m_tree->m_nodes[element].bits &= ~std::uint32_t{Tree::kPreserveSpace};
+    if (name == m_xmlSpace && value == "preserve")
+      m_tree->m_nodes[element].bits |= Tree::kPreserveSpace;
+    if (name == m_xmlSpace && value == "default")
+      m_tree->m_nodes[element].bits &= ~std::uint32_t{Tree::kPreserveSpace};
   }
   m_tree->m_nodes[element].bits |= count << Tree::kFlagBits;
   if (prefixed) CheckPrefixes(element, count);
@@ -129,8 +137,8 @@ bool TreeBuilder::HoldsDuplicates() {
     return std::adjacent_find(m_expanded.begin(), m_expanded.end()) != m_expanded.end();
   }
   for (std::size_t i = 1; i < m_expanded.size(); ++i) {
-    if (std::find(m_expanded.begin(), m_expanded.begin() + static_cast<std::ptrdiff_t>(i), m_expanded[i]) !=
-        m_expanded.begin() + static_cast<std::ptrdiff_t>(i)) {
+    if (std::find(m_expanded.begin(), m_expanded.begin() + static_cast<std::ptrdiff_t>(i),
+                  m_expanded[i]) != m_expanded.begin() + static_cast<std::ptrdiff_t>(i)) {
       return true;
     }
   }
@@ -146,15 +154,13 @@ void TreeBuilder::EndElement() {
   if (m_current == 0) m_tree->m_nodes[0].end = m_tree->Count();
 }
 
-void TreeBuilder::Text(std::string_view text) {
-  m_tree->m_values.append(text);
-}
+void TreeBuilder::Text(std::string_view text) { m_tree->m_values.append(text); }
 
 void TreeBuilder::FlushText() {
   std::string& values = m_tree->m_values;
   if (values.size() == m_textStart) return;
-  const bool blank =
-      std::all_of(values.begin() + static_cast<std::ptrdiff_t>(m_textStart), values.end(), IsXmlSpace);
+  const bool blank = std::all_of(values.begin() + static_cast<std::ptrdiff_t>(m_textStart),
+                                 values.end(), IsXmlSpace);
   if (blank && !m_tree->PreservesSpace(m_current)) {
     values.resize(m_textStart);
     m_droppedSpace = true;
@@ -176,13 +182,9 @@ void TreeBuilder::AppendText(NodeKind kind) {
   m_textStart = m_tree->m_values.size();
 }
 
-void TreeBuilder::StartCdata() {
-  FlushText();
-}
+void TreeBuilder::StartCdata() { FlushText(); }
 
-void TreeBuilder::EndCdata() {
-  AppendText(NodeKind::kCdata);
-}
+void TreeBuilder::EndCdata() { AppendText(NodeKind::kCdata); }
 
 void TreeBuilder::Comment(std::string_view text) {
   FlushText();

@@ -1,5 +1,6 @@
-// Builds a tree from the events of a reader, enforcing what a plain XML 1.0 reader leaves open: namespaces, the white
-// space that is dropped, and the limits of dom.h. The first refusal ends the work: no event may follow it.
+// Builds a tree from the events of a reader, enforcing what a plain XML 1.0 reader leaves open:
+// namespaces, the white space that is dropped, and the limits of dom.h. The first refusal ends the
+// work: no event may follow it.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_BUILDER_H_
 #define CORVANE_PLATFORM_LINUX_DOM_TREE_BUILDER_H_
 
@@ -17,7 +18,8 @@ class TreeBuilder {
  public:
   explicit TreeBuilder(std::size_t documentBytes);
 
-  // Events, in document order; all text is valid UTF-8. `attributes` alternates names and values up to a null pointer.
+  // Events, in document order; all text is valid UTF-8. `attributes` alternates names and values up
+  // to a null pointer.
   void Declaration(const char* version, const char* encoding, int standalone);
   void StartElement(const char* name, const char** attributes);
   void EndElement();
@@ -47,10 +49,11 @@ class TreeBuilder {
   std::uint32_t m_xmlSpace;
   NodeId m_current = 0;  // the innermost open element, or the document
   std::uint32_t m_depth = 0;
-  std::size_t m_textStart = 0;    // the running text is the tail of the value pool from here
-  bool m_droppedSpace = false;    // since the last non-empty text
+  std::size_t m_textStart = 0;  // the running text is the tail of the value pool from here
+  bool m_droppedSpace = false;  // since the last non-empty text
   const char* m_refusal = nullptr;
-  std::vector<std::pair<std::uint32_t, std::uint32_t>> m_expanded;  // URI and local name of prefixed attributes
+  std::vector<std::pair<std::uint32_t, std::uint32_t>>
+      m_expanded;  // URI and local name of prefixed attributes
 };
 
 }  // namespace corvane::dom

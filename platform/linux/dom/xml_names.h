@@ -1,5 +1,5 @@
-// What XML calls a name: characters (XML 1.0, fifth edition, production 4 and 4a, without the colon) and the two halves
-// of a qualified name.
+// What XML calls a name: characters (XML 1.0, fifth edition, production 4 and 4a, without the
+// colon) and the two halves of a qualified name.
 #ifndef CORVANE_PLATFORM_LINUX_DOM_XML_NAMES_H_
 #define CORVANE_PLATFORM_LINUX_DOM_XML_NAMES_H_
 
@@ -15,15 +15,16 @@ constexpr bool IsDigit(char32_t c) { return c >= '0' && c <= '9'; }
 
 constexpr bool IsNameStart(char32_t c) {
   if (c < 0x80) return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-  return (c >= 0xC0 && c <= 0x2FF && c != 0xD7 && c != 0xF7) || (c >= 0x370 && c <= 0x1FFF && c != 0x37E) ||
-         c == 0x200C || c == 0x200D || (c >= 0x2070 && c <= 0x218F) || (c >= 0x2C00 && c <= 0x2FEF) ||
-         (c >= 0x3001 && c <= 0xD7FF) || (c >= 0xF900 && c <= 0xFDCF) || (c >= 0xFDF0 && c <= 0xFFFD) ||
-         (c >= 0x10000 && c <= 0xEFFFF);
+  return (c >= 0xC0 && c <= 0x2FF && c != 0xD7 && c != 0xF7) ||
+         (c >= 0x370 && c <= 0x1FFF && c != 0x37E) || c == 0x200C || c == 0x200D ||
+         (c >= 0x2070 && c <= 0x218F) || (c >= 0x2C00 && c <= 0x2FEF) ||
+         (c >= 0x3001 && c <= 0xD7FF) || (c >= 0xF900 && c <= 0xFDCF) ||
+         (c >= 0xFDF0 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0xEFFFF);
 }
 
 constexpr bool IsNameChar(char32_t c) {
-  return IsNameStart(c) || IsDigit(c) || c == '-' || c == '.' || c == 0xB7 || (c >= 0x300 && c <= 0x36F) ||
-         c == 0x203F || c == 0x2040;
+  return IsNameStart(c) || IsDigit(c) || c == '-' || c == '.' || c == 0xB7 ||
+         (c >= 0x300 && c <= 0x36F) || c == 0x203F || c == 0x2040;
 }
 
 // "" when the name has no prefix.
@@ -32,7 +33,9 @@ constexpr std::string_view PrefixOf(std::string_view name) {
   return colon == std::string_view::npos ? std::string_view() : name.substr(0, colon);
 }
 
-constexpr std::string_view LocalPartOf(std::string_view name) { return name.substr(name.find(':') + 1); }
+constexpr std::string_view LocalPartOf(std::string_view name) {
+  return name.substr(name.find(':') + 1);
+}
 
 }  // namespace corvane::dom
 

@@ -26,35 +26,47 @@ class Reader {
  public:
   Reader(XML_Parser parser, std::size_t bytes) : m_parser(parser), m_builder(bytes) {
     XML_SetUserData(parser, this);
-    XML_SetXmlDeclHandler(parser, [](void* self, const char* version, const char* encoding, int standalone) {
-      Handle(self, [&](TreeBuilder& builder) { builder.Declaration(version, encoding, standalone); });
-    });
-    XML_SetStartDoctypeDeclHandler(parser, [](void* self, const char*, const char*, const char*, int) {
-      Handle(self, [](TreeBuilder& builder) { builder.Refuse("A document type declaration is not allowed."); });
-    });
+    XML_SetXmlDeclHandler(
+        parser, [](void* self, const char* version, const char* encoding, int standalone) {
+          Handle(self,
+                 [&](TreeBuilder& builder) { builder.Declaration(version, encoding, standalone); });
+        });
+    XML_SetStartDoctypeDeclHandler(
+        parser, [](void* self, const char*, const char*, const char*, int) {
+          Handle(self, [](TreeBuilder& builder) {
+            builder.Refuse("A document type declaration is not allowed.");
+          });
+        });
     XML_SetElementHandler(
         parser,
         [](void* self, const char* name, const char** attributes) {
           Handle(self, [&](TreeBuilder& builder) { builder.StartElement(name, attributes); });
         },
-        [](void* self, const char*) { Handle(self, [](TreeBuilder& builder) { builder.EndElement(); }); });
+        [](void* self, const char*) {
+          Handle(self, [](TreeBuilder& builder) { builder.EndElement(); });
+        });
     XML_SetCharacterDataHandler(parser, [](void* self, const char* text, int length) {
-      Handle(self, [&](TreeBuilder& builder) { builder.Text({text, static_cast<std::size_t>(length)}); });
+      Handle(self, [&](TreeBuilder& builder) {
+        builder.Text({text, static_cast<std::size_t>(length)});
+      });
     });
     XML_SetCdataSectionHandler(
-        parser, [](void* self) { Handle(self, [](TreeBuilder& builder) { builder.StartCdata(); }); },
+        parser,
+        [](void* self) { Handle(self, [](TreeBuilder& builder) { builder.StartCdata(); }); },
         [](void* self) { Handle(self, [](TreeBuilder& builder) { builder.EndCdata(); }); });
     XML_SetCommentHandler(parser, [](void* self, const char* text) {
       Handle(self, [&](TreeBuilder& builder) { builder.Comment(text); });
     });
-    XML_SetProcessingInstructionHandler(parser, [](void* self, const char* target, const char* text) {
-      Handle(self, [&](TreeBuilder& builder) { builder.Instruction(target, text); });
-    });
+    XML_SetProcessingInstructionHandler(
+        parser, [](void* self, const char* target, const char* text) {
+          Handle(self, [&](TreeBuilder& builder) { builder.Instruction(target, text); });
+        });
   }
 
   TreeBuilder& Builder() { return m_builder; }
 
-  // Why and where the parser, or the builder before it, stopped. Throws std::bad_alloc when memory ran out.
+  // Why and where the parser, or the builder before it, stopped. Throws std::bad_alloc when memory
+  // ran out.
   LoadFailure Failure() const {
     const XML_Error error = XML_GetErrorCode(m_parser);
     if (m_outOfMemory || error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
@@ -111,8 +123,10 @@ std::unique_ptr<Tree> Read(std::string_view bytes, const char* encoding, LoadFai
   if (!parser) throw std::bad_alloc();
   Reader reader(parser.get(), bytes.size());
   XML_SetUnknownEncodingHandler(parser.get(), UseWindows1252, nullptr);
-  const XML_Status status = XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
-  if (status == XML_STATUS_OK && reader.Builder().Refusal() == nullptr) return reader.Builder().Take();
+  const XML_Status status =
+      XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
+  if (status == XML_STATUS_OK && reader.Builder().Refusal() == nullptr)
+    return reader.Builder().Take();
 
   *failure = reader.Failure();
   return nullptr;
@@ -120,11 +134,14 @@ std::unique_ptr<Tree> Read(std::string_view bytes, const char* encoding, LoadFai
 
 }  // namespace
 
-std::unique_ptr<Tree> ReadUtf8(std::string_view text, LoadFailure* failure) { return Read(text, "UTF-8", failure); }
+std::unique_ptr<Tree> ReadUtf8(std::string_view text, LoadFailure* failure) {
+  return Read(text, "UTF-8", failure);
+}
 
 std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure) {
   using namespace std::string_view_literals;
-  if (bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("\xFE\xFF"sv)) return Read(bytes, "UTF-16", failure);
+  if (bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("\xFE\xFF"sv))
+    return Read(bytes, "UTF-16", failure);
   if (bytes.starts_with("\xEF\xBB\xBF"sv)) return Read(bytes, "UTF-8", failure);
   // The parser would guess UTF-16 from these zeros.
   if (bytes.substr(0, 2).find('\0') != std::string_view::npos) {

@@ -19,10 +19,12 @@ struct LoadFailure {
   LONG column = 0;     // in characters, from 1
 };
 
-// The tree, or null and *failure filled in. A DOCTYPE is a failure, and no entity but the five of XML is ever resolved.
-std::unique_ptr<Tree> ReadUtf8(std::string_view text, LoadFailure* failure);  // a declared encoding is ignored
-// As ReadUtf8, in the encoding of its byte order mark, else the declared one: UTF-8, ISO-8859-1, US-ASCII or
-// windows-1252. UTF-16 needs its mark.
+// The tree, or null and *failure filled in. A DOCTYPE is a failure, and no entity but the five of
+// XML is ever resolved.
+std::unique_ptr<Tree> ReadUtf8(std::string_view text,
+                               LoadFailure* failure);  // a declared encoding is ignored
+// As ReadUtf8, in the encoding of its byte order mark, else the declared one: UTF-8, ISO-8859-1,
+// US-ASCII or windows-1252. UTF-16 needs its mark.
 std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure);
 
 }  // namespace corvane::dom
