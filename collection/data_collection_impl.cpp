@@ -24,10 +24,17 @@ HRESULT DataCollectionImpl::GetValue(const wchar_t* name, VARIANT* value) {
   if (!name || !value) return E_FAIL;
   const auto entry = m_values.find(std::wstring_view(name));
   if (entry == m_values.end()) return E_FAIL;
-  CachedValue& stored = entry->second;  // not const: some system headers take the source of a copy so
+  const CachedValue& stored = entry->second;
   if (IsExpired(stored.timestamp, stored.lifespan)) return E_FAIL;
-  _com_util::CheckError(VariantCopy(value, &stored.value));
+  Give(_variant_t(stored.value), value);
   return S_OK;
+}
+
+// What cannot be cleared was never a variant, or is a locked array: there is nothing of it to free
+// here.
+void DataCollectionImpl::Give(_variant_t&& from, VARIANT* to) {
+  if (FAILED(VariantClear(to))) VariantInit(to);
+  *to = from.Detach();
 }
 
 HRESULT DataCollectionImpl::ClearValues(const wchar_t* prefix) {

@@ -54,6 +54,9 @@ class DataCollectionImpl : public DataCollection {
   // keeps nothing between runs.
   HRESULT PopulateValueFromCache(ICacheProvider* cache, DataMapSpec* spec);
 
+  // Moves a value into an output argument, whose earlier content is cleared.
+  static void Give(_variant_t&& from, VARIANT* to);
+
   RefPtr<ICacheProvider> m_cache;
   CachedValueMap m_values;  // by item key
   ComInitialization m_com;

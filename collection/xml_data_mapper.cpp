@@ -1,5 +1,6 @@
 #include "collection/xml_data_mapper.h"
 
+#include <utility>
 #include <vector>
 
 #include "core/class_identification.h"
@@ -50,16 +51,16 @@ HRESULT XMLDataMapper::GetValue(const wchar_t* name, VARIANT* value) {
   _variant_t fetched;
   const HRESULT result = Fetch(*item, &fetched);
   if (result != S_OK) return result;
-  _variant_t converted = item->ConvertValue(fetched);
+  _variant_t converted = item->ConvertValue(std::move(fetched));
   if (!item->IsTransient()) {
     StoreValue(name, &converted, static_cast<unsigned int>(item->GetLifespan()));
   }
-  _com_util::CheckError(VariantClear(value));
-  *value = converted.Detach();
+  Give(std::move(converted), value);
   return S_OK;
 }
 
 std::wstring XMLDataMapper::GetDataMapName() {
+  TraceScope trace(L"Corvane::XMLDataMapper::GetDataMapName");
   if (!m_provider) return {};
   return std::wstring(L"XMLDataMap[@Protocol='") + ProtocolOfPort(m_provider->GetPort()) + L"']";
 }
@@ -82,8 +83,8 @@ HRESULT XMLDataMapper::Fetch(const XMLDataItemSpec& item, _variant_t* value) {
   HRESULT result = m_provider->GetValue(uri, xpath, buffer.data(), kUsualValueChars, &required,
                                         useCache, static_cast<std::uint32_t>(item.GetLifespan()));
   if (result == E_OUTOFMEMORY) {
-    // One character more than is said to be needed, and the document whatever its age: it has just
-    // been looked at.
+    // Once more, with a character to spare. The document is taken whatever its age, for it has just
+    // been looked at; that of a transient item is fetched again.
     buffer.assign(std::size_t{required} + 1, L'\0');
     result = m_provider->GetValue(uri, xpath, buffer.data(), required, &required, useCache, 0);
   }

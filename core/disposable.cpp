@@ -17,21 +17,23 @@ std::uint32_t CDisposable::AddRefImpl() {
   m_count.fetch_add(1);
   const std::int32_t count = m_count.load();
   if (Corvane::TraceEnabled(Corvane::kTraceInfo)) {
-    Corvane::Trace(Corvane::kTraceInfo, L"TqUtils::CDisposable::AddRefImpl", L"%ls (%p) ref is %d",
-                   TypeName().c_str(), static_cast<void*>(this), count);
+    Corvane::WriteTraceMessage(Corvane::kTraceInfo, L"TqUtils::CDisposable::AddRefImpl",
+                               L"%ls (%p) ref is %d", TypeName().c_str(), static_cast<void*>(this),
+                               count);
   }
   return static_cast<std::uint32_t>(count);
 }
 
 std::uint32_t CDisposable::DisposeImpl() {
-  // Below the decrement the object may already be another thread's to delete: its name is read
-  // before.
+  // After the decrement the object may already be another thread's to delete: its name is read
+  // before, and the count not again.
   const bool traced = Corvane::TraceEnabled(Corvane::kTraceInfo);
   const std::wstring name = traced ? TypeName() : std::wstring();
   const std::int32_t count = m_count.fetch_sub(1) - 1;
   if (traced) {
-    Corvane::Trace(Corvane::kTraceInfo, L"TqUtils::CDisposable::DisposeImpl", L"%ls (%p) ref is %d",
-                   name.c_str(), static_cast<void*>(this), count);
+    Corvane::WriteTraceMessage(Corvane::kTraceInfo, L"TqUtils::CDisposable::DisposeImpl",
+                               L"%ls (%p) ref is %d", name.c_str(), static_cast<void*>(this),
+                               count);
   }
   if (count == 0 && !m_noDelete) delete static_cast<::IDisposable*>(this);
   return static_cast<std::uint32_t>(count);

@@ -29,7 +29,8 @@ constinit std::atomic<std::uint32_t> g_traceMask{0};
 void WriteTrace(const TraceEvent& event) {
   if (t_insideSink) return;
   const std::shared_lock lock(g_sink.mutex);
-  if (!g_sink.sink) return;
+  // Asked again under the lock: the sink may have changed since the trace point looked.
+  if (!g_sink.sink || !TraceEnabled(event.level)) return;
   t_insideSink = true;
   g_sink.sink(g_sink.context, &event);
   t_insideSink = false;

@@ -22,7 +22,7 @@ constexpr std::string_view kMessageId = "</h:ResourceURI><a:MessageID>urn:uuid:"
 constexpr std::string_view kTo =
     "</a:MessageID><a:ReplyTo><a:Address>" CORVANE_WS_ADDRESSING
     "/role/anonymous</a:Address></a:ReplyTo><a:To s:mustUnderstand=\"1\">https://";
-constexpr std::string_view kPort = ":7627";
+constexpr std::string_view kPortOfTo = ":7627";
 constexpr std::string_view kTail =
     "</a:To></s:Header><s:Body " CORVANE_SCHEMA_NAMESPACES "/></s:Envelope>";
 
@@ -31,16 +31,17 @@ constexpr std::string_view kTail =
 std::string BuildSoapGet(const SoapGet& request) {
   std::string envelope;
   for (const std::string_view piece : {kHead, request.resourceURI, kMessageId, request.messageId,
-                                       kTo, request.host, kPort, request.path, kTail}) {
+                                       kTo, request.host, kPortOfTo, request.path, kTail}) {
     envelope += piece;
   }
   return envelope;
 }
 
 std::string NewMessageId() {
-  UUID uuid;
+  UUID uuid{};
   RPC_CSTR text = nullptr;
-  UuidCreate(&uuid);
+  const RPC_STATUS status = UuidCreate(&uuid);
+  if (status != RPC_S_OK && status != RPC_S_UUID_LOCAL_ONLY) return {};
   if (UuidToStringA(&uuid, &text) != RPC_S_OK) return {};
   std::string id(reinterpret_cast<const char*>(text));
   RpcStringFreeA(&text);

@@ -55,9 +55,9 @@ HRESULT WSProviderImpl::GetPathFromResourceURI(const wchar_t* resourceURI, std::
 
 void WSProviderImpl::BuildGetEnvelope(const wchar_t* resourceURI, const wchar_t* path,
                                       std::string* envelope) {
+  const auto narrow = [](const wchar_t* text) { return Narrow(text ? text : L""); };
   const wchar_t* const host = DeviceAddress() ? DeviceAddress()->GetAddress() : nullptr;
-  *envelope =
-      BuildSoapGet({Narrow(resourceURI), NewMessageId(), Narrow(host ? host : L""), Narrow(path)});
+  *envelope = BuildSoapGet({narrow(resourceURI), NewMessageId(), narrow(host), narrow(path)});
 }
 
 HRESULT WSProviderImpl::GetContent(const wchar_t* resourceURI, std::string* content) {

@@ -91,9 +91,11 @@ bool XMLProvider::HasNode(const wchar_t* uri, const wchar_t* xpath) {
 }
 
 HRESULT XMLProvider::CreateRequest(RefPtr<HTTPRequest>* request) {
-  const HRESULT result = m_address->CreateHTTPRequest(request->Receive(), m_port);
-  if (result != S_OK) return result;
-  return *request ? S_OK : E_FAIL;
+  HTTPRequest* created = nullptr;
+  const HRESULT result = m_address->CreateHTTPRequest(&created, m_port);
+  if (result != S_OK) return result;  // whatever is in `created` is not ours
+  *request = RefPtr<HTTPRequest>::Adopt(created);
+  return created ? S_OK : E_FAIL;
 }
 
 HRESULT XMLProvider::ReadResponse(HTTPRequest* request, std::string* content) {

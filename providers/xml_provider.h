@@ -46,10 +46,6 @@ class XMLProvider : public virtual IXMLProvider, public IDisposableImpl {
  protected:
   Address* DeviceAddress() const { return m_address.Get(); }
 
-  // Credentials for a variant or a host's subclass to set; the library leaves them empty.
-  std::wstring m_userName;
-  std::wstring m_password;
-
   // What a variant's factory asks: the node exists when a query without a buffer says that memory
   // is lacking.
   bool HasNode(const wchar_t* uri, const wchar_t* xpath);
@@ -70,6 +66,13 @@ class XMLProvider : public virtual IXMLProvider, public IDisposableImpl {
 
   RefPtr<Address> m_address;
   std::uint32_t m_port;
+
+ protected:
+  // Credentials for a variant or a host's subclass to set; the library leaves them empty.
+  std::wstring m_userName;
+  std::wstring m_password;
+
+ private:
   std::map<std::wstring, CachedDocument, CodeUnitLess> m_documents;  // by resource path
   ComInitialization m_com;
 };

@@ -23,10 +23,11 @@ DataItemSpec::DataItemSpec(const wchar_t* name, bool transient, const wchar_t* p
 DataItemSpec::DataItemSpec(IXMLDOMNode* element) : NexoDataItem(element) {
   const auto attributes = AttributesOf(element);
   if (!attributes) return;
+  UniqueText type(TextValueOf(attributes.Get(), L"Type"));
   m_transient = BoolValueOf(attributes.Get(), L"Transient");
   m_lifespan = static_cast<std::uint32_t>(UlongValueOf(attributes.Get(), L"LifeSpan"));
   AddToConversionCollection(element);
-  m_type = TextValueOf(attributes.Get(), L"Type");  // last: nothing after it throws
+  m_type = type.release();
 }
 
 DataItemSpec::~DataItemSpec() { FreeText(m_type); }
@@ -46,7 +47,7 @@ unsigned long DataItemSpec::UlongValueOf(IXMLDOMNamedNodeMap* attributes, const 
 }
 
 bool DataItemSpec::ElementNameIs(IXMLDOMNode* node, const wchar_t* name) {
-  return name && EqualsIgnoreAsciiCase(LocalNameOf(node).View(), name);
+  return name && LocalNameIs(node, name);
 }
 
 void DataItemSpec::AddToConversionCollection(IXMLDOMNode* element) {

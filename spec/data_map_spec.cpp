@@ -45,15 +45,18 @@ DataMapSpec::DataMapSpec(DataMapTypeEnum type) : DataMapSpec() {
 }
 
 DataMapSpec::DataMapSpec(IXMLDOMNode* mapElement) : DataMapSpec() {
-  const UniqueBstr name = LocalNameOf(mapElement);
-  if (EqualsIgnoreAsciiCase(name.View(), L"XMLDataMap")) {
-    ReadXmlMap(mapElement);
-  } else if (EqualsIgnoreAsciiCase(name.View(), L"OIDDataMap")) {
+  const auto children = ChildrenOf(mapElement);
+  if (LocalNameIs(mapElement, L"XMLDataMap")) {
+    if (!children) return;
+    const auto attributes = AttributesOf(mapElement);
+    m_protocol = AttributeText(attributes.Get(), L"Protocol").View();
+    ReadItems(children.Get(), MapElement::kXml);
+  } else if (LocalNameIs(mapElement, L"OIDDataMap")) {
     m_protocol = L"OID";
-    ReadOidMap(mapElement);
-  } else if (EqualsIgnoreAsciiCase(name.View(), L"IPPDataMap")) {
+    ReadItems(children.Get(), MapElement::kOid);
+  } else if (LocalNameIs(mapElement, L"IPPDataMap")) {
     m_protocol = L"IPP";
-    ReadIppMap(mapElement);
+    ReadItems(children.Get(), MapElement::kIpp);
   }
 }
 
@@ -61,47 +64,30 @@ DataMapSpec::~DataMapSpec() {
   for (const auto& entry : m_items) delete entry.second;
 }
 
-void DataMapSpec::ReadXmlMap(IXMLDOMNode* element) {
-  const auto children = ChildrenOf(element);
-  if (!children) return;
-  const auto attributes = AttributesOf(element);
-  m_protocol = AttributeText(attributes.Get(), L"Protocol").View();
-  ForEachNode(children.Get(), [this](IXMLDOMNode* child) {
-    const UniqueBstr name = LocalNameOf(child);
-    if (EqualsIgnoreAsciiCase(name.View(), L"DataItem")) {
-      KeepItem(XMLDataItemSpec::CreateXMLDataItem(child));
-    } else if (EqualsIgnoreAsciiCase(name.View(), L"StaticDataItem")) {
+void DataMapSpec::ReadItems(IXMLDOMNodeList* children, MapElement kind) {
+  ForEachNode(children, [this, kind](IXMLDOMNode* child) {
+    if (LocalNameIs(child, L"DataItem")) {
+      KeepItem(CreateDataItem(child, kind));
+    } else if (LocalNameIs(child, L"StaticDataItem")) {
       KeepItem(StaticDataItemSpec::CreateStaticDataItemSpec(child));
-    }
-  });
-}
-
-void DataMapSpec::ReadOidMap(IXMLDOMNode* element) {
-  const auto children = ChildrenOf(element);
-  ForEachNode(children.Get(), [this](IXMLDOMNode* child) {
-    const UniqueBstr name = LocalNameOf(child);
-    if (EqualsIgnoreAsciiCase(name.View(), L"DataItem")) {
-      KeepItem(OIDDataItemSpec::CreateOIDDataItemSpec(child));
-    } else if (EqualsIgnoreAsciiCase(name.View(), L"NextDataItem")) {
+    } else if (kind == MapElement::kOid && LocalNameIs(child, L"NextDataItem")) {
       KeepItem(NextOIDDataItemSpec::CreateNextOidDataItemSpec(child));
-    } else if (EqualsIgnoreAsciiCase(name.View(), L"StaticDataItem")) {
-      KeepItem(StaticDataItemSpec::CreateStaticDataItemSpec(child));
+    } else if (kind == MapElement::kIpp && LocalNameIs(child, kIppParams)) {
+      KeepItem(CreateDataItem(child, kind), kIppParams);
     }
   });
 }
 
-void DataMapSpec::ReadIppMap(IXMLDOMNode* element) {
-  const auto children = ChildrenOf(element);
-  ForEachNode(children.Get(), [this](IXMLDOMNode* child) {
-    const UniqueBstr name = LocalNameOf(child);
-    if (EqualsIgnoreAsciiCase(name.View(), L"DataItem")) {
-      KeepItem(new (std::nothrow) IPPDataItemSpec(child));
-    } else if (EqualsIgnoreAsciiCase(name.View(), L"StaticDataItem")) {
-      KeepItem(StaticDataItemSpec::CreateStaticDataItemSpec(child));
-    } else if (EqualsIgnoreAsciiCase(name.View(), kIppParams)) {
-      KeepItem(new (std::nothrow) IPPDataItemSpec(child), kIppParams);
-    }
-  });
+NexoDataItem* DataMapSpec::CreateDataItem(IXMLDOMNode* element, MapElement kind) {
+  switch (kind) {
+    case MapElement::kXml:
+      return XMLDataItemSpec::CreateXMLDataItem(element);
+    case MapElement::kOid:
+      return OIDDataItemSpec::CreateOIDDataItemSpec(element);
+    case MapElement::kIpp:
+      return new (std::nothrow) IPPDataItemSpec(element);
+  }
+  return nullptr;
 }
 
 // An item of the same name that was read before is destroyed: nobody else has seen it.

@@ -2,6 +2,9 @@
 #ifndef CORVANE_SPEC_ELEMENT_H_
 #define CORVANE_SPEC_ELEMENT_H_
 
+#include <string_view>
+#include <utility>
+
 #include "core/ref_ptr.h"
 #include "core/text.h"
 #include "core/unique_bstr.h"
@@ -22,6 +25,13 @@ inline RefPtr<IXMLDOMNodeList> ChildrenOf(IXMLDOMNode* element) {
   return children;
 }
 
+// The node's text, "" for an empty one; null when it cannot be read.
+inline UniqueBstr TextOfNode(IXMLDOMNode* node) {
+  UniqueBstr text;
+  if (FAILED(node->get_text(text.Receive()))) return {};
+  return text.Get() ? std::move(text) : UniqueBstr::Make(L"");
+}
+
 // Local name, without a prefix; empty for a node that has none.
 inline UniqueBstr LocalNameOf(IXMLDOMNode* node) {
   UniqueBstr name;
@@ -29,15 +39,19 @@ inline UniqueBstr LocalNameOf(IXMLDOMNode* node) {
   return name;
 }
 
+// The local name is `name` in any ASCII case; false for a node without one.
+inline bool LocalNameIs(IXMLDOMNode* node, std::wstring_view name) {
+  const UniqueBstr local = LocalNameOf(node);
+  return local.Get() && EqualsIgnoreAsciiCase(local.View(), name);
+}
+
 // The attribute's text; null when it is absent or cannot be read, so that an empty text is a text.
 inline UniqueBstr AttributeText(IXMLDOMNamedNodeMap* attributes, const wchar_t* name) {
-  UniqueBstr text;
-  if (!attributes) return text;
+  if (!attributes) return {};
   const UniqueBstr key = UniqueBstr::Make(name);
   RefPtr<IXMLDOMNode> attribute;
-  if (attributes->getNamedItem(key.Get(), attribute.Receive()) != S_OK || !attribute) return text;
-  if (FAILED(attribute->get_text(text.Receive()))) text.Reset();
-  return text;
+  if (attributes->getNamedItem(key.Get(), attribute.Receive()) != S_OK || !attribute) return {};
+  return TextOfNode(attribute.Get());
 }
 
 // Calls `use` for every node of the list, in order.

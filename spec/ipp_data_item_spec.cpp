@@ -9,11 +9,15 @@ IPPDataItemSpec::IPPDataItemSpec() = default;
 
 IPPDataItemSpec::IPPDataItemSpec(IXMLDOMNode* element) : DataItemSpec(element) {
   const auto attributes = AttributesOf(element);
-  m_command = TextValueOf(attributes.Get(), L"Command");
-  m_jobUri = TextValueOf(attributes.Get(), L"JobURI");
-  m_resourceUri = TextValueOf(attributes.Get(), L"ResourceURI");
-  m_charset = TextValueOf(attributes.Get(), L"Charset");
+  UniqueText command(TextValueOf(attributes.Get(), L"Command"));
+  UniqueText jobUri(TextValueOf(attributes.Get(), L"JobURI"));
+  UniqueText resourceUri(TextValueOf(attributes.Get(), L"ResourceURI"));
+  UniqueText charset(TextValueOf(attributes.Get(), L"Charset"));
   m_lang = TextValueOf(attributes.Get(), L"Lang");
+  m_command = command.release();
+  m_jobUri = jobUri.release();
+  m_resourceUri = resourceUri.release();
+  m_charset = charset.release();
 }
 
 IPPDataItemSpec::~IPPDataItemSpec() {

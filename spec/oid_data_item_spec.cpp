@@ -34,8 +34,9 @@ OIDDataItemSpec::OIDDataItemSpec(const wchar_t* name, const wchar_t* oid, const 
 
 OIDDataItemSpec::OIDDataItemSpec(IXMLDOMNode* element) : DataItemSpec(element) {
   const auto attributes = AttributesOf(element);
-  m_oid = TextValueOf(attributes.Get(), L"OID");
+  UniqueText oid(TextValueOf(attributes.Get(), L"OID"));
   m_group = TextValueOf(attributes.Get(), L"GroupID");
+  m_oid = oid.release();
 }
 
 OIDDataItemSpec::~OIDDataItemSpec() {

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "core/unique_bstr.h"
+#include "spec/element.h"
 #include "spec/owned_text.h"
 
 namespace Corvane {
@@ -28,8 +28,7 @@ StaticDataItemSpec::StaticDataItemSpec(const wchar_t* name, const wchar_t* value
     : NexoDataItem(name, prefix), m_value(DuplicateText(value)) {}
 
 StaticDataItemSpec::StaticDataItemSpec(IXMLDOMNode* element) : NexoDataItem(element) {
-  UniqueBstr text;
-  if (element && SUCCEEDED(element->get_text(text.Receive()))) m_value = DuplicateText(text.Get());
+  if (element) m_value = DuplicateText(TextOfNode(element).Get());
 }
 
 StaticDataItemSpec::~StaticDataItemSpec() { FreeText(m_value); }

@@ -33,8 +33,9 @@ XMLDataItemSpec::XMLDataItemSpec(const wchar_t* name, const wchar_t* uri, const 
 
 XMLDataItemSpec::XMLDataItemSpec(IXMLDOMNode* element) : DataItemSpec(element) {
   const auto attributes = AttributesOf(element);
-  m_uri = TextValueOf(attributes.Get(), L"URI");
+  UniqueText uri(TextValueOf(attributes.Get(), L"URI"));
   m_xpath = TextValueOf(attributes.Get(), L"XPath");
+  m_uri = uri.release();
 }
 
 XMLDataItemSpec::~XMLDataItemSpec() {

@@ -11,17 +11,19 @@ namespace Corvane {
 
 // Answers values by name from its store while they are fresh, else from the device. Used by one
 // thread at a time, the one that made it: it holds that thread's COM initialisation. Out of memory
-// in string or variant work is raised as _com_error with E_OUTOFMEMORY; nothing else is thrown.
+// in string or variant work is raised as _com_error with E_OUTOFMEMORY or as std::bad_alloc;
+// nothing else is thrown.
 class DataCollection : public Corvane::IDisposable {
  public:
   virtual ~DataCollection() = default;
 
-  // The value of the item `name`, or of "prefix:name", converted by the item's table. S_OK: *value,
-  // which must be initialised, is cleared and filled; the caller clears it. On every other result
-  // *value is untouched:
-  //   E_FAIL   null argument, no such item, an item without a place on the device, or the device
-  //   did not answer S_FALSE  the device answered, and its document has no such node other    what
-  //   the DOM says of the item's expression (E_FAIL: it does not parse)
+  // The value of the item `name`, or of "prefix:name", converted by the item's table. On S_OK
+  // *value, which must be initialised, is cleared and filled; the caller clears it. On every other
+  // result it is untouched:
+  // - E_FAIL: a null argument, no such item, an item without a place on the device, a device that
+  //   did not answer, or an expression that does not parse.
+  // - S_FALSE: the device answered, and its document has no such node.
+  // - Other codes are the provider's, unchanged.
   // May exchange data with the device.
   virtual HRESULT GetValue(const wchar_t* name, VARIANT* value) = 0;
 
@@ -33,15 +35,16 @@ class DataCollection : public Corvane::IDisposable {
 }  // namespace Corvane
 
 // Each makes a collection over the first data map of the specification whose protocol the device
-// answers.
-//   address     the device; the providers take their own references. Null: E_FAIL.
-//   cache       may be null; the collection takes its own reference.
-//   collection  written on S_OK only, with one reference that the caller gives back with Dispose or
+// answers, and may exchange data with the device for every map that it tries.
+// - address: the device; the providers take their own references.
+// - collection: written on S_OK only, with one reference that the caller gives back with Dispose or
 //   Release.
-// Results: S_OK; S_FALSE when the document does not parse or has no root "DataMaps"; E_FAIL when a
-// required argument is null, when there is no data map, or when none fits the device; the system's
-// code when the DOM cannot be made. Each may exchange data with the device, once or more for every
-// data map that it tries.
+// - cache: may be null; the collection takes its own reference.
+// Results:
+// - S_OK.
+// - S_FALSE: the document does not parse, or its root is not "DataMaps".
+// - E_FAIL: a required argument is null, there is no data map, or none fits the device.
+// - The system's code when the DOM cannot be made.
 extern "C" {
 
 // `path` names the specification file.

@@ -2,6 +2,7 @@
 #ifndef CORVANE_DATA_MAP_SPEC_H_
 #define CORVANE_DATA_MAP_SPEC_H_
 
+#include <cstdint>
 #include <map>
 #include <string>
 
@@ -26,7 +27,7 @@ enum DataMapTypeEnum : std::int32_t {
 // table.
 class CORVANE_API DataMapSpec : public IDisposableImpl {
  public:
-  // Each returns an object with one reference, or null when memory runs out.
+  // Each returns an object with one reference, or null when it cannot be allocated.
   static DataMapSpec* CreateDataMapSpec();
   // A protocol of its own for the five known types, none for others.
   static DataMapSpec* CreateDataMapSpec(DataMapTypeEnum type);
@@ -63,9 +64,10 @@ class CORVANE_API DataMapSpec : public IDisposableImpl {
  private:
   using ItemTable = std::map<std::wstring, NexoDataItem*, CodeUnitLess>;
 
-  void ReadXmlMap(IXMLDOMNode* element);
-  void ReadOidMap(IXMLDOMNode* element);
-  void ReadIppMap(IXMLDOMNode* element);
+  enum class MapElement { kXml, kOid, kIpp };
+
+  void ReadItems(IXMLDOMNodeList* children, MapElement kind);
+  static NexoDataItem* CreateDataItem(IXMLDOMNode* element, MapElement kind);
   // Stores the item under its name or the fixed one; destroys an item without a name.
   void KeepItem(NexoDataItem* item, const wchar_t* fixedName = nullptr);
 

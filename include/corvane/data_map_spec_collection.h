@@ -11,7 +11,7 @@ namespace Corvane {
 // Not reference-counted: one owner, who calls Dispose. One thread at a time.
 class CORVANE_API DataMapSpecCollection {
  public:
-  // Null when memory runs out.
+  // Null when the object cannot be allocated.
   static DataMapSpecCollection* CreateDataMapSpecCollection();
   // A map spec for every child node of the element, whatever it is: a comment gives an empty map of
   // unknown type, and one for which memory ran out a null entry.
@@ -27,7 +27,7 @@ class CORVANE_API DataMapSpecCollection {
   int GetCount();
   // Counted from 0; the index is not checked. The collection keeps its reference.
   DataMapSpec* GetDataMapSpec(int index);
-  // Destroys the collection.
+  // Destroys the collection; called on a null pointer it does nothing.
   void Dispose();
 
  protected:

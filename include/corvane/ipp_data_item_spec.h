@@ -9,6 +9,7 @@ namespace Corvane {
 // Made by a data map spec alone, from an element.
 class CORVANE_API IPPDataItemSpec : public DataItemSpec {
  public:
+  IPPDataItemSpec& operator=(const IPPDataItemSpec& other) = default;
   ~IPPDataItemSpec() override;
   void Initialize() override;
 
@@ -20,7 +21,6 @@ class CORVANE_API IPPDataItemSpec : public DataItemSpec {
   // Adds "Command", "JobURI", "ResourceURI", "Charset" and "Lang".
   explicit IPPDataItemSpec(IXMLDOMNode* element);
   IPPDataItemSpec(const IPPDataItemSpec& other) = default;
-  IPPDataItemSpec& operator=(const IPPDataItemSpec& other) = default;
 
   wchar_t* m_command = nullptr;
   wchar_t* m_jobUri = nullptr;

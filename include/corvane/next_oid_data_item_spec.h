@@ -8,7 +8,8 @@ namespace Corvane {
 
 class CORVANE_API NextOIDDataItemSpec : public OIDDataItemSpec {
  public:
-  // Null when memory runs out. The caller deletes the item, or hands it to a data map spec.
+  // Null when the object cannot be allocated. The caller deletes the item, or hands it to a data
+  // map spec.
   static NextOIDDataItemSpec* CreateNextOidDataItemSpec();
   static NextOIDDataItemSpec* CreateNextOidDataItemSpec(IXMLDOMNode* element);
   static NextOIDDataItemSpec* CreateNextOidDataItemSpec(const wchar_t* name, const wchar_t* oid,
@@ -17,6 +18,7 @@ class CORVANE_API NextOIDDataItemSpec : public OIDDataItemSpec {
                                                         std::uint64_t lifespan, const wchar_t* type,
                                                         bool untilEnd, int count);
 
+  NextOIDDataItemSpec& operator=(const NextOIDDataItemSpec& other) = default;
   ~NextOIDDataItemSpec() override;
   void Initialize() override;
   NextOIDDataItemSpec* GetNextOIDDataItemSpec() override;
@@ -34,7 +36,6 @@ class CORVANE_API NextOIDDataItemSpec : public OIDDataItemSpec {
   // Adds "UntilEnd" and "Count".
   explicit NextOIDDataItemSpec(IXMLDOMNode* element);
   NextOIDDataItemSpec(const NextOIDDataItemSpec& other) = default;
-  NextOIDDataItemSpec& operator=(const NextOIDDataItemSpec& other) = default;
 
   // As UlongValueOf, signed: what 32 bits do not hold is the nearest that they do.
   static int IntValueOf(IXMLDOMNamedNodeMap* attributes, const wchar_t* name);

@@ -10,7 +10,8 @@ class NextOIDDataItemSpec;
 
 class CORVANE_API OIDDataItemSpec : public DataItemSpec {
  public:
-  // Null when memory runs out. The caller deletes the item, or hands it to a data map spec.
+  // Null when the object cannot be allocated. The caller deletes the item, or hands it to a data
+  // map spec.
   static OIDDataItemSpec* CreateOIDDataItemSpec();
   static OIDDataItemSpec* CreateOIDDataItemSpec(IXMLDOMNode* element);
   static OIDDataItemSpec* CreateOIDDataItemSpec(const wchar_t* name, const wchar_t* oid,
@@ -18,6 +19,7 @@ class CORVANE_API OIDDataItemSpec : public DataItemSpec {
                                                 const wchar_t* prefix, std::uint64_t lifespan,
                                                 const wchar_t* type);
 
+  OIDDataItemSpec& operator=(const OIDDataItemSpec& other) = default;
   ~OIDDataItemSpec() override;
   void Initialize() override;
   // The item itself when it is a walk, null for a plain one.
@@ -33,7 +35,6 @@ class CORVANE_API OIDDataItemSpec : public DataItemSpec {
   // Adds "OID" and "GroupID".
   explicit OIDDataItemSpec(IXMLDOMNode* element);
   OIDDataItemSpec(const OIDDataItemSpec& other) = default;
-  OIDDataItemSpec& operator=(const OIDDataItemSpec& other) = default;
 
   wchar_t* m_group = nullptr;
   wchar_t* m_oid = nullptr;

@@ -9,12 +9,14 @@ namespace Corvane {
 // Its value is the text of its element. It is not converted and never goes stale.
 class CORVANE_API StaticDataItemSpec : public NexoDataItem {
  public:
-  // Null when memory runs out. The caller deletes the item, or hands it to a data map spec.
+  // Null when the object cannot be allocated. The caller deletes the item, or hands it to a data
+  // map spec.
   static StaticDataItemSpec* CreateStaticDataItemSpec();
   static StaticDataItemSpec* CreateStaticDataItemSpec(IXMLDOMNode* element);
   static StaticDataItemSpec* CreateStaticDataItemSpec(const wchar_t* name, const wchar_t* value,
                                                       const wchar_t* prefix);
 
+  StaticDataItemSpec& operator=(const StaticDataItemSpec& other) = default;
   ~StaticDataItemSpec() override;
   void Initialize() override;
 
@@ -25,7 +27,6 @@ class CORVANE_API StaticDataItemSpec : public NexoDataItem {
   StaticDataItemSpec(const wchar_t* name, const wchar_t* value, const wchar_t* prefix);
   explicit StaticDataItemSpec(IXMLDOMNode* element);
   StaticDataItemSpec(const StaticDataItemSpec& other) = default;
-  StaticDataItemSpec& operator=(const StaticDataItemSpec& other) = default;
 
   wchar_t* m_value = nullptr;
 };

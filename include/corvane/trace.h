@@ -12,8 +12,8 @@ namespace Corvane {
 // Bits of the trace mask.
 constexpr std::uint32_t kTraceScope = 1;     // entry and exit of every public operation
 constexpr std::uint32_t kTraceInfo = 16;     // ordinary failures and progress
-constexpr std::uint32_t kTraceError = 32;    // failures of exchanges, threads and leak reports
-constexpr std::uint32_t kTraceSevere = 128;  // the same, and COM initialisation and leaks
+constexpr std::uint32_t kTraceError = 32;    // failures of exchanges and threads
+constexpr std::uint32_t kTraceSevere = 128;  // graver ones, COM initialisation, objects left behind
 constexpr std::uint32_t kTraceAll = 0xFFFFFFFF;
 
 enum class TraceKind : std::uint32_t {

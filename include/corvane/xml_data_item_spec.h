@@ -8,7 +8,8 @@ namespace Corvane {
 
 class CORVANE_API XMLDataItemSpec : public DataItemSpec {
  public:
-  // Null when memory runs out. The caller deletes the item, or hands it to a data map spec.
+  // Null when the object cannot be allocated. The caller deletes the item, or hands it to a data
+  // map spec.
   static XMLDataItemSpec* CreateXMLDataItem();
   static XMLDataItemSpec* CreateXMLDataItem(IXMLDOMNode* element);
   static XMLDataItemSpec* CreateXMLDataItem(const wchar_t* name, const wchar_t* uri,
@@ -16,6 +17,7 @@ class CORVANE_API XMLDataItemSpec : public DataItemSpec {
                                             bool transient, std::uint64_t lifespan,
                                             const wchar_t* type);
 
+  XMLDataItemSpec& operator=(const XMLDataItemSpec& other) = default;
   ~XMLDataItemSpec() override;
   void Initialize() override;
 
@@ -30,7 +32,6 @@ class CORVANE_API XMLDataItemSpec : public DataItemSpec {
   // Adds "URI" and "XPath".
   explicit XMLDataItemSpec(IXMLDOMNode* element);
   XMLDataItemSpec(const XMLDataItemSpec& other) = default;
-  XMLDataItemSpec& operator=(const XMLDataItemSpec& other) = default;
 
   wchar_t* m_uri = nullptr;
   wchar_t* m_xpath = nullptr;

@@ -18,16 +18,16 @@ class IXMLProvider : public Corvane::IDisposable {
   // TCP port of the variant's web service.
   virtual std::uint32_t GetPort() = 0;
 
-  // The text of the first node that `xpath` (an XSL pattern) selects in the resource `uri`.
-  //   useCache  0 fetches the resource anew; else a document of it that is younger than `lifeSpan`
-  //   (tenths of a second,
-  //             0 for ever) is used.
-  //   0              with *requiredLength > 0: the text is in `buffer`. With *requiredLength 0: no
-  //   document came of it. S_FALSE        no such node, or the resource is no XML; *requiredLength
-  //   is 0 E_OUTOFMEMORY  the node exists, and `buffer` is null or too small: *requiredLength says
-  //   what it takes E_FAIL         a null argument, no answer or a status other than 200; or an
-  //   expression that does not parse E_INVALIDARG   `xpath` is null
-  // `buffer` is written on 0 only.
+  // The text of the first node that `xpath` (an XSL pattern) selects in the resource `uri`. With
+  // `useCache` 0 the resource is fetched anew; else a document of it that is no older than
+  // `lifeSpan` (tenths of a second, 0 for ever) is used. `buffer` is written on 0 only.
+  // - 0: the text is in `buffer`, or *requiredLength is 0 and no document came of the resource.
+  // - S_FALSE: no such node, or the resource is no XML; *requiredLength is 0.
+  // - E_OUTOFMEMORY: the node exists, and `buffer` is null or too small; *requiredLength says what
+  //   it takes.
+  // - E_FAIL: no answer, a status other than 200, an expression that does not parse, or a null
+  //   `uri` or `requiredLength`.
+  // - E_INVALIDARG: `xpath` is null (E_FAIL from a QUARNProvider).
   virtual HRESULT GetValue(const wchar_t* uri, const wchar_t* xpath, wchar_t* buffer,
                            std::uint32_t bufferSize, std::uint32_t* requiredLength, int useCache,
                            std::uint32_t lifeSpan) = 0;

@@ -10,6 +10,7 @@ typedef unsigned char* RPC_CSTR;
 #define RPC_S_OK 0
 #define RPC_S_OUT_OF_MEMORY 14
 #define RPC_S_UUID_NO_ADDRESS 1739
+#define RPC_S_UUID_LOCAL_ONLY 1824  // Windows alone answers so
 
 extern "C" {
 
