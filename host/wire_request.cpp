@@ -68,12 +68,12 @@ const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSet
     if (const wchar_t* const fault = AddHeaderLine(name, value, request)) return fault;
   }
   if (settings.contentType.empty()) {
-    request->headerLines.push_back("Content-Type:");  // none, where curl has one for POST
+    request->headerLines.emplace_back("Content-Type:");  // none, where curl has one for POST
   } else if (const wchar_t* const fault =
                  AddHeaderLine(L"Content-Type", settings.contentType, request)) {
     return fault;
   }
-  request->headerLines.push_back("Expect:");  // many devices do not know 100-continue
+  request->headerLines.emplace_back("Expect:");  // many devices do not know 100-continue
   return nullptr;
 }
 

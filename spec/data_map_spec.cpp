@@ -103,7 +103,7 @@ void DataMapSpec::AddDataItemSpec(const wchar_t* name, NexoDataItem* item) {
   std::unique_ptr<NexoDataItem> owned(item);
   if (!name) return;
   m_items[name] = item;
-  owned.release();
+  static_cast<void>(owned.release());
 }
 
 NexoDataItem* DataMapSpec::GetDataItemSpec(std::wstring name) {

@@ -49,7 +49,7 @@ class XMLDataMapperTest : public DomTest {
    public:
     using XMLDataMapper::XMLDataMapper;
     void Age(const wchar_t* key, std::uint64_t ticks) { m_values.at(key).timestamp -= ticks; }
-    bool Has(const wchar_t* key) const { return m_values.count(key) != 0; }
+    bool Has(const wchar_t* key) const { return m_values.contains(key); }
   };
 
   XMLDataMapperTest()

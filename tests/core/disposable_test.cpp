@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <thread>
-#include <vector>
 
 #include "corvane/data_map_spec.h"
 #include "tests/support/trace_recorder.h"
@@ -76,9 +76,9 @@ TEST(Disposable, CountsAndRegistersFromManyThreads) {
   bool destroyed = false;
   auto* const shared = new Thing(&destroyed);
   shared->AddRef();
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([shared] {
+  std::array<std::thread, 4> threads;
+  for (std::thread& thread : threads) {
+    thread = std::thread([shared] {
       for (int n = 0; n < 2000; ++n) {
         shared->AddRef();
         DataMapSpec::CreateDataMapSpec()->Dispose();

@@ -119,7 +119,7 @@ TEST_F(WSProviderTest, PostsInTheStatedOrder) {
 // The UUID behind "urn:uuid:", which must have its standard form.
 std::string MessageIdOf(const std::string& envelope) {
   constexpr char kMark[] = "urn:uuid:";
-  const std::string id = envelope.substr(envelope.find(kMark) + sizeof(kMark) - 1, 36);
+  std::string id = envelope.substr(envelope.find(kMark) + sizeof(kMark) - 1, 36);
   std::string form = id;
   for (char& c : form) {
     if ((c >= '0' && c <= '9') || (c >= 'a' && c <= 'f')) c = 'x';

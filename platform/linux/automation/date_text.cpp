@@ -105,7 +105,8 @@ bool ReadTime(Reader* reader, long* seconds) {
     hour = hour % 12 + (isPm ? 12 : 0);
   }
   if (hour > 23 || minute > 59 || second > 59) return false;
-  *seconds = static_cast<long>(hour * 3600 + minute * 60 + second);
+  const unsigned ofDay = hour * 3600 + minute * 60 + second;
+  *seconds = static_cast<long>(ofDay);
   return true;
 }
 

@@ -110,7 +110,8 @@ LONGLONG RoundCurrency(LONGLONG value) {
 
 template <typename T>
 HRESULT RealToInteger(double value, T* result) {
-  // 2^63 and 2^64 are doubles, the maxima below them are not.
+  // 2^63 and 2^64 are doubles, the maxima below them are not. The division is an exact one.
+  // NOLINTNEXTLINE(bugprone-integer-division)
   constexpr double kLimit = static_cast<double>(std::numeric_limits<T>::max() / 2 + 1) * 2;
   const double rounded = RoundHalfToEven(value);
   if (!(rounded >= static_cast<double>(std::numeric_limits<T>::min()) && rounded < kLimit)) {
