@@ -1,9 +1,5 @@
 #include "providers/plsxml_provider_impl.h"
 
-#include <new>
-
-#include "platform/system.h"
-
 namespace Corvane {
 namespace {
 
@@ -14,13 +10,7 @@ constexpr wchar_t kSerialNumber[] = L"//ProductSerialNumber";
 
 PLSXMLProvider* PLSXMLProviderImpl::Create(Address* address) {
   TraceScope trace(L"Corvane::PLSXMLProviderImpl::Create");
-  if (!address) {
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return nullptr;
-  }
-  auto provider = RefPtr<PLSXMLProviderImpl>::Share(new (std::nothrow) PLSXMLProviderImpl(address));
-  if (!provider) return nullptr;
-  return provider->HasNode(kProductInformation, kSerialNumber) ? provider.Release() : nullptr;
+  return CreateIfPresent<PLSXMLProviderImpl>(address, kProductInformation, kSerialNumber);
 }
 
 PLSXMLProviderImpl::PLSXMLProviderImpl(Address* address) : XMLProvider(address, kPort) {

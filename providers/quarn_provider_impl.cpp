@@ -1,9 +1,6 @@
 #include "providers/quarn_provider_impl.h"
 
-#include <new>
 #include <vector>
-
-#include "platform/system.h"
 
 namespace Corvane {
 namespace {
@@ -20,15 +17,8 @@ std::wstring ResourceUriExpression(const wchar_t* resourceType) {
 
 QUARNProvider* QUARNProviderImpl::Create(Address* address) {
   TraceScope trace(L"Corvane::QUARNProviderImpl::Create");
-  if (!address) {
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return nullptr;
-  }
-  auto provider = RefPtr<QUARNProviderImpl>::Share(new (std::nothrow) QUARNProviderImpl(address));
-  if (!provider) return nullptr;
-  return provider->HasNode(kDiscoveryTree, ResourceUriExpression(kProductConfig).c_str())
-             ? provider.Release()
-             : nullptr;
+  return CreateIfPresent<QUARNProviderImpl>(address, kDiscoveryTree,
+                                            ResourceUriExpression(kProductConfig).c_str());
 }
 
 QUARNProviderImpl::QUARNProviderImpl(Address* address) : XMLProvider(address, kPort) {

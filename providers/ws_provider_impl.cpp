@@ -1,9 +1,6 @@
 #include "providers/ws_provider_impl.h"
 
-#include <new>
-
 #include "core/text.h"
-#include "platform/system.h"
 #include "providers/soap_get.h"
 
 namespace Corvane {
@@ -16,13 +13,7 @@ constexpr wchar_t kMakeAndModel[] = L"//dd:MakeAndModel";
 
 WSProvider* WSProviderImpl::Create(Address* address) {
   TraceScope trace(L"Corvane::WSProviderImpl::Create");
-  if (!address) {
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return nullptr;
-  }
-  auto provider = RefPtr<WSProviderImpl>::Share(new (std::nothrow) WSProviderImpl(address));
-  if (!provider) return nullptr;
-  return provider->HasNode(kDeviceService, kMakeAndModel) ? provider.Release() : nullptr;
+  return CreateIfPresent<WSProviderImpl>(address, kDeviceService, kMakeAndModel);
 }
 
 WSProviderImpl::WSProviderImpl(Address* address) : XMLProvider(address, kPort) {

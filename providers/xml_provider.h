@@ -4,6 +4,7 @@
 #define CORVANE_PROVIDERS_XML_PROVIDER_H_
 
 #include <map>
+#include <new>
 #include <string>
 
 #include "core/com_initialization.h"
@@ -46,9 +47,18 @@ class XMLProvider : public virtual IXMLProvider, public IDisposableImpl {
  protected:
   Address* DeviceAddress() const { return m_address.Get(); }
 
-  // What a variant's factory asks: the node exists when a query without a buffer says that memory
-  // is lacking.
-  bool HasNode(const wchar_t* uri, const wchar_t* xpath);
+  // What the variants' factories do: a provider over the device with one reference, if the resource
+  // has the node. Null for a null address, with 87 as the thread's last error, and for a device
+  // that does not answer so.
+  template <typename Variant>
+  static Variant* CreateIfPresent(Address* address, const wchar_t* uri, const wchar_t* xpath) {
+    if (!address) {
+      SetLastError(ERROR_INVALID_PARAMETER);
+      return nullptr;
+    }
+    auto provider = RefPtr<Variant>::Share(new (std::nothrow) Variant(address));
+    return provider && provider->HasNode(uri, xpath) ? provider.Release() : nullptr;
+  }
 
   // A fresh request on the provider's port: 0, the host's code, or E_FAIL for a null request.
   HRESULT CreateRequest(RefPtr<HTTPRequest>* request);
@@ -56,6 +66,9 @@ class XMLProvider : public virtual IXMLProvider, public IDisposableImpl {
   static HRESULT ReadResponse(HTTPRequest* request, std::string* content);
 
  private:
+  // A query without a buffer says that memory is lacking when the node exists.
+  bool HasNode(const wchar_t* uri, const wchar_t* xpath);
+
   struct CachedDocument {
     RefPtr<IXMLDOMDocument> document;
     std::uint64_t loadTime = 0;

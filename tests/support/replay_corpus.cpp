@@ -1,0 +1,22 @@
+// Runs a fuzz target over the files of a corpus, named by their folder.
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+int main(int argc, char** argv) {
+  int files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(argc > 1 ? argv[1] : ".")) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(file), {});
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    ++files;
+  }
+  std::cout << files << " files replayed\n";
+  return files > 0 ? 0 : 1;
+}
