@@ -1,9 +1,9 @@
 // What loads and what does not, from text and from files.
 #include <cwchar>
 #include <filesystem>
-#include <fstream>
 
 #include "tests/platform/dom_fixture.h"
+#include "tests/support/temp_folder.h"
 #include "tests/support/wine.h"
 
 namespace corvane::test {
@@ -13,26 +13,18 @@ using namespace std::string_view_literals;
 
 class DomLoadingTest : public DomTest {
  protected:
-  DomLoadingTest() : m_folder(std::filesystem::temp_directory_path() / FolderName()) {
-    std::filesystem::create_directories(m_folder);
-  }
-  ~DomLoadingTest() override { std::filesystem::remove_all(m_folder); }
-
   std::wstring Write(const std::string& name, std::string_view bytes) {
-    const std::filesystem::path path = m_folder / name;
-    std::ofstream(path, std::ios::binary)
-        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    return path.wstring();
+    return m_files.Write("with blanks in it/" + name, std::string(bytes)).wstring();
   }
 
-  const std::filesystem::path m_folder;
-
- private:
-  static std::string FolderName() {
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    return std::string("corvane dom ") + test->name() +
-           std::to_string(testing::UnitTest::GetInstance()->start_timestamp());
+  static std::string Utf16(std::string_view ascii) {
+    std::string bytes = "\xFE\xFF";
+    for (const char c : ascii) (bytes += '\0') += c;
+    return bytes;
   }
+
+  const Corvane::Test::TempFolder m_files;
+  const std::filesystem::path m_folder = m_files.Path() / "with blanks in it";
 };
 
 struct Document {
@@ -56,6 +48,7 @@ TEST_F(DomLoadingTest, TakesWellFormedText) {
       {"xml prefix needs no declaration", L"<r xml:lang='de'/>"sv},
       {"prefix declared where it is used", L"<p:r xmlns:p='u' p:a=''/>"sv},
       {"same local name in two namespaces", L"<r xmlns:p='u' xmlns:q='v' p:a='' q:a='' a=''/>"sv},
+      {"prefix bound to nothing", L"<r p:a='' xmlns:p=''/>"sv},
       {"names beyond ASCII", L"<\x00FC\x4E2D p\x00E9='1'/>"sv},
       {"deep enough for any device", L""sv},
   };
@@ -103,7 +96,8 @@ TEST_F(DomLoadingTest, RefusesMalformedText) {
       {"two colons", L"<a:b:c xmlns:a='u'/>"sv, kNamespaces},
       {"nothing after the colon", L"<a: xmlns:a='u'/>"sv, kNamespaces},
       {"local name that starts with a digit", L"<a:1 xmlns:a='u'/>"sv},
-      {"prefix bound to nothing", L"<r xmlns:p=''/>"sv, kNamespaces},
+      {"attribute twice in no namespace", L"<r xmlns:p='' xmlns:q='' p:a='' q:a=''/>"sv,
+       kNamespaces},
       {"DOCTYPE", L"<!DOCTYPE r><r/>"sv, kDoctype},
       {"DOCTYPE with a subset", L"<!DOCTYPE r [<!ELEMENT r EMPTY>]><r a=''/>"sv, kDoctype},
       {"external subset", L"<!DOCTYPE r SYSTEM 'missing.dtd'><r/>"sv, kDoctype},
@@ -132,6 +126,8 @@ TEST_F(DomLoadingTest, EmptiesTheDocumentWhenALoadFails) {
 
 TEST_F(DomLoadingTest, DecodesFiles) {
   constexpr std::string_view kUtf16 = "\xFF\xFE<\0r\0>\0\xAC\x20<\0/\0r\0>\0"sv;
+  const std::string declaredUtf8 = Utf16("<?xml version='1.0' encoding='UTF-8'?><r>a</r>");
+  const std::string declared1252 = Utf16("<?xml version='1.0' encoding='windows-1252'?><r>a</r>");
   const struct {
     const char* name;
     std::string_view bytes;
@@ -147,6 +143,12 @@ TEST_F(DomLoadingTest, DecodesFiles) {
        L"\x20AC\x00E9"},
       {"ISO-8859-1", "<?xml version='1.0' encoding='ISO-8859-1'?><r>\xE9</r>"sv, L"\x00E9"},
       {"US-ASCII", "<?xml version='1.0' encoding='us-ascii'?><r>e</r>"sv, L"e"},
+      {"GBK", "<?xml version='1.0' encoding='gbk'?><r>\xC4\xE3 \xBA\xC3</r>"sv, L"\x4F60 \x597D"},
+      {"GBK with half a character", "<?xml version='1.0' encoding='gbk'?><r>\xC4</r>"sv, L"<none>"},
+      {"UTF-16 with its mark, declared UTF-8", declaredUtf8, L"a"},
+      {"UTF-16 with its mark, declared windows-1252", declared1252, L"<none>"},
+      {"UTF-8 with its mark, declared UTF-16",
+       "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-16'?><r/>"sv, L"<none>"},
       {"unknown encoding", "<?xml version='1.0' encoding='Windows-936'?><r/>"sv, L"<none>"},
       {"UTF-16 only declared", "<?xml version='1.0' encoding='UTF-16'?><r/>"sv, L"<none>"},
       {"no UTF-8", "<r>\xE9</r>"sv, L"<none>"},

@@ -125,7 +125,7 @@ TEST_F(DomNodeTest, WalksInBothDirections) {
 }
 
 TEST_F(DomNodeTest, AttributesHaveNoParentAndOneText) {
-  ASSERT_EQ(S_OK, Load(L"<r a='v'/>"));
+  ASSERT_EQ(S_OK, Load(L"<r a=' v '/>"));
   Com<IXMLDOMNode> attribute;
   Com<IXMLDOMNode> node;
   Find(L"r/@a", &attribute);
@@ -136,6 +136,11 @@ TEST_F(DomNodeTest, AttributesHaveNoParentAndOneText) {
   ASSERT_TRUE(node);
   EXPECT_EQ(L"#text", NameOf(node.Get()));
   EXPECT_EQ(L"v", TextOf(node.Get()));
+  EXPECT_EQ(L" v ", TextOf(attribute.Get()));
+  VARIANT value;
+  EXPECT_EQ(S_OK, node->get_nodeValue(&value));
+  EXPECT_STREQ(L" v ", value.bstrVal);
+  VariantClear(&value);
   Com<IXMLDOMNode> up;
   EXPECT_EQ(S_OK, node->get_parentNode(up.Receive()));
   EXPECT_EQ(L"a", NameOf(up.Get()));
@@ -145,7 +150,7 @@ TEST_F(DomNodeTest, AttributesHaveNoParentAndOneText) {
 
 TEST_F(DomNodeTest, ListsAttributesInDocumentOrder) {
   ASSERT_EQ(S_OK, Load(L"<?xml version='1.0'?><r b='' a=''><n:s n:b='' d='' xmlns:n='u'/><t "
-                       L"xmlns='u'/>x<u/></r>"));
+                       L"xmlns='u'/>x<u/><v e:b='' d='' xmlns:e=''/></r>"));
   EXPECT_EQ(L"b a ", AttributeNames(L"r"));
   EXPECT_EQ(L"", AttributeNames(L"r/u"));
   EXPECT_EQ(L"<no map>", AttributeNames(L"/"));
@@ -156,6 +161,7 @@ TEST_F(DomNodeTest, ListsAttributesInDocumentOrder) {
   }
   EXPECT_EQ(L"n:b d xmlns:n ", AttributeNames(L"r/n:s"));
   EXPECT_EQ(L"xmlns ", AttributeNames(L"r/t"));
+  EXPECT_EQ(L"e:b d xmlns:e ", AttributeNames(L"r/v"));
   EXPECT_EQ(L"version ", AttributeNames(L"pi()"));
 }
 

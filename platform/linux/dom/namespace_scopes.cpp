@@ -45,8 +45,7 @@ QualifiedName NamespaceScopes::Split(std::uint32_t name) {
 
 bool NamespaceScopes::Declare(std::uint32_t prefix, std::string_view uri, NodeId element) {
   if (prefix == m_xml) return uri == kXmlNamespace;
-  if (prefix == m_xmlns || uri.empty() || uri == kXmlNamespace || uri == kXmlnsNamespace)
-    return false;
+  if (prefix == m_xmlns || uri == kXmlNamespace || uri == kXmlnsNamespace) return false;
   m_undo.push_back({element, prefix, UriOf(prefix)});
   Bind(prefix, m_names.Intern(uri));
   return true;

@@ -35,8 +35,9 @@ class NamespaceScopes {
   // kMalformed: two colons, an empty half, or a half that does not start like a name.
   QualifiedName Split(std::uint32_t name);
 
-  // Takes the declaration of `prefix` on `element`. False when Namespaces 1.0 forbids it: an empty
-  // URI, the prefix xmlns, or one of the reserved URIs.
+  // Takes the declaration of `prefix` on `element`. False when Namespaces 1.0 forbids it: the
+  // prefix xmlns, or one of the reserved URIs. An empty URI is taken: the prefix
+  // may be used, and stands for no namespace.
   bool Declare(std::uint32_t prefix, std::string_view uri, NodeId element);
   static bool IsAllowedAsDefault(std::string_view uri) {
     return uri != kXmlNamespace && uri != kXmlnsNamespace;

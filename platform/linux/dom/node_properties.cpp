@@ -68,8 +68,11 @@ HRESULT GetText(const NodeHandle& handle, BSTR* text) {
   std::string scratch;
   std::uint64_t work = 0;
   return GiveText(text, [&]() -> std::optional<std::string_view> {
-    return TextOf(*handle.document->tree, handle.node & ~kAttributeTextBit, kWholeText, &scratch,
-                  &work);
+    const Tree& tree = *handle.document->tree;
+    // Trimmed like every text node, though its attribute is not.
+    if (IsAttributeText(handle.node))
+      return TrimXmlSpace(tree.Value(handle.node & ~kAttributeTextBit));
+    return TextOf(tree, handle.node, kWholeText, &scratch, &work);
   });
 }
 

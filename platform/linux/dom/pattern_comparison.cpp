@@ -39,8 +39,7 @@ bool Relate(Relation relation, const Value& left, const Value& right) {
 // Not a number when the text is none; only != holds of that.
 double ToNumber(std::string_view text) {
   constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-  while (!text.empty() && IsXmlSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsXmlSpace(text.back())) text.remove_suffix(1);
+  text = TrimXmlSpace(text);
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
   if (text.empty() || text.size() > kMaxNumberBytes) return kNone;

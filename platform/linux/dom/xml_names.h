@@ -11,6 +11,11 @@ constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace
 constexpr std::string_view kXmlnsNamespace = "http://www.w3.org/2000/xmlns/";
 
 constexpr bool IsXmlSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+constexpr std::string_view TrimXmlSpace(std::string_view text) {
+  while (!text.empty() && IsXmlSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsXmlSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
 constexpr bool IsDigit(char32_t c) { return c >= '0' && c <= '9'; }
 
 constexpr bool IsNameStart(char32_t c) {

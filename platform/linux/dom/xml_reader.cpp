@@ -1,8 +1,10 @@
 #include "platform/linux/dom/xml_reader.h"
 
 #include <expat.h>
+#include <iconv.h>
 #include <strings.h>
 
+#include <array>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -16,6 +18,8 @@ namespace {
 
 static_assert(corvane_dom_limits::kMaxDocumentBytes <= 0x7FFFFFFF, "the parser takes an int");
 
+constexpr const char* kUtf16 = "UTF-16";
+
 struct ParserFree {
   void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
 };
@@ -24,12 +28,16 @@ using UniqueParser = std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserFr
 // The parser is C code: no exception may pass through it, and it stops after the first refusal.
 class Reader {
  public:
-  Reader(XML_Parser parser, std::size_t bytes) : m_parser(parser), m_builder(bytes) {
+  Reader(XML_Parser parser, std::size_t bytes, bool isUtf16)
+      : m_parser(parser), m_builder(bytes), m_isUtf16(isUtf16) {
     XML_SetUserData(parser, this);
     XML_SetXmlDeclHandler(
         parser, [](void* self, const char* version, const char* encoding, int standalone) {
-          Handle(self,
-                 [&](TreeBuilder& builder) { builder.Declaration(version, encoding, standalone); });
+          Handle(self, [&](TreeBuilder& builder) {
+            if (!static_cast<Reader*>(self)->Takes(encoding))
+              return builder.Refuse("The declared encoding is not that of the document.");
+            builder.Declaration(version, encoding, standalone);
+          });
         });
     XML_SetStartDoctypeDeclHandler(
         parser, [](void* self, const char*, const char*, const char*, int) {
@@ -93,18 +101,24 @@ class Reader {
     }
   }
 
+  // A document in UTF-16 may not be declared as something narrower, but for UTF-8.
+  bool Takes(const char* declared) const {
+    return !m_isUtf16 || declared == nullptr || strncasecmp(declared, "UTF-16", 6) == 0 ||
+           strcasecmp(declared, "UTF-8") == 0;
+  }
+
   LONG Line() const { return static_cast<LONG>(XML_GetCurrentLineNumber(m_parser)); }
   LONG Column() const { return static_cast<LONG>(XML_GetCurrentColumnNumber(m_parser)) + 1; }
 
   XML_Parser m_parser;
   TreeBuilder m_builder;
+  const bool m_isUtf16;  // by its byte order mark
   bool m_outOfMemory = false;
   LONG m_line = 0;
   LONG m_column = 0;
 };
 
-int UseWindows1252(void*, const char* name, XML_Encoding* encoding) {
-  if (strcasecmp(name, "windows-1252") != 0) return XML_STATUS_ERROR;
+int UseWindows1252(XML_Encoding* encoding) {
   for (unsigned byte = 0; byte < 256; ++byte) {
     encoding->map[byte] = static_cast<int>(Windows1252(static_cast<unsigned char>(byte)));
   }
@@ -114,15 +128,50 @@ int UseWindows1252(void*, const char* name, XML_Encoding* encoding) {
   return XML_STATUS_OK;
 }
 
+// The code point of two bytes of GBK, -1 when they are none.
+int DecodeGbk(void* converter, const char* bytes) {
+  std::array<char, 2> pair = {bytes[0], bytes[1]};
+  char* in = pair.data();
+  std::size_t inLeft = pair.size();
+  wchar_t c = 0;
+  char* out = reinterpret_cast<char*>(&c);
+  std::size_t outLeft = sizeof c;
+  const bool whole = iconv(converter, &in, &inLeft, &out, &outLeft) == 0 && outLeft == 0;
+  // A pair that is cut short must not spoil the next one.
+  if (!whole) iconv(converter, nullptr, nullptr, nullptr, nullptr);
+  return whole ? static_cast<int>(c) : -1;
+}
+
+// The system holds the table; one without it refuses the document.
+int UseGbk(XML_Encoding* encoding) {
+  const iconv_t converter = iconv_open("WCHAR_T", "GBK");
+  if (converter == reinterpret_cast<iconv_t>(-1)) return XML_STATUS_ERROR;
+  for (int byte = 0; byte < 256; ++byte) {
+    const bool leads = byte > 0x80 && byte < 0xFF;
+    encoding->map[byte] = byte < 0x80 ? byte : leads ? -2 : -1;  // -2: the first of two bytes
+  }
+  encoding->data = converter;
+  encoding->convert = DecodeGbk;
+  encoding->release = [](void* data) { iconv_close(data); };
+  return XML_STATUS_OK;
+}
+
+int UseEncoding(void*, const char* name, XML_Encoding* encoding) {
+  if (strcasecmp(name, "windows-1252") == 0) return UseWindows1252(encoding);
+  if (strcasecmp(name, "gbk") == 0) return UseGbk(encoding);
+  return XML_STATUS_ERROR;
+}
+
 std::unique_ptr<Tree> Read(std::string_view bytes, const char* encoding, LoadFailure* failure) {
   if (bytes.size() > corvane_dom_limits::kMaxDocumentBytes) {
     *failure = {E_FAIL, "The document is too large.", 0, 0};
     return nullptr;
   }
+  const bool isUtf16 = encoding != nullptr && std::string_view(encoding) == kUtf16;
   const UniqueParser parser(XML_ParserCreate(encoding));
   if (!parser) throw std::bad_alloc();
-  Reader reader(parser.get(), bytes.size());
-  XML_SetUnknownEncodingHandler(parser.get(), UseWindows1252, nullptr);
+  Reader reader(parser.get(), bytes.size(), isUtf16);
+  XML_SetUnknownEncodingHandler(parser.get(), UseEncoding, nullptr);
   const XML_Status status =
       XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
   if (status == XML_STATUS_OK && reader.Builder().Refusal() == nullptr)
@@ -141,8 +190,7 @@ std::unique_ptr<Tree> ReadUtf8(std::string_view text, LoadFailure* failure) {
 std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure) {
   using namespace std::string_view_literals;
   if (bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("\xFE\xFF"sv))
-    return Read(bytes, "UTF-16", failure);
-  if (bytes.starts_with("\xEF\xBB\xBF"sv)) return Read(bytes, "UTF-8", failure);
+    return Read(bytes, kUtf16, failure);
   // The parser would guess UTF-16 from these zeros.
   if (bytes.substr(0, 2).find('\0') != std::string_view::npos) {
     *failure = {E_FAIL, "The document holds an invalid character.", 1, 1};

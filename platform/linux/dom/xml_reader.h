@@ -23,8 +23,9 @@ struct LoadFailure {
 // XML is ever resolved.
 std::unique_ptr<Tree> ReadUtf8(std::string_view text,
                                LoadFailure* failure);  // a declared encoding is ignored
-// As ReadUtf8, in the encoding of its byte order mark, else the declared one: UTF-8, ISO-8859-1,
-// US-ASCII or windows-1252. UTF-16 needs its mark.
+// As ReadUtf8, in UTF-16 when it begins with that byte order mark, else in the declared encoding:
+// UTF-8, ISO-8859-1, US-ASCII, windows-1252 or GBK. UTF-16 needs its mark, and may only be declared
+// as UTF-16 or UTF-8; the mark of UTF-8 changes nothing.
 std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure);
 
 }  // namespace corvane::dom
