@@ -34,8 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::span<const std::uint8_t> text(data + 1 + data[0], size - 1 - data[0]);
   BSTR pattern = MakeBstr({data + 1, data + 1 + data[0]});
   BSTR xml = MakeBstr({text.begin(), text.end()});
-  corvane::dom::LoadFailure failure;
-  corvane::dom::ReadBytes({reinterpret_cast<const char*>(text.data()), text.size()}, &failure);
+  Corvane::Dom::LoadFailure failure;
+  Corvane::Dom::ReadBytes({reinterpret_cast<const char*>(text.data()), text.size()}, &failure);
 
   IXMLDOMDocument* document = nullptr;
   CreateDomDocument(IID_IXMLDOMDocument, reinterpret_cast<void**>(&document));

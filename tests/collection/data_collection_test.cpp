@@ -26,7 +26,7 @@ constexpr wchar_t kSpec[] =
     L"<Conversion Contains='3' Value='Ready'/></DataItem>"
     L"</XMLDataMap></DataMaps>";
 
-class DataCollectionTest : public DomTest {
+class DataCollectionTest : public ParsingTest {
  protected:
   DataCollectionTest() {
     m_device->Serve(80, L"/zq/device/product_information.xml",

@@ -42,7 +42,7 @@ class FakeProvider final : public IXMLProvider, public IDisposableImpl {
   }
 };
 
-class XMLDataMapperTest : public DomTest {
+class XMLDataMapperTest : public ParsingTest {
  protected:
   // The mapper's own clock, moved back for a test of staleness.
   class Mapper final : public XMLDataMapper {

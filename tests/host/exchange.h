@@ -10,14 +10,12 @@
 #include <string>
 
 #include "corvane/transport.h"
+#include "host/network_address.h"
 
 namespace Corvane::Test {
 
 struct Disposer {
-  template <typename T>
-  void operator()(T* object) const {
-    object->Dispose();
-  }
+  void operator()(auto* object) const { object->Dispose(); }
 };
 
 template <typename T>
@@ -32,14 +30,15 @@ struct Exchanged {
   std::wstring failure;
 };
 
-inline Exchanged Exchange(Address* address, std::uint32_t port, const wchar_t* path,
-                          const std::function<void(HTTPRequest*)>& configure = {}) {
+inline Exchanged Exchange(const Owned<Address>& address, const std::wstring& path,
+                          const std::function<void(HTTPRequest*)>& configure = {},
+                          std::uint32_t port = 8080) {
   Exchanged seen;
   HTTPRequest* made = nullptr;
   EXPECT_EQ(address->CreateHTTPRequest(&made, port), S_OK);
   if (!made) return seen;
   const Owned<HTTPRequest> request(made);
-  request->SetURI(path);
+  request->SetURI(path.c_str());
   if (configure) configure(request.get());
   HTTPResponse* response = reinterpret_cast<HTTPResponse*>(&seen);  // must be overwritten
   seen.result = request->GetResponse(&response);
@@ -57,6 +56,19 @@ inline Exchanged Exchange(Address* address, std::uint32_t port, const wchar_t* p
 inline void PostText(HTTPRequest* request, const std::string& body) {
   request->SetMethod(L"POST");
   request->SetRequestData(body.data(), static_cast<std::uint32_t>(body.size()));
+}
+
+// A device on a loopback port, asked for as 8080.
+inline Host::NetworkOptions LoopbackOptions(std::uint16_t port) {
+  Host::NetworkOptions options;
+  options.host = L"127.0.0.1";
+  options.portMap = {{8080, port}};
+  options.totalTimeoutMs = 20'000;
+  return options;
+}
+
+inline Owned<Address> NetworkDevice(const Host::NetworkOptions& options) {
+  return Owned<Address>(Host::CreateNetworkAddress(options));
 }
 
 }  // namespace Corvane::Test

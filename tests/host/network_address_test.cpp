@@ -3,9 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <string>
 #include <thread>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "tests/host/exchange.h"
@@ -37,7 +38,7 @@ server {
 }
 )";
 
-// What the certificates are for, as the tests ask: port 7627 speaks TLS.
+// Port 7627 speaks TLS.
 class NetworkAddress : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -57,17 +58,8 @@ class NetworkAddress : public ::testing::Test {
 
   void SetUp() override {
     ASSERT_TRUE(s_ready) << s_nginx->Failure();
-    m_options.host = L"127.0.0.1";
-    m_options.portMap = {{8080, s_nginx->Port(0)}, {7627, s_nginx->Port(1)}};
+    m_options = LoopbackOptions(s_nginx->Port(0));
     m_options.tlsPorts = {7627};
-    m_options.totalTimeoutMs = 10'000;
-  }
-
-  static std::string CaFile(const char* name) { return (s_nginx->Folder().Path() / name).string(); }
-
-  Exchanged Get(const wchar_t* path, std::uint32_t port = 8080) {
-    const Owned<Address> address(Host::CreateNetworkAddress(m_options));
-    return Exchange(address.get(), port, path);
   }
 
   static std::unique_ptr<Nginx> s_nginx;
@@ -79,110 +71,91 @@ std::unique_ptr<Nginx> NetworkAddress::s_nginx;
 bool NetworkAddress::s_ready = false;
 
 TEST_F(NetworkAddress, DeliversBodiesWhole) {
-  const struct {
-    const char* name;
-    const wchar_t* path;
-    const wchar_t* verb;
-    std::uint32_t status;
-    std::string body;
-  } kCases[] = {
-      {"document", L"/tree.xml", L"GET", 200, "<tree/>"},
-      {"no slash in front", L"tree.xml", L"GET", 200, "<tree/>"},
-      {"empty body", L"/empty", L"GET", 200, ""},
-      {"NUL bytes", L"/binary", L"GET", 200, "a\0b\0"s},
-      {"POST", L"/posted", L"POST", 200, "answer"},
-      {"HEAD has no body", L"/tree.xml", L"HEAD", 200, ""},
-  };
-  for (const auto& row : kCases) {
-    const Owned<Address> address(Host::CreateNetworkAddress(m_options));
-    const Exchanged seen = Exchange(address.get(), 8080, row.path, [&row](HTTPRequest* request) {
-      request->SetMethod(row.verb);
-      if (row.verb == L"POST"s) request->SetRequestData("x", 1);
+  const std::tuple<const wchar_t*, const wchar_t*, std::string> kCases[] = {
+      {L"GET", L"/tree.xml", "<tree/>"}, {L"GET", L"tree.xml", "<tree/>"},
+      {L"GET", L"/empty", ""},           {L"GET", L"/binary", "a\0b\0"s},
+      {L"POST", L"/posted", "answer"},   {L"HEAD", L"/tree.xml", ""}};
+  const Owned<Address> address = NetworkDevice(m_options);
+  for (const auto& [verb, path, body] : kCases) {
+    SCOPED_TRACE(testing::PrintToString(path));
+    const Exchanged seen = Exchange(address, path, [&](HTTPRequest* request) {
+      if (verb == L"POST"s) PostText(request, "x");
+      request->SetMethod(verb);
     });
-    EXPECT_HR(seen.result, S_OK) << row.name;
-    EXPECT_EQ(seen.status, row.status) << row.name;
-    EXPECT_EQ(seen.body, row.body) << row.name;
-    EXPECT_EQ(seen.failure, L"") << row.name;
-    EXPECT_EQ(seen.contentType, L"text/xml") << row.name;
+    EXPECT_HR(seen.result, S_OK);
+    EXPECT_EQ(seen.status, 200U);
+    EXPECT_EQ(seen.body, body);
+    EXPECT_EQ(seen.failure, L"");
+    EXPECT_EQ(seen.contentType, L"text/xml");
   }
-}
-
-TEST_F(NetworkAddress, TellsTheStatusOfARefusal) {
-  const Exchanged seen = Get(L"/absent");
-  EXPECT_HR(seen.result, S_OK);
-  EXPECT_EQ(seen.status, 404U);
-  EXPECT_EQ(seen.failure, L"GET http://127.0.0.1:" + std::to_wstring(s_nginx->Port(0)) +
-                              L"/absent: HTTP status 404");
+  const Exchanged refused = Exchange(address, L"/absent");
+  EXPECT_HR(refused.result, S_OK);
+  EXPECT_EQ(refused.status, 404U);
+  EXPECT_EQ(refused.failure, L"GET http://127.0.0.1:" + std::to_wstring(s_nginx->Port(0)) +
+                                 L"/absent: HTTP status 404");
 }
 
 TEST_F(NetworkAddress, AnswersBasicChallenges) {
   const struct {
     const char* name;
-    const wchar_t* addressUser;
-    const wchar_t* addressPassword;
-    const wchar_t* user;  // the request's own
-    const wchar_t* password;
+    const wchar_t *addressUser, *addressPassword, *user, *password;  // the last two: the request's
     std::uint32_t status;
   } kCases[] = {
       {"none", L"", L"", L"", L"", 401},
       {"the address's", L"admin", L"pass.word", L"", L"", 200},
-      {"the request's", L"", L"", L"admin", L"pass.word", 200},
       {"the request's before the address's", L"admin", L"wrong", L"admin", L"pass.word", 200},
       {"a bare name gives way to the address's", L"admin", L"pass.word", L"other", L"", 200},
       {"a bare name alone", L"", L"", L"guest", L"", 200},
       {"the wrong password", L"", L"", L"admin", L"word", 401},
   };
   for (const auto& row : kCases) {
-    const Owned<Address> address(Host::CreateNetworkAddress(m_options));
+    SCOPED_TRACE(row.name);
+    const Owned<Address> address = NetworkDevice(m_options);
     address->SetUserName(row.addressUser);
     address->SetPassword(row.addressPassword);
-    const Exchanged seen =
-        Exchange(address.get(), 8080, L"/guarded/secret", [&row](HTTPRequest* request) {
-          request->SetPassword(row.password);
-          request->SetUserName(row.user);
-        });
-    EXPECT_HR(seen.result, S_OK) << row.name;
-    EXPECT_EQ(seen.status, row.status) << row.name;
-    EXPECT_EQ(seen.body == "granted", row.status == 200) << row.name;
-    EXPECT_EQ(seen.failure.find(L"word"), std::wstring::npos) << row.name;
+    const Exchanged seen = Exchange(address, L"/guarded/secret", [&row](HTTPRequest* request) {
+      request->SetPassword(row.password);
+      request->SetUserName(row.user);
+    });
+    EXPECT_EQ(seen.status, row.status);
+    EXPECT_EQ(seen.body == "granted", row.status == 200);
+    EXPECT_EQ(seen.failure.find(L"word"), std::wstring::npos);
   }
 }
 
 TEST_F(NetworkAddress, TrustsOnlyTheCertificatesThatItIsGiven) {
   const struct {
-    const char* name;
-    std::string caFile;
+    const char *name, *caFile;
     bool verify;
-    std::size_t server;
-    std::uint32_t error;
+    std::uint32_t server, error;
   } kCases[] = {
-      {"the system's certificates do not vouch for it", "", true, 1, 12175},
-      {"its own certificate", CaFile("device.pem"), true, 1, 0},
-      {"another certificate", CaFile("stranger.pem"), true, 1, 12175},
-      {"its certificate is for another host", CaFile("stranger.pem"), true, 2, 12175},
-      {"no such file", CaFile("absent.pem"), true, 1, 12175},
-      {"no verification", "", false, 1, 0},
-      {"no TLS there", CaFile("device.pem"), true, 0, 12175},
+      {"the system's certificates do not vouch for it", nullptr, true, 1, 12175},
+      {"its own certificate", "device.pem", true, 1, 0},
+      {"another certificate", "stranger.pem", true, 1, 12175},
+      {"its certificate is for another host", "stranger.pem", true, 2, 12175},
+      {"no such file", "absent.pem", true, 1, 12175},
+      {"no verification", nullptr, false, 1, 0},
+      {"no TLS there", "device.pem", true, 0, 12175},
   };
   for (const auto& row : kCases) {
-    m_options.caFile = row.caFile;
+    m_options.caFile = row.caFile ? (s_nginx->Folder().Path() / row.caFile).string() : "";
     m_options.verifyCertificates = row.verify;
     m_options.portMap[7627] = s_nginx->Port(row.server);
-    const Exchanged seen = Get(L"/tree.xml", 7627);
+    const Exchanged seen = Exchange(NetworkDevice(m_options), L"/tree.xml", {}, 7627);
     EXPECT_EQ(seen.error, row.error) << row.name << ": " << testing::PrintToString(seen.failure);
     EXPECT_EQ(seen.body, row.error == 0 ? "<tree/>" : "") << row.name;
   }
 }
 
 TEST_F(NetworkAddress, RequestsShareAConnection) {
-  const Owned<Address> address(Host::CreateNetworkAddress(m_options));
+  const Owned<Address> address = NetworkDevice(m_options);
   std::vector<std::wstring> connections;
   for (const wchar_t* const path : {L"/tree.xml", L"/absent", L"/empty", L"/posted"}) {
     HTTPRequest* made = nullptr;
     ASSERT_HR(address->CreateHTTPRequest(&made, 8080), S_OK);
     const Owned<HTTPRequest> request(made);
     request->SetURI(path);
-    if (path == L"/posted"s) PostText(request.get(), "x");
+    if (path == L"/posted"s) PostText(made, "x");
     HTTPResponse* response = nullptr;
     ASSERT_HR(request->GetResponse(&response), S_OK);
     connections.push_back(response->GetHeader(L"x-connection"));
@@ -194,13 +167,13 @@ TEST_F(NetworkAddress, RequestsShareAConnection) {
 }
 
 TEST_F(NetworkAddress, ManyThreadsShareAnAddress) {
-  const Owned<Address> address(Host::CreateNetworkAddress(m_options));
+  const Owned<Address> address = NetworkDevice(m_options);
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {
     threads.emplace_back([&address, i] {
       for (int round = 0; round < 20; ++round) {
         const bool absent = (i + round) % 2 == 0;
-        const Exchanged seen = Exchange(address.get(), 8080, absent ? L"/absent" : L"/bytes");
+        const Exchanged seen = Exchange(address, absent ? L"/absent" : L"/bytes");
         EXPECT_EQ(seen.status, absent ? 404U : 200U);
         EXPECT_EQ(seen.body.size() == 100'000U, !absent);
         address->SetTimeouts(5'000, 10'000);
@@ -214,59 +187,38 @@ TEST_F(NetworkAddress, ManyThreadsShareAnAddress) {
 TEST_F(NetworkAddress, BoundsTheBody) {
   for (const auto& [limit, error] : {std::pair{99'999U, 12184U}, std::pair{100'000U, 0U}}) {
     m_options.maxResponseBytes = limit;
-    const Exchanged seen = Get(L"/bytes");
-    EXPECT_EQ(seen.error, error) << limit;
-    EXPECT_EQ(seen.status, error == 0 ? 200U : 0U) << limit;
+    EXPECT_EQ(Exchange(NetworkDevice(m_options), L"/bytes").error, error) << limit;
   }
 }
 
 TEST_F(NetworkAddress, EnvironmentCannotDivertIt) {
   for (const char* const name : {"http_proxy", "all_proxy", "ALL_PROXY"}) {
     setenv(name, "http://127.0.0.1:1", 1);
+    EXPECT_EQ(Exchange(NetworkDevice(m_options), L"/tree.xml").status, 200U) << name;
+    unsetenv(name);
   }
-  EXPECT_EQ(Get(L"/tree.xml").status, 200U);
-  for (const char* const name : {"http_proxy", "all_proxy", "ALL_PROXY"}) unsetenv(name);
 }
 
 TEST(NetworkAddressOptions, RefusesWhatNoDeviceHas) {
-  const struct {
-    const char* name;
-    const wchar_t* host;
-    bool accepted;
-  } kHosts[] = {
-      {"name", L"printer-1.example_net.test", true},
-      {"IPv4", L"192.0.2.7", true},
-      {"IPv6", L"2001:db8::1", true},
-      {"IPv6 with a zone", L"fe80::1%eth0", true},
-      {"none", L"", false},
-      {"user information", L"user@host", false},
-      {"port", L"host:80", false},
-      {"path", L"host/x", false},
-      {"query", L"host?x", false},
-      {"fragment", L"host#x", false},
-      {"URL", L"http://host", false},
-      {"brackets", L"[::1]", false},
-      {"line end", L"host\r\nX: y", false},
-      {"space", L"a host", false},
-      {"percent", L"host%2fx", false},
-      {"wide slash, a plain one once mapped", L"host\uFF0Fx", false},
-      {"zone that ends the host", L"fe80::1%]/x", false},
-      {"zone that is empty", L"fe80::1%", false},
-  };
-  for (const auto& row : kHosts) {
-    Host::NetworkOptions options;
-    options.host = row.host;
-    const Owned<Address> address(Host::CreateNetworkAddress(options));
-    EXPECT_EQ(address != nullptr, row.accepted) << row.name;
-    EXPECT_STREQ(address ? address->GetAddress() : row.host, row.host) << row.name;
+  Host::NetworkOptions options = LoopbackOptions(1);
+  for (const wchar_t* const host :
+       {L"printer-1.example_net.test", L"192.0.2.7", L"2001:db8::1", L"fe80::1%eth0"}) {
+    options.host = host;
+    const Owned<Address> address = NetworkDevice(options);
+    EXPECT_STREQ(address ? address->GetAddress() : L"refused", host);
   }
-  Host::NetworkOptions options;
-  options.host = L"127.0.0.1";
+  for (const wchar_t* const host :
+       {L"", L"user@host", L"host:80", L"host/x", L"host?x", L"host#x", L"http://host", L"[::1]",
+        L"host\r\nX: y", L"a host", L"host%2fx", L"host\uFF0Fx", L"fe80::1%]/x", L"fe80::1%"}) {
+    options.host = host;
+    EXPECT_EQ(NetworkDevice(options), nullptr) << testing::PrintToString(host);
+  }
+  options = LoopbackOptions(1);
   options.portMap = {{80, 65536}};
-  EXPECT_EQ(Host::CreateNetworkAddress(options), nullptr);
-  options.portMap.clear();
+  EXPECT_EQ(NetworkDevice(options), nullptr);
+  options = LoopbackOptions(1);
   options.totalTimeoutMs = 0;
-  EXPECT_EQ(Host::CreateNetworkAddress(options), nullptr);
+  EXPECT_EQ(NetworkDevice(options), nullptr);
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "tests/host/exchange.h"
 #include "tests/support/hr.h"
@@ -15,6 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
+
+const std::string kBinary = "a\0b\r\n\x1a\tc\0"s;
 
 class RecordedAddress : public ::testing::Test {
  protected:
@@ -31,91 +35,52 @@ class RecordedAddress : public ::testing::Test {
     m_folder.Write("device/8080/folder/inner", "inner");
     m_folder.Write("device/8080/folder.xml", "beside the folder");
     m_folder.Write("device/8080/empty", "");
-    m_folder.Write("device/8080/binary",
-                   "a\0b\r\n\x1a"
-                   "c\0"s);
+    m_folder.Write("device/8080/binary", kBinary);
     m_address.reset(Host::CreateRecordedAddress(m_folder.Path() / "device"));
     ASSERT_TRUE(m_address);
   }
 };
 
 TEST_F(RecordedAddress, ServesWhatTheFolderHolds) {
-  const struct {
-    const char* name;
-    const wchar_t* path;
-    std::uint32_t status;
-    std::string body;
-  } kCases[] = {
-      {"exact name", L"/plain", 200, "plain"},
-      {"with the extension", L"/deep/tree.xml", 200, "<tree/>"},
-      {"without the extension", L"/deep/tree", 200, "<tree/>"},
-      {"exact before extended", L"/both", 200, "exact"},
-      {"a folder is no file", L"/folder", 200, "beside the folder"},
-      {"no slash in front", L"plain", 200, "plain"},
-      {"empty file", L"/empty", 200, ""},
-      {"bytes unchanged", L"/binary", 200,
-       "a\0b\r\n\x1a"
-       "c\0"s},
-      {"no such file", L"/absent", 404, ""},
-      {"a folder", L"/deep", 404, ""},
-      {"the root", L"/", 404, ""},
-      {"nothing", L"", 404, ""},
-      {"a query is part of the name", L"/plain?x=1", 404, ""},
-  };
-  for (const auto& row : kCases) {
+  using Case = std::pair<const wchar_t*, std::string>;
+  for (const auto& [path, body] : {Case{L"/plain", "plain"}, Case{L"/deep/tree.xml", "<tree/>"},
+                                   Case{L"/deep/tree", "<tree/>"}, Case{L"/both", "exact"},
+                                   Case{L"/folder", "beside the folder"}, Case{L"plain", "plain"},
+                                   Case{L"/empty", ""}, Case{L"/binary", kBinary}}) {
     for (const wchar_t* const verb : {L"GET", L"POST"}) {
-      const Exchanged seen = Exchange(m_address.get(), 8080, row.path,
-                                      [verb](HTTPRequest* request) { request->SetMethod(verb); });
-      EXPECT_HR(seen.result, S_OK) << row.name;
-      EXPECT_EQ(seen.status, row.status) << row.name;
-      EXPECT_EQ(seen.body, row.body) << row.name;
-      EXPECT_EQ(seen.failure.empty(), row.status == 200) << row.name;
+      const Exchanged seen =
+          Exchange(m_address, path, [&](HTTPRequest* request) { request->SetMethod(verb); });
+      EXPECT_HR(seen.result, S_OK) << path;
+      EXPECT_EQ(seen.status, 200U) << path;
+      EXPECT_EQ(seen.body, body) << path;
+      EXPECT_EQ(seen.failure, L"") << path;
     }
   }
 }
 
 TEST_F(RecordedAddress, NoPathLeavesTheFolder) {
-  fs::create_directory(m_folder.Path() / "other");
   m_folder.Write("other/outside.xml", "secret");
   const std::wstring absolute = (m_folder.Path() / "outside.xml").wstring();
-  const struct {
-    const char* name;
-    std::wstring path;
-  } kCases[] = {
-      {"parent", L"/../outside.xml"},
-      {"parents", L"/../../outside.xml"},
-      {"parent, extension added", L"/../outside"},
-      {"parent inside", L"/deep/../plain"},
-      {"parent of the folder's sibling", L"/deep/../../../other/outside.xml"},
-      {"backslash", L"/..\\outside.xml"},
-      {"backslash inside", L"/deep\\tree.xml"},
-      {"dots and spaces that Windows drops", L"/.. /outside.xml"},
-      {"more dots", L"/.../outside.xml"},
-      {"dot", L"/./plain"},
-      {"dot at the end", L"/plain."},
-      {"empty segment", L"//plain"},
-      {"empty segment inside", L"/deep//tree.xml"},
-      {"slash at the end", L"/plain/"},
-      {"absolute", L"/" + absolute},
-      {"absolute alone", absolute},
-      {"encoded dots", L"/%2e%2e/outside.xml"},
-      {"encoded slash", L"/..%2foutside.xml"},
-      {"wide slash", L"/..\uFF0Foutside.xml"},
-      {"lone surrogate", std::wstring(L"/") + static_cast<wchar_t>(0xD800) + L"plain"},
-      {"drive", L"/C:/outside.xml"},
-      {"stream", L"/plain:$DATA"},
-      {"stream with its type", L"/plain::$DATA"},
-      {"another host", L"http://evil/outside.xml"},
-      {"share", L"//evil/share/outside.xml"},
-      {"line end", L"/plain\r\nX: y"},
-      {"device", L"/NUL"},
-      {"device with an extension", L"/com1.xml"},
-      {"wildcard", L"/plai?"},
-  };
-  for (const auto& row : kCases) {
-    const Exchanged seen = Exchange(m_address.get(), 8080, row.path.c_str());
-    EXPECT_EQ(seen.status, 404U) << row.name;
-    EXPECT_EQ(seen.body, "") << row.name;
+  const std::wstring surrogate(1, static_cast<wchar_t>(0xD800));
+  for (const std::wstring& path : std::vector<std::wstring>{
+           L"/absent", L"/deep", L"/", L"", L"/plain?x=1",
+           // up
+           L"/../outside.xml", L"/../../outside.xml", L"/../outside", L"/deep/../plain",
+           L"/deep/../../../other/outside.xml", L"/..\\outside.xml", L"/deep\\tree.xml",
+           // what Windows drops
+           L"/.. /outside.xml", L"/.../outside.xml", L"/./plain", L"/plain.",
+           // empty segments, and whole paths
+           L"//plain", L"/deep//tree.xml", L"/plain/", L"/" + absolute, absolute,
+           // other spellings
+           L"/%2e%2e/outside.xml", L"/..%2foutside.xml", L"/..\uFF0Foutside.xml",
+           L"/" + surrogate + L"plain", L"/plain\r\nX: y",
+           // other places, and what is no file
+           L"/C:/outside.xml", L"/plain:$DATA", L"/plain::$DATA", L"http://evil/outside.xml",
+           L"//evil/share/outside.xml", L"/NUL", L"/com1.xml", L"/plai?"}) {
+    const Exchanged seen = Exchange(m_address, path);
+    EXPECT_EQ(seen.status, 404U) << testing::PrintToString(path);
+    EXPECT_EQ(seen.body, "") << testing::PrintToString(path);
+    EXPECT_NE(seen.failure, L"") << testing::PrintToString(path);
   }
 }
 
@@ -129,10 +94,10 @@ TEST_F(RecordedAddress, FollowsLinksOnlyInside) {
   // A sibling whose name begins with the folder's.
   m_folder.Write("device2/secret", "secret");
   fs::create_symlink(m_folder.Path() / "device2" / "secret", port / "link_sibling");
-  EXPECT_EQ(Exchange(m_address.get(), 8080, L"/link_inside").body, "plain");
+  EXPECT_EQ(Exchange(m_address, L"/link_inside").body, "plain");
   for (const wchar_t* const path :
        {L"/link_outside", L"/link_folder/outside.xml", L"/link_sibling"}) {
-    EXPECT_EQ(Exchange(m_address.get(), 8080, path).status, 404U) << path;
+    EXPECT_EQ(Exchange(m_address, path).status, 404U) << path;
   }
 }
 
@@ -140,22 +105,12 @@ TEST_F(RecordedAddress, RefusesFilesAboveTheLimit) {
   constexpr std::uintmax_t kLimit = std::uintmax_t{64} << 20;
   const fs::path file = m_folder.Write("device/8080/large", "");
   fs::resize_file(file, kLimit);
-  EXPECT_EQ(Exchange(m_address.get(), 8080, L"/large").body.size(), kLimit);
+  EXPECT_EQ(Exchange(m_address, L"/large").body.size(), kLimit);
   fs::resize_file(file, kLimit + 1);
-  const Exchanged seen = Exchange(m_address.get(), 8080, L"/large");
+  const Exchanged seen = Exchange(m_address, L"/large");
   EXPECT_HR(seen.result, static_cast<HRESULT>(0x80072F98));
   EXPECT_EQ(seen.error, 12184U);
   EXPECT_EQ(seen.status, 0U);
-}
-
-TEST_F(RecordedAddress, SeparatesPortsAndTellsFailures) {
-  EXPECT_EQ(Exchange(m_address.get(), 80, L"/plain").failure,
-            L"GET recorded port 80 /plain: HTTP status 404");
-  EXPECT_EQ(Exchange(m_address.get(), 8080, L"/plain").failure, L"");
-  EXPECT_EQ(Exchange(m_address.get(), 8080, L"/plain",
-                     [](HTTPRequest* request) { request->SetMethod(L"DELETE"); })
-                .status,
-            405U);
 }
 
 TEST_F(RecordedAddress, EmptiesOutputsOfWhatItCannotMake) {
@@ -187,13 +142,14 @@ TEST_F(RecordedAddress, ARequestServesOneExchangeAndOutlivesItsAddress) {
 }
 
 TEST_F(RecordedAddress, AFailureTextStaysWhileOtherThreadsExchange) {
-  Exchange(m_address.get(), 80, L"/mine");
+  EXPECT_EQ(Exchange(m_address, L"/plain", [](HTTPRequest* r) { r->SetMethod(L"DELETE"); }).status,
+            405U);
+  Exchange(m_address, L"/plain", {}, 80);  // of port 8080 alone
   const wchar_t* const mine = m_address->GetLastFailure();
   std::thread([this] {
-    EXPECT_NE(Exchange(m_address.get(), 80, L"/theirs").failure.find(L"/theirs"),
-              std::wstring::npos);
+    EXPECT_NE(Exchange(m_address, L"/theirs", {}, 80).failure.find(L"/theirs"), std::wstring::npos);
   }).join();
-  EXPECT_STREQ(mine, L"GET recorded port 80 /mine: HTTP status 404");
+  EXPECT_STREQ(mine, L"GET recorded port 80 /plain: HTTP status 404");
   EXPECT_STREQ(m_address->GetLastFailure(), L"GET recorded port 80 /theirs: HTTP status 404");
 }
 

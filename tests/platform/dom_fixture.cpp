@@ -1,6 +1,6 @@
 #include "tests/platform/dom_fixture.h"
 
-namespace corvane::test {
+namespace Corvane::Test {
 namespace {
 
 constexpr CLSID kDocumentClass = {
@@ -98,4 +98,4 @@ std::wstring Repeat(std::wstring_view text, std::size_t count) {
   return repeated;
 }
 
-}  // namespace corvane::test
+}  // namespace Corvane::Test

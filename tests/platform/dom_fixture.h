@@ -10,7 +10,7 @@
 
 #include "corvane/platform.h"
 
-namespace corvane::test {
+namespace Corvane::Test {
 
 // One reference to a COM object.
 template <class Interface>
@@ -87,6 +87,6 @@ std::wstring NameOf(IXMLDOMNode* node);
 std::string Narrow(std::wstring_view text);
 std::wstring Repeat(std::wstring_view text, std::size_t count);
 
-}  // namespace corvane::test
+}  // namespace Corvane::Test
 
 #endif  // CORVANE_TESTS_PLATFORM_DOM_FIXTURE_H_

@@ -11,7 +11,7 @@
 #include "tests/platform/dom_fixture.h"
 #include "tests/support/temp_folder.h"
 
-namespace corvane::test {
+namespace Corvane::Test {
 namespace {
 
 // Long enough for a slow and busy machine under sanitizers, far too short for anything quadratic
@@ -34,7 +34,7 @@ class DomHostileTest : public DomTest {
 };
 
 TEST_F(DomHostileTest, BoundsDepth) {
-  constexpr std::size_t kDeepest = corvane_dom_limits::kMaxDepth;
+  constexpr std::size_t kDeepest = Corvane::DomLimits::kMaxDepth;
   EXPECT_EQ(S_FALSE, Load(Repeat(L"<a>", 1'000'000)));
   EXPECT_EQ(S_FALSE, Load(Repeat(L"<a>", kDeepest + 1) + Repeat(L"</a>", kDeepest + 1)));
   ASSERT_EQ(S_OK, Load(Repeat(L"<a>", kDeepest) + L"x" + Repeat(L"</a>", kDeepest)));
@@ -82,7 +82,7 @@ TEST_F(DomHostileTest, TakesManyPrefixes) {
 }
 
 TEST_F(DomHostileTest, BoundsTheNumberOfNodes) {
-  constexpr std::size_t kMany = corvane_dom_limits::kMaxNodes;
+  constexpr std::size_t kMany = Corvane::DomLimits::kMaxNodes;
   EXPECT_EQ(S_FALSE, Load(L"<r>" + Repeat(L"<a/>", kMany) + L"</r>"));
   ASSERT_EQ(S_OK, Load(L"<r>" + Repeat(L"<a/>", kMany - 3) + L"<b/></r>"));
   EXPECT_EQ(L"", Select(L"//b"));
@@ -90,7 +90,7 @@ TEST_F(DomHostileTest, BoundsTheNumberOfNodes) {
 }
 
 TEST_F(DomHostileTest, BoundsTheSize) {
-  constexpr std::size_t kLargest = corvane_dom_limits::kMaxDocumentBytes;
+  constexpr std::size_t kLargest = Corvane::DomLimits::kMaxDocumentBytes;
   constexpr std::size_t kMarkup = 10;  // <r a=''/> and a character
   EXPECT_EQ(S_FALSE, Load(L"<r a='" + Repeat(L"x", kLargest) + L"'/>"));
   ASSERT_EQ(S_OK, Load(L"<r a='" + Repeat(L"x", kLargest - kMarkup) + L"'/>"));
@@ -98,7 +98,7 @@ TEST_F(DomHostileTest, BoundsTheSize) {
 }
 
 TEST_F(DomHostileTest, FollowsNoEntity) {
-  const Corvane::Test::TempFolder folder;
+  const TempFolder folder;
   const std::filesystem::path canary = folder.Write("canary.xml", "<secret/>");
   const std::wstring url = L"file://" + canary.wstring();
   const struct {
@@ -121,7 +121,7 @@ TEST_F(DomHostileTest, FollowsNoEntity) {
 }
 
 TEST_F(DomHostileTest, ReadsOnlyRegularFiles) {
-  const Corvane::Test::TempFolder folder;
+  const TempFolder folder;
   const std::filesystem::path pipe = folder.Path() / "pipe";
   ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
   EXPECT_EQ(S_FALSE, LoadFile(pipe.wstring()));
@@ -198,4 +198,4 @@ TEST_F(DomHostileTest, FindsTheFirstOfAllOnRandomDocuments) {
 }
 
 }  // namespace
-}  // namespace corvane::test
+}  // namespace Corvane::Test

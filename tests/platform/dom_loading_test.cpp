@@ -6,7 +6,7 @@
 #include "tests/support/temp_folder.h"
 #include "tests/support/wine.h"
 
-namespace corvane::test {
+namespace Corvane::Test {
 namespace {
 
 using namespace std::string_view_literals;
@@ -23,7 +23,7 @@ class DomLoadingTest : public DomTest {
     return bytes;
   }
 
-  const Corvane::Test::TempFolder m_files;
+  const TempFolder m_files;
   const std::filesystem::path m_folder = m_files.Path() / "with blanks in it";
 };
 
@@ -240,4 +240,4 @@ TEST_F(DomLoadingTest, SaysWhereTextIsMalformed) {
 }
 
 }  // namespace
-}  // namespace corvane::test
+}  // namespace Corvane::Test

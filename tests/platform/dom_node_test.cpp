@@ -2,7 +2,7 @@
 #include "tests/platform/dom_fixture.h"
 #include "tests/support/wine.h"
 
-namespace corvane::test {
+namespace Corvane::Test {
 namespace {
 
 class DomNodeTest : public DomTest {
@@ -249,4 +249,4 @@ TEST_F(DomNodeTest, OutlivesItsDocument) {
 }
 
 }  // namespace
-}  // namespace corvane::test
+}  // namespace Corvane::Test

@@ -2,7 +2,7 @@
 #include "tests/platform/dom_fixture.h"
 #include "tests/support/wine.h"
 
-namespace corvane::test {
+namespace Corvane::Test {
 namespace {
 
 constexpr const wchar_t* kShelf =
@@ -239,4 +239,4 @@ TEST_F(DomPatternTest, ComparesTheSelectionOfNestedContextsInDocumentOrder) {
 }
 
 }  // namespace
-}  // namespace corvane::test
+}  // namespace Corvane::Test

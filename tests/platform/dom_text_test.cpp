@@ -2,7 +2,7 @@
 #include "tests/platform/dom_fixture.h"
 #include "tests/support/wine.h"
 
-namespace corvane::test {
+namespace Corvane::Test {
 namespace {
 
 class DomTextTest : public DomTest {};
@@ -94,4 +94,4 @@ TEST_F(DomTextTest, ComparesTheTextOfLongElementsWithoutReadingThemWhole) {
 }
 
 }  // namespace
-}  // namespace corvane::test
+}  // namespace Corvane::Test

@@ -10,7 +10,7 @@
 namespace Corvane::Test {
 namespace {
 
-using DataItemSpecTest = DomTest;
+using DataItemSpecTest = ParsingTest;
 
 std::wstring OrNull(const wchar_t* text) { return text ? text : L"<null>"; }
 

@@ -10,7 +10,7 @@
 namespace Corvane::Test {
 namespace {
 
-using DataMapSpecTest = DomTest;
+using DataMapSpecTest = ParsingTest;
 
 std::wstring NamesOf(DataMapSpec* spec) {
   std::wstring names;

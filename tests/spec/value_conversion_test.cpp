@@ -4,7 +4,7 @@
 namespace Corvane::Test {
 namespace {
 
-using ValueConversionTest = DomTest;
+using ValueConversionTest = ParsingTest;
 
 TEST_F(ValueConversionTest, FollowsTheTable) {
   static const struct {

@@ -12,9 +12,9 @@
 namespace Corvane::Test {
 
 // Holds COM for a test, and parses.
-class DomTest : public testing::Test {
+class ParsingTest : public testing::Test {
  protected:
-  DomTest() { m_com.Begin(); }
+  ParsingTest() { m_com.Begin(); }
 
   static RefPtr<IXMLDOMDocument> Document(const wchar_t* xml) {
     RefPtr<IXMLDOMDocument> document;

@@ -1,7 +1,6 @@
 #include "tests/support/loopback_server.h"
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -15,22 +14,16 @@
 namespace Corvane::Test {
 namespace {
 
-[[noreturn]] void Fail(const char* what) {
-  throw std::system_error(errno, std::generic_category(), what);
-}
-
 std::size_t ContentLength(std::string_view head) {
   constexpr std::string_view kName = "\r\nContent-Length: ";
   const std::size_t at = head.find(kName);
-  return at == std::string_view::npos ? 0
-                                      : std::strtoul(head.data() + at + kName.size(), nullptr, 10);
+  return at == head.npos ? 0 : std::strtoul(head.data() + at + kName.size(), nullptr, 10);
 }
 
 }  // namespace
 
 int ListenOnLoopback(int backlog, std::uint16_t* port) {
   const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (listener < 0) Fail("socket");
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -38,33 +31,24 @@ int ListenOnLoopback(int backlog, std::uint16_t* port) {
   if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
       listen(listener, backlog) != 0 ||
       getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    Fail("listen");
+    throw std::system_error(errno, std::generic_category(), "listen");
   }
   *port = ntohs(address.sin_port);
   return listener;
 }
 
-bool LoopbackConnection::WaitFor(short events, int milliseconds) {
-  pollfd polled[2] = {{m_socket, events, 0}, {m_server->m_stop[0], POLLIN, 0}};
-  return poll(polled, 2, milliseconds) > 0 && polled[1].revents == 0 &&
-         (polled[0].revents & events) != 0;
-}
-
 std::string LoopbackConnection::ReadRequest() {
   while (true) {
     const std::size_t end = m_buffered.find("\r\n\r\n");
-    if (end != std::string::npos) {
-      const std::size_t size = end + 4 + ContentLength(m_buffered.substr(0, end));
-      if (m_buffered.size() >= size) {
-        std::string request = m_buffered.substr(0, size);
-        m_buffered.erase(0, size);
-        const std::lock_guard lock(m_server->m_mutex);
-        m_server->m_requests.push_back(request);
-        return request;
-      }
+    const std::size_t size =
+        end == m_buffered.npos ? end : end + 4 + ContentLength(m_buffered.substr(0, end));
+    if (m_buffered.size() >= size) {
+      const std::lock_guard lock(m_server->m_mutex);
+      m_server->m_requests.push_back(m_buffered.substr(0, size));
+      m_buffered.erase(0, size);
+      return m_server->m_requests.back();
     }
     char block[4096];
-    if (!WaitFor(POLLIN, -1)) return {};
     const ssize_t bytes = recv(m_socket, block, sizeof(block), 0);
     if (bytes <= 0) return {};
     m_buffered.append(block, static_cast<std::size_t>(bytes));
@@ -73,8 +57,7 @@ std::string LoopbackConnection::ReadRequest() {
 
 bool LoopbackConnection::Send(std::string_view bytes) {
   while (!bytes.empty()) {
-    if (!WaitFor(POLLOUT, -1)) return false;
-    const ssize_t sent = send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    const ssize_t sent = send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     if (sent < 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(sent));
   }
@@ -84,40 +67,41 @@ bool LoopbackConnection::Send(std::string_view bytes) {
 void LoopbackConnection::HalfClose() { shutdown(m_socket, SHUT_WR); }
 
 bool LoopbackConnection::Pause(int milliseconds) {
-  pollfd polled[2] = {{m_socket, POLLRDHUP, 0}, {m_server->m_stop[0], POLLIN, 0}};
-  return poll(polled, 2, milliseconds) == 0;
+  pollfd polled{m_socket, POLLRDHUP, 0};
+  return poll(&polled, 1, milliseconds) == 0;
 }
 
 void LoopbackConnection::WaitForClose() {
   char block[4096];
-  while (WaitFor(POLLIN, -1) && recv(m_socket, block, sizeof(block), 0) > 0) {
+  while (recv(m_socket, block, sizeof(block), 0) > 0) {
   }
 }
 
-LoopbackServer::LoopbackServer(Script script) : m_script(std::move(script)) {
-  if (pipe2(m_stop, O_CLOEXEC) != 0) Fail("pipe2");
-  m_listener = ListenOnLoopback(SOMAXCONN, &m_port);
+LoopbackServer::LoopbackServer(Script script)
+    : m_script(std::move(script)), m_listener(ListenOnLoopback(SOMAXCONN, &m_port)) {
   m_acceptor = std::thread([this] { Accept(); });
 }
 
 LoopbackServer::~LoopbackServer() {
-  close(m_stop[1]);  // the reading end becomes ready for everyone
+  shutdown(m_listener, SHUT_RDWR);  // ends accept
   m_acceptor.join();
+  {
+    const std::lock_guard lock(m_mutex);
+    for (const int socket : m_sockets) shutdown(socket, SHUT_RDWR);
+  }
   for (std::thread& thread : m_threads) thread.join();
   close(m_listener);
-  close(m_stop[0]);
 }
 
 void LoopbackServer::Accept() {
-  while (true) {
-    pollfd polled[2] = {{m_listener, POLLIN, 0}, {m_stop[0], POLLIN, 0}};
-    if (poll(polled, 2, -1) < 0 || polled[1].revents != 0) return;
-    const int socket = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
-    if (socket < 0) continue;
-    m_threads.emplace_back([this, socket, number = m_threads.size() + 1] {
-      LoopbackConnection connection(this, socket, number);
+  for (int socket; (socket = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+    const std::lock_guard guard(m_mutex);
+    m_sockets.push_back(socket);
+    m_threads.emplace_back([this, socket, number = m_sockets.size()] {
+      LoopbackConnection connection{this, socket, number, {}};
       m_script(connection);
-      close(socket);
+      const std::lock_guard lock(m_mutex);
+      close(std::exchange(m_sockets[number - 1], -1));
     });
   }
 }

@@ -13,15 +13,10 @@
 
 namespace Corvane::Test {
 
-class LoopbackServer;
-
 // One accepted connection, on its own thread. Every operation ends when the client goes or the
 // server stops.
 class LoopbackConnection {
  public:
-  LoopbackConnection(LoopbackServer* server, int socket, std::size_t number)
-      : m_number(number), m_server(server), m_socket(socket) {}
-
   // The next request, head and Content-Length body; empty when the client is gone.
   std::string ReadRequest();
   // False when the client is gone.
@@ -32,13 +27,9 @@ class LoopbackConnection {
   bool Pause(int milliseconds);
   void WaitForClose();
 
+  class LoopbackServer* const m_server;
+  const int m_socket;
   const std::size_t m_number;  // of the server's connections, from 1
-
- private:
-  bool WaitFor(short events, int milliseconds);
-
-  LoopbackServer* m_server;
-  int m_socket;
   std::string m_buffered;
 };
 
@@ -66,12 +57,12 @@ class LoopbackServer {
   void Accept();
 
   Script m_script;
-  int m_listener = -1;
-  int m_stop[2] = {-1, -1};  // a pipe that becomes readable when the server stops
   std::uint16_t m_port = 0;
-  std::mutex m_mutex;
-  std::vector<std::string> m_requests;  // guarded by m_mutex
-  std::vector<std::thread> m_threads;   // the acceptor's own
+  int m_listener;
+  std::mutex m_mutex;  // guards the next two
+  std::vector<std::string> m_requests;
+  std::vector<int> m_sockets;          // -1: closed
+  std::vector<std::thread> m_threads;  // the acceptor's own
   std::thread m_acceptor;
 };
 

@@ -35,10 +35,6 @@ class Nginx {
   const std::string& Failure() const { return m_failure; }
 
  private:
-  bool WaitUntilReady();
-  bool Answers(std::uint16_t port) const;
-  void Stop();
-
   TempFolder m_folder;
   std::vector<std::uint16_t> m_ports;
   pid_t m_process = -1;

@@ -17,17 +17,18 @@
 namespace Corvane::Test {
 namespace {
 
-std::string ReadAll(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
+namespace fs = std::filesystem;
+
+// Not as binary: Windows then gives plain line ends.
+std::string ReadAll(const fs::path& file) {
+  std::ifstream stream(file);
   return std::string(std::istreambuf_iterator<char>(stream), {});
 }
 
 #ifdef _WIN32
 
 // One argument as the C runtime of the child takes it apart again.
-std::wstring Quote(const std::string& argument) {
-  const std::wstring text =
-      std::filesystem::path(std::u8string(argument.begin(), argument.end())).wstring();
+std::wstring Quote(const std::wstring& text) {
   std::wstring quoted = L"\"";
   std::size_t backslashes = 0;
   for (const wchar_t c : text) {
@@ -38,22 +39,24 @@ std::wstring Quote(const std::string& argument) {
   return quoted.append(backslashes, L'\\') + L'"';
 }
 
-HANDLE OpenInheritable(const std::filesystem::path& file, DWORD access, DWORD disposition) {
+HANDLE CreateInheritable(const fs::path& file) {
   SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
-  return CreateFileW(file.c_str(), access, FILE_SHARE_READ, &inheritable, disposition, 0, nullptr);
+  return CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS, 0,
+                     nullptr);
 }
 
-int RunInto(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-            const std::filesystem::path& output, const std::filesystem::path& error) {
-  const std::u8string programText = program.u8string();
-  std::wstring commandLine = Quote(std::string(programText.begin(), programText.end()));
-  for (const std::string& argument : arguments) commandLine += L' ' + Quote(argument);
+int RunInto(const fs::path& program, const std::vector<std::string>& arguments,
+            const fs::path& output, const fs::path& error) {
+  std::wstring commandLine = Quote(program.wstring());
+  for (const std::string& argument : arguments) {
+    commandLine +=
+        L' ' + Quote(fs::path(std::u8string(argument.begin(), argument.end())).wstring());
+  }
   STARTUPINFOW start = {};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdInput = OpenInheritable(L"NUL", GENERIC_READ, OPEN_EXISTING);
-  start.hStdOutput = OpenInheritable(output, GENERIC_WRITE, CREATE_ALWAYS);
-  start.hStdError = OpenInheritable(error, GENERIC_WRITE, CREATE_ALWAYS);
+  start.hStdOutput = CreateInheritable(output);
+  start.hStdError = CreateInheritable(error);
   PROCESS_INFORMATION process = {};
   DWORD exitStatus = static_cast<DWORD>(-1);
   if (CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
@@ -63,56 +66,40 @@ int RunInto(const std::filesystem::path& program, const std::vector<std::string>
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
   }
-  for (const HANDLE handle : {start.hStdInput, start.hStdOutput, start.hStdError}) {
-    CloseHandle(handle);
-  }
+  CloseHandle(start.hStdOutput);
+  CloseHandle(start.hStdError);
   return static_cast<int>(exitStatus);
-}
-
-std::string WithPlainLineEnds(std::string text) {
-  for (std::size_t at = 0; (at = text.find("\r\n", at)) != std::string::npos; ++at) {
-    text.erase(at, 1);
-  }
-  return text;
 }
 
 #else
 
-int RunInto(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-            const std::filesystem::path& output, const std::filesystem::path& error) {
+int RunInto(const fs::path& program, const std::vector<std::string>& arguments,
+            const fs::path& output, const fs::path& error) {
   std::vector<char*> argv = {const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT, 0600);
   posix_spawn_file_actions_addopen(&actions, 2, error.c_str(), O_WRONLY | O_CREAT, 0600);
   pid_t child = 0;
   int status = -1;
-  const bool started =
-      posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), environ) == 0;
+  const int failure = posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
-  if (!started || waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
-  return WEXITSTATUS(status);
+  const bool exited = failure == 0 && waitpid(child, &status, 0) == child && WIFEXITED(status);
+  return exited ? WEXITSTATUS(status) : -1;
 }
-
-std::string WithPlainLineEnds(std::string text) { return text; }
 
 #endif
 
 }  // namespace
 
-ProcessResult RunProcess(const std::filesystem::path& program,
-                         const std::vector<std::string>& arguments) {
+ProcessResult RunProcess(const fs::path& program, const std::vector<std::string>& arguments) {
   const TempFolder folder;
-  const std::filesystem::path output = folder.Path() / "output";
-  const std::filesystem::path error = folder.Path() / "error";
-  ProcessResult result;
-  result.exitStatus = RunInto(program, arguments, output, error);
-  result.output = WithPlainLineEnds(ReadAll(output));
-  result.error = WithPlainLineEnds(ReadAll(error));
-  return result;
+  const fs::path output = folder.Path() / "output";
+  const fs::path error = folder.Path() / "error";
+  const int exitStatus = RunInto(program, arguments, output, error);
+  return {exitStatus, ReadAll(output), ReadAll(error)};
 }
 
 }  // namespace Corvane::Test

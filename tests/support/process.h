@@ -14,8 +14,8 @@ struct ProcessResult {
   std::string error;
 };
 
-// `arguments` are UTF-8 and reach the child as they are, without a shell. Its input is empty. Line
-// ends come back as LF on both targets.
+// `arguments` are UTF-8 and reach the child as they are, without a shell. Line ends come back as LF
+// on both targets.
 ProcessResult RunProcess(const std::filesystem::path& program,
                          const std::vector<std::string>& arguments);
 

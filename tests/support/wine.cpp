@@ -6,7 +6,7 @@
 #include "corvane/platform.h"
 #endif
 
-namespace corvane::test {
+namespace Corvane::Test {
 
 #ifdef _WIN32
 const char* WineDefect(const char* reason) {
@@ -26,4 +26,4 @@ bool SkipRow(const char* name, const char* reason) {
   return reason != nullptr;
 }
 
-}  // namespace corvane::test
+}  // namespace Corvane::Test

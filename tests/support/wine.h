@@ -2,7 +2,7 @@
 #ifndef CORVANE_TESTS_SUPPORT_WINE_H_
 #define CORVANE_TESTS_SUPPORT_WINE_H_
 
-namespace corvane::test {
+namespace Corvane::Test {
 
 // `reason` when the program runs under Wine, which is known to answer otherwise; null elsewhere.
 const char* WineDefect(const char* reason);
@@ -15,12 +15,8 @@ const char* LayerOnly(const char* reason);
 // to be skipped.
 bool SkipRow(const char* name, const char* reason);
 
-}  // namespace corvane::test
-
-namespace Corvane::Test {
-
 // The Windows build runs under Wine. A test that skips then names the defect.
-inline bool UnderWine() { return corvane::test::WineDefect("") != nullptr; }
+inline bool UnderWine() { return WineDefect("") != nullptr; }
 
 }  // namespace Corvane::Test
 

@@ -1,7 +1,8 @@
 // The command line itself: help, version, and what is refused.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <tuple>
+#include <utility>
 
 #include "tests/tools/tool_run.h"
 
@@ -13,45 +14,39 @@ TEST(CommandLine, HelpAndVersionGoToTheOutput) {
     const ProcessResult result = RunTool({argument});
     EXPECT_EQ(result.exitStatus, 0) << argument;
     EXPECT_EQ(result.error, "") << argument;
-    EXPECT_NE(result.output.find("corvane"), std::string::npos) << argument;
+    EXPECT_TRUE(Contains(result.output, "corvane")) << argument;
   }
-  const ProcessResult help = RunTool({"get", "--help"});
-  EXPECT_NE(help.output.find("--port FROM=TO"), std::string::npos) << help.output;
 }
 
 TEST(CommandLine, RefusesWhatItCannotUse) {
   const RecordedDevice device(Item("x"), "<x>1</x>");
   const std::string spec = device.Specification();
-  const struct {
-    const char* name;
-    std::vector<std::string> arguments;
-    const char* complaint;
-  } kCases[] = {
-      {"nothing", {}, "get or dump"},
-      {"unknown command", {"put"}, "put"},
-      {"no device", {"get", "--spec", spec, "x"}, "--device"},
-      {"no specification", {"get", "--device", device.Address(), "x"}, "--spec"},
-      {"no name", {"get", "--device", device.Address(), "--spec", spec}, "NAME"},
-      {"name for dump", {"dump", "--device", device.Address(), "--spec", spec, "x"}, "x"},
-      {"unknown option", {"dump", "--device", device.Address(), "--spec", spec, "--q"}, "--q"},
-      {"port without target", {"dump", "--device", "h", "--spec", spec, "--port", "80"}, "FROM=TO"},
-      {"port 0", {"dump", "--device", "h", "--spec", spec, "--port", "80=0"}, "1 to 65535"},
-      {"port too large", {"dump", "--device", "h", "--spec", spec, "--port", "65536=1"}, "65535"},
-      {"port no number", {"dump", "--device", "h", "--spec", spec, "--tls", "4x"}, "--tls 4x"},
-      {"endless timeout", {"dump", "--device", "h", "--spec", spec, "--timeout", "inf"}, "seconds"},
-      {"timeout 0", {"dump", "--device", "h", "--spec", spec, "--timeout", "0"}, "seconds"},
-      {"folder missing", {"dump", "--device", "recorded:/no/where", "--spec", spec}, "folder"},
-      {"network option for a folder",
-       {"dump", "--device", device.Address(), "--spec", spec, "--port", "80=81"},
-       "on the network"},
-      {"URL", {"dump", "--device", "http://h/", "--spec", spec}, "expected"},
-  };
-  for (const auto& row : kCases) {
-    const ProcessResult result = RunTool(row.arguments);
-    EXPECT_EQ(result.exitStatus, 2) << row.name;
-    EXPECT_EQ(result.output, "") << row.name;
-    EXPECT_EQ(result.error.rfind("corvane: ", 0), 0u) << row.name << ": " << result.error;
-    EXPECT_NE(result.error.find(row.complaint), std::string::npos) << row.name << result.error;
+  using Arguments = std::vector<std::string>;
+  std::vector<std::pair<Arguments, std::string>> cases = {
+      {{}, "get or dump"},
+      {{"put"}, "put"},
+      {{"get", "--spec", spec, "x"}, "--device"},
+      {{"get", "--device", device.Address(), "x"}, "--spec"},
+      {{"get", "--device", device.Address(), "--spec", spec}, "NAME"},
+      {{"dump", "--device", device.Address(), "--spec", spec, "x"}, "x"},
+      {{"dump", "--device", device.Address(), "--spec", spec, "--q"}, "--q"},
+      {{"dump", "--device", device.Address(), "--spec", spec, "--port", "80=81"}, "on the network"},
+      {{"dump", "--device", "recorded:/no/where", "--spec", spec}, "folder"},
+      {{"dump", "--device", "http://h/", "--spec", spec}, "expected"}};
+  const std::tuple<const char*, const char*, const char*> kOptions[] = {
+      {"--port", "80", "FROM=TO"},         {"--port", "80=0", "1 to 65535"},
+      {"--port", "65536=1", "1 to 65535"}, {"--tls", "4x", "--tls 4x"},
+      {"--timeout", "inf", "seconds"},     {"--timeout", "0", "seconds"}};
+  for (const auto& [option, value, complaint] : kOptions) {
+    cases.push_back({{"dump", "--device", "h", "--spec", spec, option, value}, complaint});
+  }
+  for (const auto& [arguments, complaint] : cases) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const ProcessResult result = RunTool(arguments);
+    EXPECT_EQ(result.exitStatus, 2);
+    EXPECT_EQ(result.output, "");
+    EXPECT_TRUE(result.error.starts_with("corvane: ")) << result.error;
+    EXPECT_TRUE(Contains(result.error, complaint)) << result.error;
   }
 }
 
@@ -59,28 +54,17 @@ TEST(CommandLine, RepeatedOptionsLeaveNamesAlone) {
   const RecordedDevice device(Item("x"), "<x>1</x>");
   // The mapping reaches the check of the device, and x stays a name.
   const ProcessResult result = device.Run("get", {"--port", "80=81", "--port", "81=82", "x"});
-  EXPECT_NE(result.error.find("on the network"), std::string::npos) << result.error;
+  EXPECT_TRUE(Contains(result.error, "on the network")) << result.error;
   EXPECT_EQ(device.Run("get", {"--", "x"}).output, "x\t1\n");
 }
 
 TEST(CommandLine, TakesNamesAsTheyAre) {
-  const struct {
-    const char* name;
-    const char* attribute;
-    std::string argument;
-  } kCases[] = {
-      {"beyond ASCII", "Gr\u00f6\u00dfe \u20ac", "Gr\u00f6\u00dfe \u20ac"},
-      {"beyond the basic plane", "\U0001F5A8", "\U0001F5A8"},
-      {"slash", "/x", "/x"},
-      {"quotes and backslash", "&quot;a\\b&quot; c\\", "\"a\\b\" c\\"},
-      {"comma", "a,b", "a,b"},
-  };
-  for (const auto& row : kCases) {
-    const RecordedDevice device(
-        std::string("<DataItem Name=\"") + row.attribute + "\" URI='/values.xml' XPath='//x'/>",
-        "<x>1</x>");
-    const ProcessResult result = device.Run("get", {"--json", row.argument});
-    EXPECT_EQ(result.exitStatus, 0) << row.name << ": " << result.error;
+  const std::string names[] = {"Gr\u00f6\u00dfe \u20ac", "\U0001F5A8", "/x", "\"a\\b\" c\\", "a,b"};
+  for (const std::string& name : names) {
+    const std::string item = "' URI='/values.xml' XPath='//x'/>";
+    const RecordedDevice device("<DataItem Name='" + name + item, "<x>1</x>");
+    const ProcessResult result = device.Run("get", {"--json", name});
+    EXPECT_EQ(result.exitStatus, 0) << name << ": " << result.error;
   }
 }
 

@@ -3,17 +3,42 @@
 #define CORVANE_TESTS_TOOLS_TOOL_RUN_H_
 
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/support/process.h"
 #include "tests/support/temp_folder.h"
+#include "tools/text_escape.h"
+#include "tools/utf8.h"
 
 namespace Corvane::Test {
 
 inline ProcessResult RunTool(const std::vector<std::string>& arguments) {
   return RunProcess(CORVANE_TOOL_PATH, arguments);
+}
+
+inline bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+inline std::vector<std::string> LinesOf(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+// The controls of an output, in their order.
+inline std::u32string ControlsIn(const std::string& utf8) {
+  const std::wstring wide = Tool::WideFromUtf8(utf8);
+  std::u32string controls;
+  for (std::size_t i = 0; i < wide.size();) {
+    const char32_t c = Tool::NextCodePoint(wide, i);
+    if (Tool::IsControl(c)) controls += c;
+  }
+  return controls;
 }
 
 inline std::string Utf8(const std::filesystem::path& path) {

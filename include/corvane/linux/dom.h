@@ -18,7 +18,7 @@
 #include "corvane/linux/automation.h"
 #include "corvane/linux/com.h"
 
-namespace corvane_dom_limits {
+namespace Corvane::DomLimits {
 constexpr std::uint32_t kMaxDocumentBytes = 64u << 20;  // of UTF-8 text (or of the file): memory
 constexpr std::uint32_t kMaxNodes =
     2'000'000;  // elements, attributes, texts, comments, ...: memory
@@ -29,7 +29,7 @@ constexpr std::uint32_t kMaxPatternDepth =
     200;  // nested parentheses and filters of an expression: the stack
 constexpr std::uint64_t kMaxSelectionSteps =
     100'000'000;  // nodes visited by one selection: time, about a second
-}  // namespace corvane_dom_limits
+}  // namespace Corvane::DomLimits
 
 extern "C" {
 CORVANE_API extern const CLSID CLSID_DOMDocument30;

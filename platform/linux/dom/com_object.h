@@ -9,7 +9,7 @@
 #include "corvane/linux/com.h"
 #include "corvane/linux/dom.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 // Born with one reference, its maker's. `Interface` is derived from IDispatch.
 template <class Interface>
@@ -59,6 +59,6 @@ HRESULT Guard(Action action) {
   }
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_COM_OBJECT_H_

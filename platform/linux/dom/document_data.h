@@ -8,7 +8,7 @@
 #include "platform/linux/dom/pattern_cache.h"
 #include "platform/linux/dom/tree.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 struct DocumentData {
   explicit DocumentData(std::unique_ptr<const Tree> loaded) : tree(std::move(loaded)) {}
@@ -31,6 +31,6 @@ struct NodeHandle {
   NodeId node = 0;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_DOCUMENT_DATA_H_

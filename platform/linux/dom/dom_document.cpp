@@ -8,7 +8,7 @@
 #include "platform/linux/dom/file_source.h"
 #include "platform/linux/dom/parse_error.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 constexpr wchar_t kByteOrderMark = 0xFEFF;
@@ -69,7 +69,7 @@ std::unique_ptr<Tree> DomDocument::ReadText(BSTR xml) {
   std::wstring_view text = xml != nullptr ? std::wstring_view(xml) : std::wstring_view();
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(1);
   std::string utf8;
-  if (!WideToUtf8(text, corvane_dom_limits::kMaxDocumentBytes, &utf8)) {
+  if (!WideToUtf8(text, Corvane::DomLimits::kMaxDocumentBytes, &utf8)) {
     m_failure = {E_FAIL, "The text is too large, or holds a character that is none.", 0, 0};
     return nullptr;
   }
@@ -128,13 +128,13 @@ HRESULT DomDocument::put_preserveWhiteSpace(VARIANT_BOOL preserve) {
   return preserve == VARIANT_FALSE ? S_OK : E_NOTIMPL;
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 HRESULT CreateDomDocument(REFIID iid, void** object) {
   if (object == nullptr) return E_INVALIDARG;
   *object = nullptr;
-  return corvane::dom::Guard([&] {
-    auto* document = new corvane::dom::DomDocument(corvane::dom::EmptyDocument());
+  return Corvane::Dom::Guard([&] {
+    auto* document = new Corvane::Dom::DomDocument(Corvane::Dom::EmptyDocument());
     const HRESULT result = document->QueryInterface(iid, object);
     document->Release();
     return result;

@@ -7,7 +7,7 @@
 #include "platform/linux/dom/dom_node.h"
 #include "platform/linux/dom/xml_reader.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 class DomDocument final : public NodeObject<IXMLDOMDocument> {
  public:
@@ -32,7 +32,7 @@ class DomDocument final : public NodeObject<IXMLDOMDocument> {
   VARIANT_BOOL m_async = VARIANT_TRUE;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 // An empty document with one reference for the caller. E_NOINTERFACE when `iid` is none of
 // IUnknown, IDispatch, IXMLDOMNode and IXMLDOMDocument, E_INVALIDARG for a null `object`,

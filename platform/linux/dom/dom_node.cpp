@@ -6,7 +6,7 @@
 #include "platform/linux/dom/dom_document.h"
 #include "platform/linux/dom/encoding.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 HRESULT DomNode::QueryInterface(REFIID iid, void** object) {
   return Query(iid, {&IID_IXMLDOMNode}, object);
@@ -52,4 +52,4 @@ NodeId FindAttribute(const NodeHandle& element, BSTR name) {
   return element.document->tree->FindAttribute(element.node, utf8);
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -7,7 +7,7 @@
 #include "platform/linux/dom/com_object.h"
 #include "platform/linux/dom/node_operations.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 // IXMLDOMNode on behalf of `Interface`, which is derived from it.
 template <class Interface>
@@ -92,6 +92,6 @@ HRESULT MakeNode(const DocumentPtr& document, NodeId node, IXMLDOMNode** out);
 // The attribute of that name as written, kNoNode when there is none.
 NodeId FindAttribute(const NodeHandle& element, BSTR name);
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_DOM_NODE_H_

@@ -1,9 +1,9 @@
 #include "platform/linux/dom/dom_node_list.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 HRESULT DomNodeList::QueryInterface(REFIID iid, void** object) {
   return Query(iid, {&IID_IXMLDOMNodeList}, object);
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -8,7 +8,7 @@
 
 #include "platform/linux/dom/node_cursor.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 class DomNodeList final : public NodeCursor<IXMLDOMNodeList> {
  public:
@@ -26,6 +26,6 @@ class DomNodeList final : public NodeCursor<IXMLDOMNodeList> {
   const std::vector<NodeId> m_nodes;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_DOM_NODE_LIST_H_

@@ -2,7 +2,7 @@
 
 #include <new>
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 constexpr std::size_t kBlockChars =
@@ -157,4 +157,4 @@ char32_t Windows1252(unsigned char byte) {
   return byte >= 0x80 && byte < 0xA0 ? kC1[byte - 0x80] : byte;
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -8,7 +8,7 @@
 
 #include "corvane/linux/automation.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 // Replaces *utf8. False when a character is no Unicode scalar value (a surrogate, or above
 // U+10FFFF) or the result would pass `maxBytes`.
@@ -28,6 +28,6 @@ void AppendLowerCase(std::string_view utf8, std::string* out);
 // characters, as on Windows.
 char32_t Windows1252(unsigned char byte);
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_ENCODING_H_

@@ -11,7 +11,7 @@
 
 #include "corvane/linux/dom.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 class FileHandle {
@@ -62,7 +62,7 @@ std::string ResolveEscapes(std::string_view path) {
 std::string Explain(int error) { return std::generic_category().message(error); }
 
 bool ReadAll(int file, std::size_t expected, std::string* bytes, std::string* reason) {
-  constexpr std::size_t kLimit = corvane_dom_limits::kMaxDocumentBytes;
+  constexpr std::size_t kLimit = Corvane::DomLimits::kMaxDocumentBytes;
   std::size_t done = 0;
   // One byte more than the file had: the read that finds its end needs no second buffer, and growth
   // is noticed.
@@ -111,7 +111,7 @@ bool ReadRegularFile(const std::string& path, std::string* bytes, std::string* r
     *reason = kNotRegular;
     return false;
   }
-  if (status.st_size > static_cast<off_t>(corvane_dom_limits::kMaxDocumentBytes)) {
+  if (status.st_size > static_cast<off_t>(Corvane::DomLimits::kMaxDocumentBytes)) {
     *reason = "The file is too large.";
     return false;
   }
@@ -128,4 +128,4 @@ bool ReadFile(std::string_view source, std::string* bytes, std::string* reason) 
   return missing && resolved != path && ReadRegularFile(resolved, bytes, reason, &missing);
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

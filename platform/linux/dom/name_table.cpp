@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 constexpr std::size_t kFirstSlots = 64;
@@ -84,4 +84,4 @@ void NameTable::Grow() {
   m_slots = std::move(slots);
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

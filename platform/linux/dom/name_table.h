@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 constexpr std::uint32_t kNoName = 0xFFFFFFFF;
 
@@ -41,6 +41,6 @@ class NameTable {
   std::uint64_t m_seed;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_NAME_TABLE_H_

@@ -1,6 +1,6 @@
 #include "platform/linux/dom/named_node_map.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 HRESULT NamedNodeMap::QueryInterface(REFIID iid, void** object) {
   return Query(iid, {&IID_IXMLDOMNamedNodeMap}, object);
@@ -13,4 +13,4 @@ HRESULT NamedNodeMap::getNamedItem(BSTR name, IXMLDOMNode** node) {
   return Guard([&] { return MakeNode(m_element.document, FindAttribute(m_element, name), node); });
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -6,7 +6,7 @@
 
 #include "platform/linux/dom/node_cursor.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 class NamedNodeMap final : public NodeCursor<IXMLDOMNamedNodeMap> {
  public:
@@ -25,6 +25,6 @@ class NamedNodeMap final : public NodeCursor<IXMLDOMNamedNodeMap> {
   const NodeHandle m_element;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_NAMED_NODE_MAP_H_

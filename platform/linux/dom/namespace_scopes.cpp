@@ -2,7 +2,7 @@
 
 #include "platform/linux/dom/encoding.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 bool StartsLikeName(std::string_view part) {
@@ -62,4 +62,4 @@ void NamespaceScopes::Bind(std::uint32_t prefix, std::uint32_t uri) {
   m_bindings[prefix] = uri;
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -11,7 +11,7 @@
 #include "platform/linux/dom/tree.h"
 #include "platform/linux/dom/xml_names.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 // A name as written, taken apart. Worked out once for each distinct name.
 struct QualifiedName {
@@ -68,6 +68,6 @@ class NamespaceScopes {
   std::vector<Undo> m_undo;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_NAMESPACE_SCOPES_H_

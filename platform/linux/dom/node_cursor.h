@@ -5,7 +5,7 @@
 #include "platform/linux/dom/com_object.h"
 #include "platform/linux/dom/dom_node.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 // `Interface` is IXMLDOMNodeList or IXMLDOMNamedNodeMap.
 template <class Interface>
@@ -41,6 +41,6 @@ class NodeCursor : public ComObject<Interface> {
   LONG m_next = 0;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_NODE_CURSOR_H_

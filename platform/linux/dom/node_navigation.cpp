@@ -6,7 +6,7 @@
 #include "platform/linux/dom/named_node_map.h"
 #include "platform/linux/dom/node_operations.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 bool IsAttribute(const NodeHandle& handle) { return NodeType(handle) == NODE_ATTRIBUTE; }
@@ -104,4 +104,4 @@ HRESULT GetOwnerDocument(const NodeHandle& handle, IXMLDOMDocument** document) {
   });
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -6,7 +6,7 @@
 #include "corvane/linux/dom.h"
 #include "platform/linux/dom/document_data.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 DOMNodeType NodeType(const NodeHandle& handle);
 
@@ -31,6 +31,6 @@ HRESULT GetOwnerDocument(const NodeHandle& handle, IXMLDOMDocument** document);
 HRESULT SelectNodes(const NodeHandle& handle, BSTR expression, IXMLDOMNodeList** nodes);
 HRESULT SelectSingleNode(const NodeHandle& handle, BSTR expression, IXMLDOMNode** node);
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_NODE_OPERATIONS_H_

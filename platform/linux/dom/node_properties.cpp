@@ -8,7 +8,7 @@
 #include "platform/linux/dom/text.h"
 #include "platform/linux/dom/xml_names.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 // S_FALSE and a null output when there is no text.
@@ -105,4 +105,4 @@ HRESULT GetBaseName(const NodeHandle& handle, BSTR* name) {
   });
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

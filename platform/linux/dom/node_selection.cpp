@@ -7,7 +7,7 @@
 #include "platform/linux/dom/node_operations.h"
 #include "platform/linux/dom/pattern_evaluator.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 // Runs `select` with the compiled expression, an evaluator and the context.
@@ -47,4 +47,4 @@ HRESULT SelectSingleNode(const NodeHandle& handle, BSTR expression, IXMLDOMNode*
                   });
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -2,7 +2,7 @@
 
 #include "platform/linux/dom/encoding.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 HRESULT ParseError::QueryInterface(REFIID iid, void** object) {
   return Query(iid, {&IID_IXMLDOMParseError}, object);
@@ -28,4 +28,4 @@ HRESULT ParseError::get_reason(BSTR* reason) {
   });
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -7,7 +7,7 @@
 #include "platform/linux/dom/com_object.h"
 #include "platform/linux/dom/xml_reader.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 class ParseError final : public ComObject<IXMLDOMParseError> {
  public:
@@ -25,6 +25,6 @@ class ParseError final : public ComObject<IXMLDOMParseError> {
   const LoadFailure m_failure;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_PARSE_ERROR_H_

@@ -10,7 +10,7 @@
 
 #include "platform/linux/dom/tree.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 struct Expression;
 
@@ -85,6 +85,6 @@ struct Expression {
   double number = 0;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_H_

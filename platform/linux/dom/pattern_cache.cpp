@@ -6,7 +6,7 @@
 #include "platform/linux/dom/encoding.h"
 #include "platform/linux/dom/pattern_parser.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 constexpr std::size_t kMaxEntries = 64;          // memory, and the time of a look-up
@@ -21,7 +21,7 @@ std::shared_ptr<const Expression> PatternCache::Compile(std::wstring_view patter
   if (known != m_entries.end()) return known->expression;
 
   std::string utf8;
-  if (pattern.size() > corvane_dom_limits::kMaxPatternChars) return nullptr;
+  if (pattern.size() > Corvane::DomLimits::kMaxPatternChars) return nullptr;
   if (!WideToUtf8(pattern, pattern.size() * sizeof(wchar_t), &utf8)) return nullptr;
   std::shared_ptr<const Expression> expression = CompilePattern(utf8, names);
   if (!expression || pattern.size() > kMaxKeptCharacters) return expression;
@@ -34,4 +34,4 @@ std::shared_ptr<const Expression> PatternCache::Compile(std::wstring_view patter
   return expression;
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -10,7 +10,7 @@
 #include "platform/linux/dom/name_table.h"
 #include "platform/linux/dom/pattern.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 class PatternCache {
  public:
@@ -27,6 +27,6 @@ class PatternCache {
   std::size_t m_oldest = 0;  // the entry that the next one replaces once all are taken
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_CACHE_H_

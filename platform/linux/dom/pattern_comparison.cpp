@@ -9,7 +9,7 @@
 #include "platform/linux/dom/text.h"
 #include "platform/linux/dom/xml_names.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 constexpr std::size_t kMaxNumberBytes =
@@ -163,9 +163,9 @@ std::string_view PatternEvaluator::TextOf(Method method, const Place& place, std
     return *scratch;
   }
   std::uint64_t work = 0;
-  const std::string_view text = dom::TextOf(m_tree, place.node, enough, scratch, &work);
+  const std::string_view text = Dom::TextOf(m_tree, place.node, enough, scratch, &work);
   Charge(work);
   return text;
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -6,7 +6,7 @@
 
 #include "corvane/linux/dom.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 constexpr std::size_t kLazySteps =
@@ -138,7 +138,7 @@ class PatternEvaluator::Cursor {
 };
 
 PatternEvaluator::PatternEvaluator(const Tree& tree)
-    : m_tree(tree), m_stepsLeft(corvane_dom_limits::kMaxSelectionSteps) {}
+    : m_tree(tree), m_stepsLeft(Corvane::DomLimits::kMaxSelectionSteps) {}
 
 void PatternEvaluator::Charge(std::uint64_t steps) {
   if (steps > m_stepsLeft) throw SelectionTooCostly();
@@ -379,4 +379,4 @@ bool PatternEvaluator::IsTrue(const Expression& expression, const Place& place) 
   return FirstPlace(expression, place, &first) && first.last;
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

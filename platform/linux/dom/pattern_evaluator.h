@@ -15,7 +15,7 @@
 #include "platform/linux/dom/pattern.h"
 #include "platform/linux/dom/tree.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 // Thrown when a selection would take more than kMaxSelectionSteps.
 struct SelectionTooCostly {};
@@ -77,6 +77,6 @@ class PatternEvaluator {
   std::string m_lowerText;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_EVALUATOR_H_

@@ -3,7 +3,7 @@
 #include "platform/linux/dom/encoding.h"
 #include "platform/linux/dom/xml_names.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 constexpr struct {
@@ -147,4 +147,4 @@ Token PatternLexer::TakeWordOperator() {
   return Take(Token::Kind::kInvalid, 1);
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

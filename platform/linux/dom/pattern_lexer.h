@@ -6,7 +6,7 @@
 
 #include "platform/linux/dom/pattern.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 struct Token {
   enum class Kind {
@@ -58,6 +58,6 @@ class PatternLexer {
   std::string_view m_rest;
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_LEXER_H_

@@ -9,7 +9,7 @@
 #include "platform/linux/dom/encoding.h"
 #include "platform/linux/dom/pattern_lexer.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 using Kind = Token::Kind;
@@ -66,7 +66,7 @@ class PatternParser {
    public:
     explicit Level(std::uint32_t* depth) : m_depth(*depth) { ++m_depth; }
     ~Level() { --m_depth; }
-    bool TooDeep() const { return m_depth > corvane_dom_limits::kMaxPatternDepth; }
+    bool TooDeep() const { return m_depth > Corvane::DomLimits::kMaxPatternDepth; }
 
    private:
     std::uint32_t& m_depth;
@@ -471,4 +471,4 @@ std::unique_ptr<Expression> CompilePattern(std::string_view pattern, const NameT
   return PatternParser(pattern, names).ParseAll();
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

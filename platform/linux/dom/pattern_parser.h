@@ -8,12 +8,12 @@
 #include "platform/linux/dom/name_table.h"
 #include "platform/linux/dom/pattern.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 // `pattern` is UTF-8. Null when it does not parse, uses what the language does not have (XPath's
 // axes, functions and arithmetic), is nested deeper than kMaxPatternDepth, or is no set of nodes.
 std::unique_ptr<Expression> CompilePattern(std::string_view pattern, const NameTable& names);
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_PARSER_H_

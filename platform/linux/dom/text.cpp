@@ -4,7 +4,7 @@
 
 #include "platform/linux/dom/xml_names.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 constexpr std::uint64_t kBytesPerStep = 16;
@@ -113,4 +113,4 @@ std::string_view TextOf(const Tree& tree, NodeId node, std::size_t enough, std::
   }
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

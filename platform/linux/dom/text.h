@@ -9,7 +9,7 @@
 
 #include "platform/linux/dom/tree.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 constexpr std::size_t kWholeText = std::numeric_limits<std::size_t>::max();
 
@@ -24,6 +24,6 @@ constexpr std::size_t kWholeText = std::numeric_limits<std::size_t>::max();
 std::string_view TextOf(const Tree& tree, NodeId node, std::size_t enough, std::string* scratch,
                         std::uint64_t* work);
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_TEXT_H_

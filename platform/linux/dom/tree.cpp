@@ -4,7 +4,7 @@
 
 #include "platform/linux/dom/xml_names.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 Tree::Tree() {
   m_tags.push_back(MakeTag(NodeKind::kDocument, 0));
@@ -93,4 +93,4 @@ std::optional<std::string_view> FindNamespace(const Tree& tree, NodeId node) {
   return std::nullopt;
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -17,7 +17,7 @@
 
 #include "platform/linux/dom/name_table.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 using NodeId = std::uint32_t;
 constexpr NodeId kNoNode = 0xFFFFFFFF;
@@ -116,6 +116,6 @@ class Tree {
 // kinds of node. The URI of a namespace declaration is "". Walks up the ancestors.
 std::optional<std::string_view> FindNamespace(const Tree& tree, NodeId node);
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_H_

@@ -4,7 +4,7 @@
 
 #include "corvane/linux/dom.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
 constexpr std::size_t kBytesPerNode = 16;  // a guess that spares most documents a second allocation
@@ -34,7 +34,7 @@ void TreeBuilder::Refuse(const char* reason) {
 
 NodeId TreeBuilder::Append(NodeKind kind, std::uint32_t name) {
   const NodeId node = m_tree->Count();
-  if (node >= corvane_dom_limits::kMaxNodes) Refuse("The document has too many nodes.");
+  if (node >= Corvane::DomLimits::kMaxNodes) Refuse("The document has too many nodes.");
   m_tree->m_tags.push_back(MakeTag(kind, name));
   m_tree->m_nodes.push_back({m_current, node + 1, 0, 0, 0});
   return node;
@@ -75,7 +75,7 @@ void TreeBuilder::Declaration(const char* version, const char* encoding, int sta
 
 void TreeBuilder::StartElement(const char* name, const char** attributes) {
   FlushText();
-  if (++m_depth > corvane_dom_limits::kMaxDepth)
+  if (++m_depth > Corvane::DomLimits::kMaxDepth)
     return Refuse("The elements are nested too deeply.");
   const std::uint32_t id = m_tree->m_names.Intern(name);
   const QualifiedName split = m_scopes.Split(id);
@@ -200,4 +200,4 @@ void TreeBuilder::Instruction(const char* target, std::string_view text) {
   if (m_current == 0) m_tree->m_nodes[0].end = m_tree->Count();
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

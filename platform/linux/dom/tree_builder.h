@@ -12,7 +12,7 @@
 #include "platform/linux/dom/namespace_scopes.h"
 #include "platform/linux/dom/tree.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 class TreeBuilder {
  public:
@@ -56,6 +56,6 @@ class TreeBuilder {
       m_expanded;  // URI and local name of prefixed attributes
 };
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_BUILDER_H_

@@ -5,7 +5,7 @@
 
 #include <string_view>
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace";
 constexpr std::string_view kXmlnsNamespace = "http://www.w3.org/2000/xmlns/";
@@ -42,6 +42,6 @@ constexpr std::string_view LocalPartOf(std::string_view name) {
   return name.substr(name.find(':') + 1);
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_XML_NAMES_H_

@@ -13,10 +13,10 @@
 #include "platform/linux/dom/encoding.h"
 #include "platform/linux/dom/tree_builder.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 namespace {
 
-static_assert(corvane_dom_limits::kMaxDocumentBytes <= 0x7FFFFFFF, "the parser takes an int");
+static_assert(Corvane::DomLimits::kMaxDocumentBytes <= 0x7FFFFFFF, "the parser takes an int");
 
 constexpr const char* kUtf16 = "UTF-16";
 
@@ -163,7 +163,7 @@ int UseEncoding(void*, const char* name, XML_Encoding* encoding) {
 }
 
 std::unique_ptr<Tree> Read(std::string_view bytes, const char* encoding, LoadFailure* failure) {
-  if (bytes.size() > corvane_dom_limits::kMaxDocumentBytes) {
+  if (bytes.size() > Corvane::DomLimits::kMaxDocumentBytes) {
     *failure = {E_FAIL, "The document is too large.", 0, 0};
     return nullptr;
   }
@@ -199,4 +199,4 @@ std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure) {
   return Read(bytes, nullptr, failure);
 }
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom

@@ -9,7 +9,7 @@
 #include "corvane/linux/base.h"
 #include "platform/linux/dom/tree.h"
 
-namespace corvane::dom {
+namespace Corvane::Dom {
 
 // Why a load failed. `code` is 0 when it did not.
 struct LoadFailure {
@@ -28,6 +28,6 @@ std::unique_ptr<Tree> ReadUtf8(std::string_view text,
 // as UTF-16 or UTF-8; the mark of UTF-8 changes nothing.
 std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure);
 
-}  // namespace corvane::dom
+}  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_XML_READER_H_
