@@ -19,6 +19,10 @@ struct ProcessResult {
 ProcessResult RunProcess(const std::filesystem::path& program,
                          const std::vector<std::string>& arguments);
 
+// The same with its two streams in files: the exit status. By system, in a source of its own.
+int RunInto(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+            const std::filesystem::path& output, const std::filesystem::path& error);
+
 }  // namespace Corvane::Test
 
 #endif  // CORVANE_TESTS_SUPPORT_PROCESS_H_

@@ -2,6 +2,8 @@
 #ifndef CORVANE_TESTS_SUPPORT_WINE_H_
 #define CORVANE_TESTS_SUPPORT_WINE_H_
 
+#include <iostream>
+
 namespace Corvane::Test {
 
 // `reason` when the program runs under Wine, which is known to answer otherwise; null elsewhere.
@@ -13,7 +15,10 @@ const char* LayerOnly(const char* reason);
 
 // Prints that the table row `name` is skipped, and why, when `reason` is not null. True when it is
 // to be skipped.
-bool SkipRow(const char* name, const char* reason);
+inline bool SkipRow(const char* name, const char* reason) {
+  if (reason != nullptr) std::cout << "[  SKIPPED ] " << name << ": " << reason << '\n';
+  return reason != nullptr;
+}
 
 // The Windows build runs under Wine. A test that skips then names the defect.
 inline bool UnderWine() { return WineDefect("") != nullptr; }
