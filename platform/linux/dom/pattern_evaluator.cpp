@@ -53,8 +53,7 @@ bool CanScanBelow(const Step& step) {
 }
 
 void SortUnique(std::vector<NodeId>* nodes) {
-  const auto disorder =
-      std::adjacent_find(nodes->begin(), nodes->end(), std::greater_equal<NodeId>());
+  const auto disorder = std::adjacent_find(nodes->begin(), nodes->end(), std::greater_equal<>());
   if (disorder == nodes->end()) return;
   std::sort(nodes->begin(), nodes->end());
   nodes->erase(std::unique(nodes->begin(), nodes->end()), nodes->end());
