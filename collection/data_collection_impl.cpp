@@ -24,8 +24,8 @@ HRESULT DataCollectionImpl::GetValue(const wchar_t* name, VARIANT* value) {
   if (!name || !value) return E_FAIL;
   const auto entry = m_values.find(std::wstring_view(name));
   if (entry == m_values.end()) return E_FAIL;
-  CachedValue& stored =
-      entry->second;  // some system headers take the source of a copy as not const
+  // Not const: some system headers take the source of a copy so.
+  CachedValue& stored = entry->second;
   if (IsExpired(stored.timestamp, stored.lifespan)) return E_FAIL;
   if (FAILED(VariantCopy(value, &stored.value))) Give(_variant_t(stored.value), value);
   return S_OK;
