@@ -1,7 +1,7 @@
 // The platform's types that the exported interface speaks: HRESULT, VARIANT, BSTR, IXMLDOMNode,
-// HANDLE. On Windows the system's own headers; on Linux the layer under corvane/linux, with the
-// same names, signatures, result codes and edge behaviour. The only public header with a platform
-// switch.
+// HKEY, HANDLE. On Windows the system's own headers; on Linux the layer under corvane/linux, with
+// the same names, signatures, result codes and edge behaviour. The only public header with a
+// platform switch.
 #ifndef CORVANE_PLATFORM_H_
 #define CORVANE_PLATFORM_H_
 
@@ -18,6 +18,7 @@
 #include <oleauto.h>
 #include <msxml.h>
 #include <comdef.h>
+#include <winspool.h>
 // clang-format on
 
 #if defined(CORVANE_BUILDING)
@@ -35,6 +36,8 @@
 #include "corvane/linux/com.h"
 #include "corvane/linux/comutil.h"
 #include "corvane/linux/dom.h"
+#include "corvane/linux/registry.h"
+#include "corvane/linux/spooler.h"
 
 #endif
 

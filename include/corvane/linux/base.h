@@ -32,11 +32,26 @@ typedef wchar_t OLECHAR;
 typedef void* HANDLE;
 typedef std::int32_t HRESULT;
 typedef std::int32_t SCODE;
+typedef std::int32_t LSTATUS;
 typedef DWORD LCID;
+typedef DWORD ACCESS_MASK;
 
 typedef union tagCY {
   LONGLONG int64;
 } CY;
+
+// 100-nanosecond units since 1601-01-01 UTC.
+typedef struct _FILETIME {
+  DWORD dwLowDateTime;
+  DWORD dwHighDateTime;
+} FILETIME;
+
+// Accepted wherever Windows takes one, and without effect: the file's owner alone has access.
+typedef struct _SECURITY_ATTRIBUTES {
+  DWORD nLength;
+  void* lpSecurityDescriptor;
+  BOOL bInheritHandle;
+} SECURITY_ATTRIBUTES;
 
 #ifndef TRUE
 #define TRUE 1
@@ -89,10 +104,27 @@ inline bool IsEqualIID(REFIID a, REFIID b) { return a == b; }
 
 #define ERROR_SUCCESS 0
 #define ERROR_FILE_NOT_FOUND 2
+#define ERROR_ACCESS_DENIED 5
+#define ERROR_INVALID_HANDLE 6
+#define ERROR_OUTOFMEMORY 14
+#define ERROR_NOT_SUPPORTED 50
 #define ERROR_INVALID_PARAMETER 87
+#define ERROR_DISK_FULL 112
 #define ERROR_INSUFFICIENT_BUFFER 122
+#define ERROR_BAD_PATHNAME 161
+#define ERROR_BUSY 170
+#define ERROR_MORE_DATA 234
+#define ERROR_NO_MORE_ITEMS 259
+#define ERROR_NOACCESS 998
 #define ERROR_INVALID_FLAGS 1004
+#define ERROR_BADKEY 1010
+#define ERROR_REGISTRY_CORRUPT 1015
+#define ERROR_REGISTRY_IO_FAILED 1016
+#define ERROR_NOT_REGISTRY_FILE 1017
+#define ERROR_KEY_DELETED 1018
 #define ERROR_NO_UNICODE_TRANSLATION 1113
+#define ERROR_NO_SYSTEM_RESOURCES 1450
+#define ERROR_INVALID_PRINTER_NAME 1801
 
 extern "C" {
 

@@ -15,11 +15,6 @@ typedef struct _SYSTEMTIME {
   WORD wMilliseconds;
 } SYSTEMTIME;
 
-typedef struct _FILETIME {
-  DWORD dwLowDateTime;
-  DWORD dwHighDateTime;
-} FILETIME;
-
 extern "C" {
 
 void WINAPI GetSystemTime(SYSTEMTIME* now);

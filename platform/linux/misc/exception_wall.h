@@ -1,0 +1,21 @@
+// The wall that no exception passes on its way to a caller of the Win32 names.
+#ifndef CORVANE_PLATFORM_LINUX_MISC_EXCEPTION_WALL_H_
+#define CORVANE_PLATFORM_LINUX_MISC_EXCEPTION_WALL_H_
+
+#include "corvane/linux/base.h"
+
+namespace Corvane {
+
+// The result of `operation()`; ERROR_OUTOFMEMORY for what it throws, which is nothing else.
+template <typename Operation>
+LSTATUS BehindWall(Operation&& operation) noexcept {
+  try {
+    return operation();
+  } catch (...) {
+    return ERROR_OUTOFMEMORY;
+  }
+}
+
+}  // namespace Corvane
+
+#endif  // CORVANE_PLATFORM_LINUX_MISC_EXCEPTION_WALL_H_

@@ -1,0 +1,75 @@
+#include "platform/linux/registry/registry_key.h"
+
+#include "platform/linux/store/schema.h"
+
+namespace Corvane {
+
+using Store::Database;
+using Store::OpenMode;
+
+std::shared_ptr<RegistryKey> RegistryKey::Of(HKEY key) {
+  if (!IsPredefined(key)) return HandleTable::OfProcess().Find<RegistryKey>(key);
+  return std::make_shared<RegistryKey>(std::make_shared<Store::Connection>(), Store::kRegistryRoot,
+                                       KEY_ALL_ACCESS);
+}
+
+LSTATUS RegistryKey::Require(REGSAM rights) const {
+  return (m_access & rights) == rights ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+}
+
+LSTATUS RegistryKey::TouchLocked(Database& database) {
+  if (m_touchedIn == m_connection->TransactionLocked()) return ERROR_SUCCESS;
+  const LSTATUS result = Store::TouchNode(database, m_node);
+  if (result == ERROR_SUCCESS) m_touchedIn = m_connection->TransactionLocked();
+  return result;
+}
+
+LSTATUS RegistryKey::SetValue(const Store::Name& name, const Store::Data& data) {
+  return m_connection->Write(OpenMode::kCreate, [&](Database& database) {
+    const LSTATUS result = TouchLocked(database);
+    return result == ERROR_SUCCESS ? Store::SetValue(database, m_node, name, data) : result;
+  });
+}
+
+LSTATUS RegistryKey::GetValue(const Store::Name& name, const Store::Buffer& buffer) {
+  return m_connection->Read([&](Database& database) {
+    const LSTATUS result = Store::GetValue(database, m_node, name, buffer);
+    if (result != ERROR_FILE_NOT_FOUND) return result;
+    const LSTATUS state = Store::CheckNode(database, m_node);
+    return state == ERROR_SUCCESS ? result : state;
+  });
+}
+
+LSTATUS RegistryKey::DeleteValue(const Store::Name& name) {
+  return m_connection->Write(OpenMode::kCreate, [&](Database& database) {
+    const LSTATUS result = TouchLocked(database);
+    return result == ERROR_SUCCESS ? Store::DeleteValue(database, m_node, name) : result;
+  });
+}
+
+LSTATUS RegistryKey::DeleteSubkey(const std::vector<Store::Name>& path) {
+  return m_connection->Write(OpenMode::kCreate, [&](Database& database) {
+    m_touchedIn = 0;  // it may be this key that goes
+    std::int64_t node = 0;
+    const LSTATUS result = Store::FindNode(database, m_node, path, &node);
+    return result == ERROR_SUCCESS ? Store::DeleteNode(database, node) : result;
+  });
+}
+
+LSTATUS RegistryKey::GetInfo(Store::NodeInfo* info) {
+  const auto lock = m_connection->Lock();
+  Store::Enumeration::Extent values;
+  const LSTATUS measured = m_values.MeasureLocked(*m_connection, m_node, &values);
+  const LSTATUS result = m_connection->ReadLocked([&](Database& database) {
+    return Store::GetNodeInfo(database, m_node, measured != ERROR_SUCCESS, info);
+  });
+  if (result == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
+  if (measured == ERROR_SUCCESS) {
+    info->values = static_cast<std::int64_t>(values.count);
+    info->maxNameChars = static_cast<std::int64_t>(values.maxNameChars);
+    info->maxDataBytes = static_cast<std::int64_t>(values.maxDataBytes);
+  }
+  return result;
+}
+
+}  // namespace Corvane

@@ -1,0 +1,61 @@
+// An open printer: what a HANDLE of the spooler stands for.
+#ifndef CORVANE_PLATFORM_LINUX_SPOOLER_PRINTER_H_
+#define CORVANE_PLATFORM_LINUX_SPOOLER_PRINTER_H_
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "corvane/linux/spooler.h"
+#include "platform/linux/misc/handle_table.h"
+#include "platform/linux/store/connection.h"
+#include "platform/linux/store/names.h"
+#include "platform/linux/store/values.h"
+
+namespace Corvane {
+
+// Any thread. `key` is a path of names as SplitPath makes it. Every operation may give what the
+// store's file gives.
+class Printer final : public HandleObject {
+ public:
+  static constexpr HandleKind kKind = HandleKind::kPrinter;
+
+  Printer(Store::Name name, ACCESS_MASK access)
+      : HandleObject(kKind), m_name(std::move(name)), m_access(access) {}
+
+  static std::shared_ptr<Printer> Of(HANDLE printer) {
+    return HandleTable::OfProcess().Find<Printer>(printer);
+  }
+
+  // ERROR_ACCESS_DENIED unless the handle was opened for changes.
+  LSTATUS RequireAdministration() const;
+
+  const std::shared_ptr<Store::Connection>& Connection() const { return m_connection; }
+
+  // ERROR_FILE_NOT_FOUND: no such key.
+  LSTATUS Find(Store::Database& database, const std::vector<Store::Name>& key,
+               std::int64_t* node) const;
+
+  // Makes the key where it is missing.
+  LSTATUS SetValue(const std::vector<Store::Name>& key, const Store::Name& value,
+                   const Store::Data& data);
+
+ private:
+  std::vector<Store::Name> PathOf(const std::vector<Store::Name>& key) const;
+  LSTATUS FindOrMakeLocked(Store::Database& database, const std::vector<Store::Name>& key,
+                           std::int64_t* node);
+
+  const std::shared_ptr<Store::Connection> m_connection = std::make_shared<Store::Connection>();
+  const Store::Name m_name;
+  const ACCESS_MASK m_access;
+
+  // The key written to last, by its folded names, in the connection's transaction m_keyIn: no one
+  // else can have deleted it meanwhile. Guarded by the connection's lock.
+  std::vector<Store::Name> m_key;
+  std::int64_t m_keyNode = 0;
+  std::uint64_t m_keyIn = 0;
+};
+
+}  // namespace Corvane
+
+#endif  // CORVANE_PLATFORM_LINUX_SPOOLER_PRINTER_H_

@@ -1,0 +1,102 @@
+// The way to the store of one open key or printer: a lock, a database of its own, its transactions.
+#ifndef CORVANE_PLATFORM_LINUX_STORE_CONNECTION_H_
+#define CORVANE_PLATFORM_LINUX_STORE_CONNECTION_H_
+
+#include <memory>
+#include <mutex>
+
+#include "platform/linux/misc/exception_wall.h"
+#include "platform/linux/store/database.h"
+
+namespace Corvane::Store {
+
+// Any thread. Opens the file with the first use that needs it; ERROR_NOT_SUPPORTED in a child whose
+// parent had a transaction under way at fork().
+class Connection {
+ public:
+  Connection();
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection();
+
+  // Makes sure that the file is there (ERROR_FILE_NOT_FOUND) and can be written if that is wanted
+  // (ERROR_ACCESS_DENIED).
+  LSTATUS Open(OpenMode mode, bool toWrite);
+
+  // The lock, for several calls of ReadLocked and what is remembered of them.
+  [[nodiscard]] std::unique_lock<std::mutex> Lock() { return std::unique_lock(m_mutex); }
+
+  // Calls `work(database)`, which only reads, in one state of the store.
+  template <typename Work>
+  LSTATUS Read(Work&& work) {
+    const auto lock = Lock();
+    return ReadLocked(work);
+  }
+  template <typename Work>
+  LSTATUS ReadLocked(Work&& work) {
+    LSTATUS result = OpenLocked(OpenMode::kExisting);
+    if (result != ERROR_SUCCESS) return result;
+    // Within a group its own transaction is the state.
+    const bool begun = !m_database->InTransaction();
+    if (begun) result = m_database->Run(Sql::kBegin);
+    if (result == ERROR_SUCCESS) result = BehindWall([&] { return work(*m_database); });
+    if (begun) EndReadLocked();
+    return result;
+  }
+
+  // Calls `work(database)` in a transaction, the group's if there is one, which is undone when
+  // `work` or its end fails. A group is not undone by the failure of one of its writes, unless the
+  // store itself gave it up.
+  template <typename Work>
+  LSTATUS Write(OpenMode mode, Work&& work) {
+    const auto lock = Lock();
+    LSTATUS result = OpenLocked(mode);
+    if (result == ERROR_SUCCESS) result = BeginWriteLocked();
+    if (result != ERROR_SUCCESS) return result;
+    return EndWriteLocked(BehindWall([&] { return work(*m_database); }));
+  }
+
+  // Writes from now on are of one transaction, which begins with the first of them. False when
+  // there is a group already.
+  bool BeginGroup();
+  // Ends the group. Its writes stand if `commit` and the result is ERROR_SUCCESS, else none does.
+  LSTATUS EndGroup(bool commit);
+
+  // Counts the transactions that wrote.
+  std::uint64_t TransactionLocked() const { return m_transaction; }
+  // Changes with everything of this connection that may make old what was read before.
+  std::uint64_t WritesLocked() const { return m_writes; }
+
+ private:
+  friend class ConnectionList;
+
+  enum class Group {
+    kNone,
+    kArmed,   // no write so far
+    kOpen,    // its transaction is under way
+    kFailed,  // and lost, for m_groupFailure
+  };
+
+  LSTATUS OpenLocked(OpenMode mode);
+  void EndReadLocked();
+  LSTATUS BeginWriteLocked();
+  LSTATUS EndWriteLocked(LSTATUS result);
+  void FailGroupLocked(LSTATUS failure);
+  LSTATUS CommitLocked();
+
+  void CloseForGood();
+  void LockForFork();
+  void UnlockInParent();
+  bool UnlockInChild();  // false when the database was not closed before
+
+  std::mutex m_mutex;  // guards everything below
+  std::unique_ptr<Database> m_database = std::make_unique<Database>();
+  Group m_group = Group::kNone;
+  LSTATUS m_groupFailure = ERROR_SUCCESS;
+  std::uint64_t m_transaction = 0;
+  std::uint64_t m_writes = 0;
+};
+
+}  // namespace Corvane::Store
+
+#endif  // CORVANE_PLATFORM_LINUX_STORE_CONNECTION_H_

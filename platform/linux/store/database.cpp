@@ -1,0 +1,235 @@
+#include "platform/linux/store/database.h"
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <string>
+
+#include "platform/linux/store/limits.h"
+#include "platform/linux/store/schema.h"
+#include "platform/linux/store/sqlite_result.h"
+#include "platform/linux/store/store_file.h"
+
+namespace Corvane::Store {
+namespace {
+
+constexpr int kReadWrite = SQLITE_OPEN_READWRITE;
+
+// Runs in a database of its own that nobody else sees yet.
+LSTATUS Fill(const std::string& path) {
+  sqlite3* sqlite = nullptr;
+  constexpr int kFlags = kReadWrite | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW;
+  errno = 0;
+  int result = sqlite3_open_v2(path.c_str(), &sqlite, kFlags, nullptr);
+  if (result == SQLITE_OK) {
+    sqlite3_extended_result_codes(sqlite, 1);
+    result = sqlite3_exec(sqlite, kCreateSchema, nullptr, nullptr, nullptr);
+  }
+  const LSTATUS code = FromSqlite(result, sqlite);
+  sqlite3_close(sqlite);
+  return code;
+}
+
+bool IsEmptyOrMissing(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) != 0 || status.st_size == 0;
+}
+
+// Differs when the file is another, or has been written to.
+std::array<std::int64_t, 5> FileState(const struct stat& status) {
+  return {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino),
+          status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+// `path` as the URI of a file that nobody can be writing: read without locks or log.
+std::string UnchangingUri(const char* path) {
+  std::string uri = "file:";
+  for (; *path != '\0'; ++path) {
+    const bool special = *path == '?' || *path == '#' || *path == '%';
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(*path);
+    if (special) {
+      uri += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
+    } else {
+      uri += *path;
+    }
+  }
+  return uri + "?immutable=1";
+}
+
+}  // namespace
+
+LSTATUS Database::Open(OpenMode mode) {
+  std::string path;
+  LSTATUS result = StorePath(&path);
+  if (result != ERROR_SUCCESS) return result;
+  std::string found = path;
+  result = FindStoreFile(&found);
+  if (result == ERROR_FILE_NOT_FOUND && mode == OpenMode::kCreate) {
+    result = CreateStoreFile(path, &Fill);
+    if (result != ERROR_SUCCESS) return result;
+    found = path;
+    result = FindStoreFile(&found);
+  }
+  if (result != ERROR_SUCCESS) return result;
+  result = OpenFile(found.c_str());
+  if (result != ERROR_SUCCESS) Close();
+  m_path = found;
+  return result;
+}
+
+bool Database::Rest() {
+  struct stat status {};
+  if (!IsOpen() || IsReadOnly() || InTransaction() || stat(m_path.c_str(), &status) != 0) {
+    return false;
+  }
+  m_asLeft = FileState(status);
+  return true;
+}
+
+bool Database::IsAsLeft() const {
+  std::string path;
+  struct stat status {};
+  return StorePath(&path) == ERROR_SUCCESS && FindStoreFile(&path) == ERROR_SUCCESS &&
+         path == m_path && lstat(path.c_str(), &status) == 0 && FileState(status) == m_asLeft;
+}
+
+LSTATUS Database::OpenFile(const char* path) {
+  LSTATUS result = Connect(path, kReadWrite);
+  if (result != ERROR_SUCCESS) return result;
+  result = Configure();
+  if (result == ERROR_ACCESS_DENIED) return OpenUnchanging(path);
+  return result;
+}
+
+// A database in a folder where its log cannot be made. Only without a log is it whole by itself.
+LSTATUS Database::OpenUnchanging(const char* path) {
+  if (!IsEmptyOrMissing(std::string(path) + "-wal")) return ERROR_ACCESS_DENIED;
+  Close();
+  const LSTATUS result =
+      Connect(UnchangingUri(path).c_str(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+  return result == ERROR_SUCCESS ? Configure() : result;
+}
+
+LSTATUS Database::Connect(const char* name, int flags) {
+  constexpr int kFlags =
+      SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE;
+  errno = 0;
+  return FromSqlite(sqlite3_open_v2(name, &m_sqlite, flags | kFlags, nullptr), m_sqlite);
+}
+
+LSTATUS Database::Configure() {
+  sqlite3_busy_timeout(m_sqlite, kBusyTimeoutMs);
+  sqlite3_wal_autocheckpoint(m_sqlite, kCheckpointPages);
+  sqlite3_limit(m_sqlite, SQLITE_LIMIT_LENGTH, kMaxRowBytes);
+  // Closing must not wait for the disk; the next checkpoint copies the log.
+  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  // The file is another's word: nothing in it runs.
+  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+  const LSTATUS result = CheckVersion();
+  if (result != ERROR_SUCCESS) return result;
+  return FromSqlite(
+      sqlite3_exec(m_sqlite, "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr), m_sqlite);
+}
+
+LSTATUS Database::CheckVersion() {
+  const struct {
+    const char* pragma;
+    std::int64_t expected;
+  } kMarks[] = {{"PRAGMA application_id", kApplicationId}, {"PRAGMA user_version", kSchemaVersion}};
+  for (const auto& mark : kMarks) {
+    sqlite3_stmt* statement = nullptr;
+    errno = 0;
+    int result = sqlite3_prepare_v2(m_sqlite, mark.pragma, -1, &statement, nullptr);
+    if (result == SQLITE_OK) result = sqlite3_step(statement);
+    const bool same = result == SQLITE_ROW && sqlite3_column_int64(statement, 0) == mark.expected;
+    const LSTATUS code = FromSqlite(result, m_sqlite);
+    sqlite3_finalize(statement);
+    if (code != ERROR_SUCCESS) return code;
+    if (!same) return ERROR_NOT_REGISTRY_FILE;
+  }
+  return ERROR_SUCCESS;
+}
+
+void Database::Close() {
+  for (sqlite3_stmt* statement : m_statements) sqlite3_finalize(statement);
+  sqlite3_close(m_sqlite);
+  Abandon();
+}
+
+void Database::Abandon() {
+  m_statements.fill(nullptr);
+  m_sqlite = nullptr;
+  m_path.clear();
+}
+
+bool Database::IsReadOnly() const { return sqlite3_db_readonly(m_sqlite, "main") == 1; }
+
+bool Database::InTransaction() const { return sqlite3_get_autocommit(m_sqlite) == 0; }
+
+LSTATUS Database::Run(Sql sql) {
+  Query query(*this, sql);
+  const LSTATUS result = query.Step();
+  return result == ERROR_NO_MORE_ITEMS ? LSTATUS{ERROR_SUCCESS} : result;
+}
+
+Query::Query(Database& database, Sql sql) : m_database(database) {
+  sqlite3_stmt*& statement = database.m_statements[static_cast<std::size_t>(sql)];
+  if (statement == nullptr) {
+    const char* text = kStatements[static_cast<std::size_t>(sql)];
+    errno = 0;
+    m_failure = FromSqlite(sqlite3_prepare_v3(database.m_sqlite, text, -1,
+                                              SQLITE_PREPARE_PERSISTENT, &statement, nullptr),
+                           database.m_sqlite);
+  }
+  m_statement = statement;
+}
+
+Query::~Query() { sqlite3_reset(m_statement); }
+
+Query& Query::Bind(std::int64_t value) {
+  sqlite3_bind_int64(m_statement, ++m_parameter, value);
+  return *this;
+}
+
+Query& Query::Bind(std::string_view text) {
+  sqlite3_bind_text64(m_statement, ++m_parameter, text.data(), text.size(), SQLITE_STATIC,
+                      SQLITE_UTF8);
+  return *this;
+}
+
+Query& Query::Bind(const void* data, std::size_t bytes) {
+  ++m_parameter;
+  if (bytes == 0) {
+    sqlite3_bind_zeroblob(m_statement, m_parameter, 0);
+  } else {
+    sqlite3_bind_blob64(m_statement, m_parameter, data, bytes, SQLITE_STATIC);
+  }
+  return *this;
+}
+
+LSTATUS Query::Step() {
+  if (m_failure != ERROR_SUCCESS) return m_failure;
+  errno = 0;
+  const int result = sqlite3_step(m_statement);
+  if (result == SQLITE_ROW) return ERROR_SUCCESS;
+  if (result == SQLITE_DONE) return ERROR_NO_MORE_ITEMS;
+  return FromSqlite(result, m_database.m_sqlite);
+}
+
+std::int64_t Query::Integer(int column) const { return sqlite3_column_int64(m_statement, column); }
+
+// Not as text: that would copy each one to put a terminator behind it.
+std::string_view Query::Bytes(int column) const {
+  const auto* data = static_cast<const char*>(sqlite3_column_blob(m_statement, column));
+  const auto bytes = static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column));
+  return data != nullptr ? std::string_view(data, bytes) : std::string_view();
+}
+
+bool Query::Changed() const { return sqlite3_changes(m_database.m_sqlite) != 0; }
+
+}  // namespace Corvane::Store

@@ -1,0 +1,123 @@
+// One connection to the store's file, and the statements it runs.
+#ifndef CORVANE_PLATFORM_LINUX_STORE_DATABASE_H_
+#define CORVANE_PLATFORM_LINUX_STORE_DATABASE_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "corvane/linux/base.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace Corvane::Store {
+
+// Every statement there is; each is prepared when it is first needed.
+enum class Sql : std::size_t {
+  kBegin,
+  kBeginImmediate,
+  kCommit,
+  kRollback,
+  kFindNode,
+  kNodeExists,
+  kNodeWritten,
+  kAddNode,
+  kTouchNode,
+  kDeleteNode,
+  kDeleteValues,
+  kHasSubkeys,
+  kSubkeyInfo,
+  kListSubkeys,
+  kSkipToSubkey,
+  kFindValue,
+  kSetValue,
+  kDeleteValue,
+  kValueInfo,
+  kValueTotals,
+  kListValues,
+  kSkipToValue,
+  kDataVersion,
+  kCount,
+};
+
+// Whoever opens the file may make it.
+enum class OpenMode { kExisting, kCreate };
+
+// One thread at a time.
+class Database {
+ public:
+  Database() = default;
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+  ~Database() { Close(); }
+
+  // ERROR_FILE_NOT_FOUND when there is no file and none is to be made.
+  LSTATUS Open(OpenMode mode);
+  // An open transaction is undone.
+  void Close();
+  // Forgets the connection without touching it: it is another process's.
+  void Abandon();
+
+  // For one that may be used again: true when it can be left open, without a transaction. Later,
+  // whether the store is still where it was and nobody has touched the file, its log apart.
+  bool Rest();
+  bool IsAsLeft() const;
+
+  bool IsOpen() const { return m_sqlite != nullptr; }
+  bool IsReadOnly() const;
+  bool InTransaction() const;
+
+  // A statement without parameters and rows.
+  LSTATUS Run(Sql sql);
+
+ private:
+  friend class Query;
+
+  LSTATUS OpenFile(const char* path);
+  LSTATUS OpenUnchanging(const char* path);
+  LSTATUS Connect(const char* name, int flags);
+  LSTATUS Configure();
+  LSTATUS CheckVersion();
+
+  sqlite3* m_sqlite = nullptr;
+  std::string m_path;
+  std::array<std::int64_t, 5> m_asLeft{};
+  std::array<sqlite3_stmt*, static_cast<std::size_t>(Sql::kCount)> m_statements{};
+};
+
+// One run of a statement. All its parameters are bound before the first step; what they point to
+// stays until the end. A failure to prepare is the result of the first step.
+class Query {
+ public:
+  Query(Database& database, Sql sql);
+  Query(const Query&) = delete;
+  Query& operator=(const Query&) = delete;
+  ~Query();
+
+  Query& Bind(std::int64_t value);
+  Query& Bind(std::string_view text);
+  Query& Bind(const void* data, std::size_t bytes);
+
+  // ERROR_SUCCESS with a row, ERROR_NO_MORE_ITEMS at the end.
+  LSTATUS Step();
+
+  std::int64_t Integer(int column) const;
+  // Of a text or a blob. Until the next step.
+  std::string_view Bytes(int column) const;
+
+  // Of the last statement that wrote.
+  bool Changed() const;
+
+ private:
+  Database& m_database;
+  sqlite3_stmt* m_statement = nullptr;
+  LSTATUS m_failure = ERROR_SUCCESS;
+  int m_parameter = 0;
+};
+
+}  // namespace Corvane::Store
+
+#endif  // CORVANE_PLATFORM_LINUX_STORE_DATABASE_H_

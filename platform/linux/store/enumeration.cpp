@@ -1,0 +1,143 @@
+#include "platform/linux/store/enumeration.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/linux/store/names.h"
+#include "platform/linux/store/nodes.h"
+
+namespace Corvane::Store {
+namespace {
+
+// Who only wants the first item, to delete it, does not pay for many after the first time.
+constexpr std::size_t kFirstRowsAfterWrite = 16;
+constexpr std::size_t kGrowth = 4;
+constexpr std::size_t kMaxRows = 8192;
+// What is kept in memory; one row may be longer.
+constexpr std::size_t kMaxBytes = std::size_t{2} << 20;
+
+// Changes with every commit of another connection; -1 when it cannot be had.
+std::int64_t DataVersion(Database& database) {
+  Query query(database, Sql::kDataVersion);
+  return query.Step() == ERROR_SUCCESS ? query.Integer(0) : -1;
+}
+
+}  // namespace
+
+void Enumeration::Forget() {
+  m_rows.clear();
+  m_maxRows = 0;
+  m_measuredVersion = -1;
+}
+
+bool Enumeration::IsMeasured(Connection& connection) {
+  const std::int64_t measured = std::exchange(m_measuredVersion, -1);
+  std::int64_t now = -1;
+  if (measured == -1) return false;
+  connection.ReadLocked([&](Database& database) {
+    now = DataVersion(database);
+    return ERROR_SUCCESS;
+  });
+  return now == measured;
+}
+
+LSTATUS Enumeration::MeasureLocked(Connection& connection, std::int64_t node, Extent* extent) {
+  Forget();
+  m_writes = connection.WritesLocked();
+  m_first = 0;
+  m_maxRows = kMaxRows;
+  m_names.clear();
+  m_data.clear();
+  m_next.clear();
+  LSTATUS result = connection.ReadLocked([&](Database& database) {
+    m_measuredVersion = DataVersion(database);
+    return ReadRows(database, node);
+  });
+  if (result == ERROR_NO_MORE_ITEMS) return ERROR_SUCCESS;
+  if (result == ERROR_SUCCESS && !m_atEnd) result = ERROR_MORE_DATA;
+  if (result != ERROR_SUCCESS) {
+    Forget();
+    return result;
+  }
+  extent->count = m_rows.size();
+  for (const Row& row : m_rows) {
+    extent->maxNameChars = std::max(extent->maxNameChars, row.nameChars);
+    extent->maxDataBytes = std::max(extent->maxDataBytes, row.dataBytes);
+  }
+  return ERROR_SUCCESS;
+}
+
+LSTATUS Enumeration::GetLocked(Connection& connection, std::int64_t node, std::size_t index,
+                               Item* item) {
+  const std::uint64_t writes = connection.WritesLocked();
+  if (writes != m_writes) Forget();
+  m_writes = writes;
+  const bool isRead =
+      index == 0 ? IsMeasured(connection) && !m_rows.empty() : index - m_first < m_rows.size();
+  if (!isRead) {
+    const LSTATUS result = Read(connection, node, index);
+    if (result != ERROR_SUCCESS) {
+      Forget();
+      return result;
+    }
+  }
+  const Row& row = m_rows[index - m_first];
+  *item = {std::wstring_view(m_names).substr(row.nameBegin, row.nameChars), row.number,
+           std::string_view(m_data).substr(row.dataBegin, row.dataBytes)};
+  return ERROR_SUCCESS;
+}
+
+LSTATUS Enumeration::Read(Connection& connection, std::int64_t node, std::size_t index) {
+  const bool goesOn = index != 0 && !m_rows.empty() && index == m_first + m_rows.size();
+  if (goesOn && m_atEnd) return ERROR_NO_MORE_ITEMS;
+  const std::size_t first = m_writes == 0 ? kMaxRows : kFirstRowsAfterWrite;
+  m_maxRows = goesOn ? std::min(m_maxRows * kGrowth, kMaxRows) : first;
+  m_first = index;
+  m_rows.clear();
+  m_names.clear();
+  m_data.clear();
+  return connection.ReadLocked([&](Database& database) {
+    const LSTATUS result = goesOn ? LSTATUS{ERROR_SUCCESS} : Seek(database, node, index);
+    return result == ERROR_SUCCESS ? ReadRows(database, node) : result;
+  });
+}
+
+LSTATUS Enumeration::Seek(Database& database, std::int64_t node, std::size_t index) {
+  m_next.clear();
+  if (index == 0) return ERROR_SUCCESS;
+  Query query(database, m_what == Of::kValues ? Sql::kSkipToValue : Sql::kSkipToSubkey);
+  const LSTATUS result = query.Bind(node).Bind(static_cast<std::int64_t>(index)).Step();
+  if (result == ERROR_SUCCESS) m_next = query.Bytes(0);
+  if (result != ERROR_NO_MORE_ITEMS) return result;
+  const LSTATUS state = CheckNode(database, node);
+  return state == ERROR_SUCCESS ? result : state;
+}
+
+LSTATUS Enumeration::ReadRows(Database& database, std::int64_t node) {
+  Query query(database, m_what == Of::kValues ? Sql::kListValues : Sql::kListSubkeys);
+  const std::string from = m_next;
+  query.Bind(node).Bind(from);
+  LSTATUS result = ERROR_SUCCESS;
+  while (m_rows.size() < m_maxRows &&
+         m_data.size() + m_names.size() * sizeof(wchar_t) < kMaxBytes) {
+    result = query.Step();
+    if (result != ERROR_SUCCESS) break;
+    Row row{m_names.size(), 0, m_data.size(), 0, query.Integer(2)};
+    AppendWide(query.Bytes(1), &m_names);
+    m_data += query.Bytes(3);
+    row.nameChars = m_names.size() - row.nameBegin;
+    row.dataBytes = m_data.size() - row.dataBegin;
+    m_rows.push_back(row);
+  }
+  m_atEnd = result == ERROR_NO_MORE_ITEMS;
+  if (result != ERROR_SUCCESS && result != ERROR_NO_MORE_ITEMS) return result;
+  if (!m_atEnd) {
+    m_next = query.Bytes(0);
+    m_next.push_back('\0');  // the first text after it
+  }
+  if (!m_rows.empty()) return ERROR_SUCCESS;
+  const LSTATUS state = CheckNode(database, node);
+  return state == ERROR_SUCCESS ? LSTATUS{ERROR_NO_MORE_ITEMS} : state;
+}
+
+}  // namespace Corvane::Store

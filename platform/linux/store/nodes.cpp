@@ -1,0 +1,128 @@
+#include "platform/linux/store/nodes.h"
+
+#include "platform/linux/misc/time.h"
+#include "platform/linux/store/schema.h"
+
+namespace Corvane::Store {
+namespace {
+
+std::int64_t Now() {
+  SYSTEMTIME now{};
+  GetSystemTime(&now);
+  FILETIME time{};
+  SystemTimeToFileTime(&now, &time);
+  return static_cast<std::int64_t>((std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime);
+}
+
+// ERROR_NO_MORE_ITEMS when there is none.
+LSTATUS FindChild(Database& database, std::int64_t parent, const Name& name, std::int64_t* child) {
+  Query query(database, Sql::kFindNode);
+  query.Bind(parent).Bind(name.folded);
+  const LSTATUS result = query.Step();
+  if (result == ERROR_SUCCESS) *child = query.Integer(0);
+  return result;
+}
+
+LSTATUS AddChild(Database& database, std::int64_t parent, const Name& name, std::int64_t* child) {
+  const LSTATUS result = TouchNode(database, parent);
+  if (result != ERROR_SUCCESS) return result;
+  Query query(database, Sql::kAddNode);
+  query.Bind(parent).Bind(name.folded).Bind(name.text).Bind(Now());
+  const LSTATUS added = query.Step();
+  if (added == ERROR_SUCCESS) *child = query.Integer(0);
+  return added;
+}
+
+}  // namespace
+
+LSTATUS FindNode(Database& database, std::int64_t parent, const std::vector<Name>& path,
+                 std::int64_t* node) {
+  std::int64_t found = parent;
+  for (const Name& name : path) {
+    const LSTATUS result = FindChild(database, found, name, &found);
+    if (result == ERROR_NO_MORE_ITEMS) {
+      const LSTATUS parentState = CheckNode(database, parent);
+      return parentState == ERROR_SUCCESS ? LSTATUS{ERROR_FILE_NOT_FOUND} : parentState;
+    }
+    if (result != ERROR_SUCCESS) return result;
+  }
+  *node = found;
+  return path.empty() ? CheckNode(database, parent) : ERROR_SUCCESS;
+}
+
+LSTATUS MakeNode(Database& database, std::int64_t parent, const std::vector<Name>& path,
+                 std::int64_t* node, bool* made) {
+  std::int64_t found = parent;
+  bool any = false;
+  for (const Name& name : path) {
+    LSTATUS result = any ? LSTATUS{ERROR_NO_MORE_ITEMS} : FindChild(database, found, name, &found);
+    if (result == ERROR_NO_MORE_ITEMS) {
+      any = true;
+      result = AddChild(database, found, name, &found);
+    }
+    if (result != ERROR_SUCCESS) return result;
+  }
+  *node = found;
+  *made = any;
+  return path.empty() ? CheckNode(database, parent) : ERROR_SUCCESS;
+}
+
+LSTATUS DeleteNode(Database& database, std::int64_t node) {
+  if (node == kRegistryRoot || node == kPrinterRoot) return ERROR_ACCESS_DENIED;
+  {
+    Query below(database, Sql::kHasSubkeys);
+    const LSTATUS result = below.Bind(node).Step();
+    if (result != ERROR_NO_MORE_ITEMS) {
+      return result == ERROR_SUCCESS ? LSTATUS{ERROR_ACCESS_DENIED} : result;
+    }
+  }
+  for (const Sql sql : {Sql::kDeleteValues, Sql::kDeleteNode}) {
+    Query query(database, sql);
+    const LSTATUS result = query.Bind(node).Step();
+    if (result != ERROR_NO_MORE_ITEMS) return result;
+  }
+  return ERROR_SUCCESS;
+}
+
+LSTATUS CheckNode(Database& database, std::int64_t node) {
+  Query query(database, Sql::kNodeExists);
+  const LSTATUS result = query.Bind(node).Step();
+  return result == ERROR_NO_MORE_ITEMS ? LSTATUS{ERROR_KEY_DELETED} : result;
+}
+
+LSTATUS TouchNode(Database& database, std::int64_t node) {
+  Query query(database, Sql::kTouchNode);
+  const LSTATUS result = query.Bind(Now()).Bind(node).Step();
+  if (result != ERROR_NO_MORE_ITEMS) return result;
+  return query.Changed() ? ERROR_SUCCESS : ERROR_KEY_DELETED;
+}
+
+LSTATUS GetNodeInfo(Database& database, std::int64_t node, bool withValues, NodeInfo* info) {
+  Query written(database, Sql::kNodeWritten);
+  LSTATUS result = written.Bind(node).Step();
+  if (result == ERROR_NO_MORE_ITEMS) return ERROR_KEY_DELETED;
+  if (result != ERROR_SUCCESS) return result;
+  Query subkeys(database, Sql::kSubkeyInfo);
+  result = subkeys.Bind(node).Step();
+  if (result != ERROR_SUCCESS) return result;
+  info->subkeys = subkeys.Integer(0);
+  info->maxSubkeyChars = subkeys.Integer(1);
+  info->written = written.Integer(0);
+  if (!withValues) return ERROR_SUCCESS;
+  Query values(database, Sql::kValueInfo);
+  result = values.Bind(node).Step();
+  if (result != ERROR_SUCCESS) return result;
+  info->values = values.Integer(0);
+  info->maxNameChars = values.Integer(1);
+  info->maxDataBytes = values.Integer(2);
+  return ERROR_SUCCESS;
+}
+
+LSTATUS GetValueTotals(Database& database, std::int64_t node, ValueTotals* totals) {
+  Query query(database, Sql::kValueTotals);
+  const LSTATUS result = query.Bind(node).Step();
+  if (result == ERROR_SUCCESS) *totals = {query.Integer(0), query.Integer(1), query.Integer(2)};
+  return result;
+}
+
+}  // namespace Corvane::Store

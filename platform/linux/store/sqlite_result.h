@@ -1,0 +1,17 @@
+// The one place where SQLite's results become Win32 codes.
+#ifndef CORVANE_PLATFORM_LINUX_STORE_SQLITE_RESULT_H_
+#define CORVANE_PLATFORM_LINUX_STORE_SQLITE_RESULT_H_
+
+#include "corvane/linux/base.h"
+
+struct sqlite3;
+
+namespace Corvane::Store {
+
+// `database` is the connection that gave `result`, an extended code; it may be null. errno was 0
+// before that call.
+LSTATUS FromSqlite(int result, sqlite3* database);
+
+}  // namespace Corvane::Store
+
+#endif  // CORVANE_PLATFORM_LINUX_STORE_SQLITE_RESULT_H_

@@ -1,0 +1,461 @@
+// The file under the registry and the printer data (Linux): damage, permissions, full disks,
+// several processes and threads.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/unique_hkey.h"
+#include "platform/write_group.h"
+#include "tests/support/test_printer.h"
+#include "tests/support/test_store.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Corvane::UniqueHkey;
+using Corvane::WriteGroup;
+
+constexpr const wchar_t* kPath = L"Software\\Corvane";
+constexpr DWORD kMebibyte = 1 << 20;
+
+LSTATUS Create(REGSAM access, HKEY* key) {
+  return RegCreateKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, nullptr, 0, access, nullptr, key, nullptr);
+}
+LSTATUS Open(REGSAM access, HKEY* key) {
+  return RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, access, key);
+}
+LSTATUS Set(HKEY key, const std::wstring& name, const std::string& data) {
+  return RegSetValueExW(key, name.c_str(), 0, REG_BINARY,
+                        reinterpret_cast<const BYTE*>(data.data()),
+                        static_cast<DWORD>(data.size()));
+}
+// "<code>" for a failure.
+std::string Get(HKEY key, const std::wstring& name) {
+  std::string data(kMebibyte, '\0');
+  DWORD size = kMebibyte;
+  const LSTATUS result = RegQueryValueExW(key, name.c_str(), nullptr, nullptr,
+                                          reinterpret_cast<BYTE*>(data.data()), &size);
+  if (result != ERROR_SUCCESS) return "<" + std::to_string(result) + ">";
+  return data.substr(0, size);
+}
+
+// Through a handle of its own.
+std::string Value(const std::wstring& name) {
+  UniqueHkey key;
+  const LSTATUS result = Open(KEY_READ, key.Receive());
+  return result == ERROR_SUCCESS ? Get(key.Get(), name) : "<" + std::to_string(result) + ">";
+}
+
+std::string ReadFile(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+mode_t ModeOf(const fs::path& file) {
+  struct stat status = {};
+  stat(file.c_str(), &status);
+  return status.st_mode & 0777;
+}
+
+// The exit status of a child that runs `work`, as a user without privileges if so wanted.
+enum class User { kSame, kNobody };
+pid_t Start(const std::function<int()>& work, User user = User::kSame) {
+  const pid_t child = fork();
+  if (child != 0) return child;
+  constexpr unsigned kNobody = 65534;
+  if (user == User::kNobody && geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) {
+    _exit(99);
+  }
+  _exit(work());
+}
+int Wait(pid_t child) {
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+class StoreTest : public testing::Test {
+ protected:
+  // A store with the value "v" = "old", nothing open.
+  void MakeStore() {
+    UniqueHkey key;
+    ASSERT_EQ(ERROR_SUCCESS, Create(KEY_ALL_ACCESS, key.Receive()));
+    ASSERT_EQ(ERROR_SUCCESS, Set(key.Get(), L"v", "old"));
+  }
+  // The same with all of it in the file itself: that much written copies the log.
+  void MakeStoreWithoutLog() {
+    MakeStore();
+    UniqueHkey key;
+    ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
+    for (const wchar_t* name : {L"large", L"larger"}) {
+      ASSERT_EQ(ERROR_SUCCESS, Set(key.Get(), name, std::string(kMebibyte, 'x')));
+    }
+    key.Reset();
+    fs::remove(File() + "-wal");
+    fs::remove(File() + "-shm");
+  }
+  std::string File() const { return m_store.File().string(); }
+
+ private:
+  Corvane::Test::TestStore m_store;
+};
+
+TEST_F(StoreTest, IsMadeByTheFirstWriteForItsOwnerAlone) {
+  HKEY none = nullptr;
+  EXPECT_EQ(ERROR_FILE_NOT_FOUND, Open(KEY_ALL_ACCESS, &none));
+  wchar_t name[8];
+  DWORD chars = 8;
+  EXPECT_EQ(ERROR_NO_MORE_ITEMS,
+            RegEnumKeyExW(HKEY_LOCAL_MACHINE, 0, name, &chars, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_FALSE(fs::exists(fs::path(File()).parent_path()));
+  const mode_t mask = umask(0);
+  MakeStore();
+  umask(mask);
+  EXPECT_EQ(0700u, ModeOf(fs::path(File()).parent_path()));
+  for (const char* part : {"", "-wal", "-shm"}) EXPECT_EQ(0600u, ModeOf(File() + part)) << part;
+  EXPECT_EQ(3, std::distance(fs::directory_iterator(fs::path(File()).parent_path()), {}));
+}
+
+TEST_F(StoreTest, LiesWhereTheEnvironmentSays) {
+  const Corvane::Test::TempFolder folder;
+  const std::string root = folder.Path().string();
+  const auto made = [](const char* state, const char* home, const fs::path& expected) {
+    return Wait(Start([&] {
+      unsetenv("CORVANE_STORE");
+      setenv("XDG_STATE_HOME", state, 1);
+      setenv("HOME", home, 1);
+      UniqueHkey key;
+      return Create(KEY_READ, key.Receive()) == ERROR_SUCCESS && fs::exists(expected) ? 0 : 1;
+    }));
+  };
+  EXPECT_EQ(0, made((root + "/s").c_str(), "", root + "/s/corvane/store.db"));
+  EXPECT_EQ(0, made("", (root + "/h").c_str(), root + "/h/.local/state/corvane/store.db"));
+  EXPECT_EQ(0, made("relative", (root + "/i").c_str(), root + "/i/.local/state/corvane/store.db"));
+  // A folder on the way may be a symbolic link.
+  fs::create_directory_symlink(root + "/h", root + "/link");
+  EXPECT_EQ(0, made("", (root + "/link").c_str(), root + "/h/.local/state/corvane/store.db"));
+}
+
+TEST_F(StoreTest, RefusesAndKeepsOtherFiles) {
+  MakeStoreWithoutLog();
+  const std::string good = ReadFile(File());
+  const auto patched = [&good](std::size_t offset, const std::string& bytes) {
+    return std::string(good).replace(offset, bytes.size(), bytes);
+  };
+  constexpr std::size_t kUserVersion = 60;  // offsets in SQLite's header, as are the next two
+  constexpr std::size_t kApplicationId = 68;
+  constexpr std::size_t kRootPage = 100;
+  constexpr std::size_t kPage = 4096;
+  const struct {
+    const char* name;
+    std::string content;
+    LSTATUS expected;
+  } cases[] = {
+      {"no database", std::string(9000, 'x'), ERROR_NOT_REGISTRY_FILE},
+      {"empty", "", ERROR_NOT_REGISTRY_FILE},
+      {"another program's", patched(kApplicationId, "MINE"), ERROR_NOT_REGISTRY_FILE},
+      {"of a newer version", patched(kUserVersion, std::string("\0\0\0\2", 4)),
+       ERROR_NOT_REGISTRY_FILE},
+      {"damaged tables", patched(kRootPage, std::string(kPage - kRootPage, '\xFF')),
+       ERROR_REGISTRY_CORRUPT},
+      {"damaged pages", patched(kPage, std::string(8 * kPage, '\xFF')), ERROR_REGISTRY_CORRUPT},
+      {"cut off", good.substr(0, kPage), ERROR_REGISTRY_CORRUPT}};
+  for (const auto& c : cases) {
+    std::ofstream(File(), std::ios::binary) << c.content;
+    UniqueHkey key;
+    EXPECT_EQ(c.expected, Open(KEY_READ, key.Receive())) << c.name;
+    EXPECT_EQ(c.expected, Create(KEY_ALL_ACCESS, key.Receive())) << c.name;
+    EXPECT_EQ(c.content, ReadFile(File())) << c.name;
+    fs::remove(File() + "-wal");
+    fs::remove(File() + "-shm");
+  }
+  std::ofstream(File(), std::ios::binary) << good;
+  EXPECT_EQ("old", Value(L"v"));
+}
+
+TEST_F(StoreTest, FollowsNoSymbolicLinkAndOpensNoFolder) {
+  MakeStore();
+  fs::rename(File(), File() + ".real");
+  fs::create_symlink(File() + ".real", File());
+  EXPECT_EQ("<1017>", Value(L"v"));
+  fs::remove(File());
+  fs::create_directory(File());
+  EXPECT_EQ("<1017>", Value(L"v"));
+  fs::remove(File());
+  fs::create_symlink(File() + ".missing", File());
+  UniqueHkey key;
+  EXPECT_EQ(ERROR_NOT_REGISTRY_FILE, Create(KEY_ALL_ACCESS, key.Receive()));
+}
+
+// What a user can do who may read the store and not write it.
+int ReadOnlyUse() {
+  UniqueHkey key;
+  if (Value(L"v") != "old") return 1;
+  if (Open(KEY_ALL_ACCESS, key.Receive()) != ERROR_ACCESS_DENIED) return 2;
+  if (Create(KEY_ALL_ACCESS, key.Receive()) != ERROR_ACCESS_DENIED) return 3;
+  if (Open(MAXIMUM_ALLOWED, key.Receive()) != ERROR_SUCCESS) return 4;
+  if (Set(key.Get(), L"v", "new") != ERROR_ACCESS_DENIED) return 5;
+  if (Create(KEY_READ, key.Receive()) != ERROR_SUCCESS) return 6;
+  return 0;
+}
+
+TEST_F(StoreTest, IsReadWhereItCannotBeWritten) {
+  const fs::path folder = fs::path(File()).parent_path();
+  for (const bool withLog : {true, false}) {
+    if (withLog) {
+      MakeStore();
+    } else {
+      MakeStoreWithoutLog();
+    }
+    for (const auto& file : fs::directory_iterator(folder)) chmod(file.path().c_str(), 0444);
+    chmod(folder.c_str(), 0555);
+    EXPECT_EQ(0, Wait(Start(&ReadOnlyUse, User::kNobody))) << "log: " << withLog;
+    chmod(folder.c_str(), 0700);
+    chmod(File().c_str(), 0600);
+  }
+  chmod(File().c_str(), 0);
+  EXPECT_EQ(0, Wait(Start([] { return Value(L"v") == "<5>" ? 0 : 1; }, User::kNobody)));
+}
+
+// The files may grow by `bytes` at most, in this process.
+void LimitFiles(std::uintmax_t bytes) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit = {bytes, RLIM_INFINITY};
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+TEST_F(StoreTest, LosesAGroupAsAWholeWhenTheDiskIsFull) {
+  // The first fails when it is committed, the second with one of its writes.
+  for (const int values : {1, 8}) {
+    MakeStore();
+    EXPECT_EQ(0, Wait(Start([&] {
+                UniqueHkey key;
+                if (Open(KEY_ALL_ACCESS, key.Receive()) != ERROR_SUCCESS) return 1;
+                LimitFiles(fs::file_size(File() + "-wal") + 100'000);
+                WriteGroup group(key.Get());
+                if (Set(key.Get(), L"v", "new") != ERROR_SUCCESS) return 2;
+                LSTATUS result = ERROR_SUCCESS;
+                for (int i = 0; i < values; ++i) {
+                  result = Set(key.Get(), std::to_wstring(i), std::string(kMebibyte, 'x'));
+                }
+                if (values > 1 && result != ERROR_DISK_FULL) return 3;
+                if (values > 1 && Set(key.Get(), L"late", "new") != ERROR_DISK_FULL) return 4;
+                if (group.Commit() != ERROR_DISK_FULL) return 5;
+                if (Get(key.Get(), L"v") != "old") return 6;
+                LimitFiles(RLIM_INFINITY);
+                return Set(key.Get(), L"after", "new") == ERROR_SUCCESS ? 0 : 7;
+              })))
+        << values;
+    EXPECT_EQ("old", Value(L"v"));
+    EXPECT_EQ("<2>", Value(L"late"));
+    EXPECT_EQ("new", Value(L"after"));
+  }
+}
+
+TEST_F(StoreTest, KeepsAGroupAsAWhole) {
+  MakeStore();
+  UniqueHkey key;
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
+  {
+    const WriteGroup undone(key.Get());
+    EXPECT_EQ(ERROR_SUCCESS, Set(key.Get(), L"v", "new"));
+    EXPECT_EQ("new", Get(key.Get(), L"v"));
+    EXPECT_EQ("old", Value(L"v")) << "seen by others before its end";
+  }
+  EXPECT_EQ("old", Get(key.Get(), L"v"));
+  EXPECT_EQ(0, Wait(Start([] {
+              UniqueHkey own;
+              if (Open(KEY_ALL_ACCESS, own.Receive()) != ERROR_SUCCESS) return 1;
+              const WriteGroup killed(own.Get());
+              return Set(own.Get(), L"v", "new") == ERROR_SUCCESS ? 0 : 2;  // and _exit
+            })));
+  EXPECT_EQ("old", Get(key.Get(), L"v"));
+
+  WriteGroup group(key.Get());
+  EXPECT_EQ(ERROR_SUCCESS, Set(key.Get(), L"v", "new"));
+  EXPECT_EQ(ERROR_NOACCESS,
+            RegSetValueExW(key.Get(), L"w", 0, REG_SZ, reinterpret_cast<const BYTE*>(42), 4));
+  EXPECT_EQ(ERROR_SUCCESS, Set(key.Get(), L"x", "new"));
+  key.Reset();
+  EXPECT_EQ(ERROR_SUCCESS, group.Commit());
+  EXPECT_EQ("new", Value(L"v"));
+  EXPECT_EQ("<2>", Value(L"w"));
+  EXPECT_EQ("new", Value(L"x"));
+}
+
+TEST_F(StoreTest, GroupsPrinterData) {
+  const Corvane::Test::TestPrinter printer;
+  const auto set = [&](const wchar_t* key, BYTE data) {
+    return SetPrinterDataExW(printer.Handle(), key, L"v", REG_BINARY, &data, 1);
+  };
+  const auto get = [&](const wchar_t* key) {
+    BYTE data = 0;
+    DWORD needed = 0;
+    GetPrinterDataExW(printer.Handle(), key, L"v", nullptr, &data, 1, &needed);
+    return data;
+  };
+  {
+    const WriteGroup undone(printer.Handle());
+    for (const wchar_t* key : {L"a", L"b", L"a"}) EXPECT_EQ(0u, set(key, 1));
+  }
+  EXPECT_EQ(0, get(L"a"));
+  WriteGroup group(printer.Handle());
+  for (const wchar_t* key : {L"a", L"b", L"a\\sub"}) EXPECT_EQ(0u, set(key, 2));
+  EXPECT_EQ(ERROR_SUCCESS, group.Commit());
+  for (const wchar_t* key : {L"a", L"b", L"a\\sub"}) EXPECT_EQ(2, get(key));
+}
+
+// They make the store together, too.
+TEST_F(StoreTest, SeveralProcessesLoseNothing) {
+  constexpr int kProcesses = 4;
+  constexpr int kValues = 100;
+  int gate[2];
+  ASSERT_EQ(0, pipe(gate));
+  std::vector<pid_t> children;
+  for (int process = 0; process < kProcesses; ++process) {
+    children.push_back(Start([&] {
+      close(gate[1]);
+      char byte = 0;
+      if (read(gate[0], &byte, 1) != 0) return 1;
+      for (int i = 0; i < kValues; ++i) {
+        UniqueHkey key;
+        const std::wstring name = std::to_wstring(process) + L"." + std::to_wstring(i);
+        if (Create(KEY_ALL_ACCESS, key.Receive()) != ERROR_SUCCESS) return 2;
+        if (Set(key.Get(), name, "new") != ERROR_SUCCESS) return 3;
+      }
+      return 0;
+    }));
+  }
+  close(gate[0]);
+  close(gate[1]);
+  for (const pid_t child : children) EXPECT_EQ(0, Wait(child));
+  UniqueHkey key;
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_READ, key.Receive()));
+  DWORD values = 0;
+  EXPECT_EQ(ERROR_SUCCESS, RegQueryInfoKeyW(key.Get(), nullptr, nullptr, nullptr, nullptr, nullptr,
+                                            nullptr, &values, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(DWORD{kProcesses * kValues}, values);
+  EXPECT_EQ(3, std::distance(fs::directory_iterator(fs::path(File()).parent_path()), {}));
+}
+
+TEST_F(StoreTest, WaitsForAnotherWriterOnlySoLong) {
+  MakeStore();
+  UniqueHkey holder;
+  UniqueHkey key;
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, holder.Receive()));
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
+  const WriteGroup holding(holder.Get());
+  ASSERT_EQ(ERROR_SUCCESS, Set(holder.Get(), L"v", "new"));
+  const auto start = std::chrono::steady_clock::now();
+  WriteGroup group(key.Get());
+  EXPECT_EQ(ERROR_BUSY, Set(key.Get(), L"w", "new"));
+  EXPECT_EQ(ERROR_BUSY, Set(key.Get(), L"x", "new")) << "and did not wait again";
+  EXPECT_EQ(ERROR_BUSY, group.Commit());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(9));
+  EXPECT_EQ("old", Get(key.Get(), L"v"));
+}
+
+TEST_F(StoreTest, HandlesLastThroughFork) {
+  MakeStore();
+  UniqueHkey key;
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
+  EXPECT_EQ("old", Get(key.Get(), L"v"));
+  EXPECT_EQ(0, Wait(Start([&] { return Set(key.Get(), L"v", "new"); })));
+  EXPECT_EQ("new", Get(key.Get(), L"v"));
+  // A transaction stays with the parent.
+  WriteGroup group(key.Get());
+  ASSERT_EQ(ERROR_SUCCESS, Set(key.Get(), L"v", "newer"));
+  EXPECT_EQ(0, Wait(Start([&] {
+              HKEY none = nullptr;
+              if (Set(key.Get(), L"v", "child") != ERROR_NOT_SUPPORTED) return 1;
+              if (group.Commit() != ERROR_NOT_SUPPORTED) return 2;
+              return Open(KEY_READ, &none) == ERROR_NOT_SUPPORTED ? 0 : 3;
+            })));
+  EXPECT_EQ(ERROR_SUCCESS, group.Commit());
+  EXPECT_EQ("newer", Value(L"v"));
+}
+
+TEST_F(StoreTest, ThreadsShareHandles) {
+  MakeStore();
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 100;
+  HKEY shared = nullptr;
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, &shared));
+  std::atomic<HKEY> passed = nullptr;  // closed by whichever thread gets it
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&, thread] {
+      for (int i = 0; i < kRounds; ++i) {
+        const std::wstring name = std::to_wstring(thread) + L"." + std::to_wstring(i);
+        EXPECT_EQ(ERROR_SUCCESS, Set(shared, name, "new"));
+        wchar_t found[64];
+        DWORD chars = 64;
+        EXPECT_EQ(ERROR_SUCCESS, RegEnumValueW(shared, static_cast<DWORD>(i), found, &chars,
+                                               nullptr, nullptr, nullptr, nullptr));
+        HKEY own = nullptr;
+        EXPECT_EQ(ERROR_SUCCESS, Open(KEY_READ, &own));
+        const HKEY other = passed.exchange(own);
+        const std::string value = Get(own, L"v");  // it may be closed by now
+        EXPECT_TRUE(value == "old" || value == "<6>") << value;
+        EXPECT_TRUE(other == nullptr || RegCloseKey(other) == ERROR_SUCCESS);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(passed));
+  EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(shared));
+  EXPECT_EQ("new", Value(std::to_wstring(kThreads - 1) + L"." + std::to_wstring(kRounds - 1)));
+}
+
+TEST_F(StoreTest, ValuesOfHandlesComeBackLate) {
+  MakeStore();
+  HKEY first = nullptr;
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_READ, &first));
+  EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(first) % 4);
+  RegCloseKey(first);
+  for (int i = 0; i < 500; ++i) {
+    UniqueHkey key;
+    ASSERT_EQ(ERROR_SUCCESS, Open(KEY_READ, key.Receive()));
+    ASSERT_NE(first, key.Get());
+  }
+}
+
+TEST_F(StoreTest, TakesDataUpToTheEndOfMemoryAndOfItsLimit) {
+  MakeStore();
+  UniqueHkey key;
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
+  constexpr DWORD kPage = 4096;
+  void* pages = mmap(nullptr, 3 * kPage, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(MAP_FAILED, pages);
+  mprotect(static_cast<BYTE*>(pages) + 2 * kPage, kPage, PROT_NONE);
+  const BYTE* begin = static_cast<const BYTE*>(pages);
+  const auto set = [&](DWORD offset, DWORD size) {
+    return RegSetValueExW(key.Get(), L"w", 0, REG_BINARY, begin + offset, size);
+  };
+  EXPECT_EQ(ERROR_SUCCESS, set(0, 2 * kPage));
+  EXPECT_EQ(ERROR_SUCCESS, set(2 * kPage - 1, 1));
+  EXPECT_EQ(ERROR_NOACCESS, set(2 * kPage - 1, 2));
+  EXPECT_EQ(ERROR_NOACCESS, set(1, 2 * kPage));
+  EXPECT_EQ(ERROR_NOACCESS, set(2 * kPage, 1));
+  munmap(pages, 3 * kPage);
+  EXPECT_EQ(ERROR_SUCCESS, Set(key.Get(), L"w", std::string(kMebibyte, 'x')));
+  EXPECT_EQ(ERROR_NO_SYSTEM_RESOURCES, Set(key.Get(), L"w", std::string(kMebibyte + 1, 'y')));
+  EXPECT_EQ(std::string(kMebibyte, 'x'), Get(key.Get(), L"w"));
+}
+
+}  // namespace

@@ -1,0 +1,23 @@
+#include <cstdlib>
+
+#include "tests/support/test_store.h"
+
+namespace Corvane::Test {
+namespace {
+constexpr const char* kVariable = "CORVANE_STORE";
+}
+
+TestStore::TestStore() {
+  if (const char* previous = std::getenv(kVariable)) m_previous = previous;
+  setenv(kVariable, File().c_str(), 1);
+}
+
+TestStore::~TestStore() {
+  if (m_previous) {
+    setenv(kVariable, m_previous->c_str(), 1);
+  } else {
+    unsetenv(kVariable);
+  }
+}
+
+}  // namespace Corvane::Test
