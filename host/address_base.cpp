@@ -27,10 +27,19 @@ HRESULT AddressBase::CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t) 
   return E_NOTIMPL;
 }
 
-HRESULT AddressBase::GetMIBConnection(MIBConnection** connection) {
+HRESULT AddressBase::MakeConnection(MIBConnection**) { return E_NOTIMPL; }
+
+HRESULT AddressBase::GetMIBConnection(MIBConnection** connection) try {
   if (!connection) return E_POINTER;
   *connection = nullptr;
-  return E_NOTIMPL;
+  MIBConnection* made = nullptr;
+  const HRESULT result = MakeConnection(&made);
+  if (FAILED(result)) return result;
+  made->AddRef();
+  *connection = made;
+  return S_OK;
+} catch (const std::exception&) {
+  return E_OUTOFMEMORY;
 }
 
 }  // namespace Corvane::Host

@@ -20,9 +20,11 @@ class AddressBase : public Address, public IDisposableImpl {
   // Any thread; valid until the same thread asks again, whatever other threads exchange meanwhile.
   const wchar_t* GetLastFailure() override { return m_lastFailure->Get(); }
 
-  // A gap: this host has no extended request for IPP and no SNMP session yet. E_NOTIMPL with a null
-  // output; E_POINTER for none.
+  // A gap: this host has no extended request for IPP yet. E_NOTIMPL with a null output; E_POINTER
+  // for none.
   HRESULT CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t port) override;
+  // E_POINTER for no output, E_NOTIMPL where there is no SNMP, E_INVALIDARG for options that no
+  // agent can be spoken to with, E_OUTOFMEMORY; null then.
   HRESULT GetMIBConnection(MIBConnection** connection) override;
 
   // E_POINTER for no output, E_INVALIDARG for a port outside 1 to 65535, E_OUTOFMEMORY; null then.
@@ -33,6 +35,8 @@ class AddressBase : public Address, public IDisposableImpl {
 
   // A new request without a reference yet. It may throw.
   virtual HTTPRequest* MakeRequest(std::uint32_t port) = 0;
+  // The same for an SNMP session: S_OK with one, or why there is none.
+  virtual HRESULT MakeConnection(MIBConnection** connection);
 
   const std::shared_ptr<LastFailure>& Failure() const { return m_lastFailure; }
 

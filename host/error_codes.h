@@ -1,4 +1,5 @@
-// The system error codes that HTTPRequest::GetLastError tells, by their values on Windows.
+// The system error codes that HTTPRequest::GetLastError tells, by their values on Windows, and the
+// results of MIBConnection.
 #ifndef CORVANE_HOST_ERROR_CODES_H_
 #define CORVANE_HOST_ERROR_CODES_H_
 
@@ -8,8 +9,9 @@
 
 namespace Corvane::Host {
 
-constexpr std::uint32_t kReadFault = 30;
+constexpr std::uint32_t kInvalidHandle = 6;
 constexpr std::uint32_t kOutOfMemory = 14;
+constexpr std::uint32_t kReadFault = 30;
 constexpr std::uint32_t kInvalidParameter = 87;
 constexpr std::uint32_t kTimeout = 12002;
 constexpr std::uint32_t kInternalError = 12004;
@@ -28,6 +30,25 @@ constexpr std::uint32_t kResponseTooLarge = 12184;
 constexpr HRESULT ResultFromError(std::uint32_t code) {
   return static_cast<HRESULT>(0x80070000U | (code & 0xFFFFU));
 }
+
+// What an SNMP agent answers. An error status of RFC 3416, 3, by its number: tooBig is 1,
+// noSuchName of version 1 is 2, inconsistentName is 18.
+constexpr HRESULT SnmpStatusResult(std::uint32_t status) {
+  return static_cast<HRESULT>(0x80040600U + status);
+}
+// A variable without a value, by the exception's tag (RFC 3416, 3).
+constexpr HRESULT kSnmpNoSuchObject = SnmpStatusResult(0x80);
+constexpr HRESULT kSnmpNoSuchInstance = SnmpStatusResult(0x81);
+constexpr HRESULT kSnmpEndOfMibView = SnmpStatusResult(0x82);  // nothing follows the OID
+// A report of version 3, by the number of its counter (RFC 3414, 5).
+constexpr HRESULT kSnmpOtherReport = SnmpStatusResult(0xA0);
+constexpr HRESULT kSnmpUnsupportedSecurityLevel = SnmpStatusResult(0xA1);
+constexpr HRESULT kSnmpNotInTimeWindow = SnmpStatusResult(0xA2);
+constexpr HRESULT kSnmpUnknownUser = SnmpStatusResult(0xA3);
+constexpr HRESULT kSnmpUnknownEngine = SnmpStatusResult(0xA4);
+constexpr HRESULT kSnmpWrongDigest = SnmpStatusResult(0xA5);
+constexpr HRESULT kSnmpDecryptionError = SnmpStatusResult(0xA6);
+constexpr HRESULT kSnmpUnknownContext = SnmpStatusResult(0xAF);  // RFC 3413, 4.1.2
 
 }  // namespace Corvane::Host
 

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "corvane/transport.h"
+#include "host/snmp_options.h"
 
 namespace Corvane::Host {
 
@@ -24,6 +25,7 @@ struct NetworkOptions {
                                  << 20;  // a longer body, decoded, fails the exchange: memory
   std::wstring userName;                 // for requests that set no password of their own
   std::wstring password;
+  SnmpOptions snmp;
 };
 
 // One reference, the caller's; null for a missing or malformed host (a name is ASCII, one in other
@@ -42,7 +44,28 @@ struct NetworkOptions {
 // A redirect of a GET is followed, at most 5 times, when scheme, host and port stay; any other
 // redirect is the response. A body is sent a second time only after a 401.
 //
-// CreateIPPHTTPRequest and GetMIBConnection are still missing: E_NOTIMPL.
+// CreateIPPHTTPRequest is still missing: E_NOTIMPL.
+//
+// GetMIBConnection gives an SNMP session to UDP port 161, without asking the network anything yet.
+// E_INVALIDARG, with the reason in GetLastFailure, for SnmpOptions that no agent can be spoken to
+// with. Any thread may use a session; a second one waits until the operation of the first ends.
+// - A request takes `timeoutMs` times `retries` + 1 at most; an operation twice that, for a name to
+//   look up or version 3's question for the engine ID, and GetMultipleValues four times. An agent
+//   whose port is closed is told at once.
+// - GetMultipleValues asks for 60 OIDs at once, as far as they fit a datagram of 1200 bytes. When
+//   the agent answers tooBig or genErr, or is silent to a large request and answers a small one,
+//   requests are halved, for the life of the session. An OID that is none has no value.
+// - OCTET STRING is text when it is UTF-8 or mostly ASCII Latin-1, without control characters but
+//   tab, CR and LF and NULs at the end; all else is pairs of hexadecimal digits, "00:1B:2C". Opaque
+//   reals are decimal text, as are integers that VT_I4 does not hold.
+// - SetValue takes integers of up to 32 bits, VT_BSTR, and arrays of VT_UI1; DISP_E_TYPEMISMATCH
+// for
+//   the rest. It is sent once, and after a time-out may have been done.
+// - Failures: E_INVALIDARG for what is no OID; the error statuses, exceptions and reports of
+//   error_codes.h; ResultFromError of kTimeout, kNameNotResolved, kCannotConnect,
+//   kInvalidServerResponse (the answer is to another OID, has no known type or, of
+//   GetNextOidAndValue, an OID that does not follow), kInvalidHandle after Close. A wrong community
+//   is a time-out: the agent does not answer.
 Address* CreateNetworkAddress(const NetworkOptions& options);
 
 }  // namespace Corvane::Host

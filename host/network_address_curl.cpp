@@ -3,6 +3,7 @@
 
 #include "host/address_base.h"
 #include "host/http_request_curl.h"
+#include "host/mib_connection_netsnmp.h"
 #include "host/network_address.h"
 #include "host/network_device.h"
 
@@ -26,6 +27,10 @@ class NetworkAddress final : public AddressBase {
  protected:
   HTTPRequest* MakeRequest(std::uint32_t port) override {
     return new CurlRequest(m_device, Failure(), port);
+  }
+  HRESULT MakeConnection(MIBConnection** connection) override {
+    *connection = MakeNetSnmpConnection(*m_device, Failure());
+    return *connection ? S_OK : E_INVALIDARG;
   }
 
  private:

@@ -34,6 +34,7 @@ class NetworkDevice {
   // "http://127.0.0.1:8080", of a port as asked for.
   std::string OriginOf(std::uint32_t port) const;
   std::size_t MaxResponseBytes() const;
+  const SnmpOptions& Snmp() const { return m_options.snmp; }
   const TlsTrust& Trust() const { return m_trust; }
   ConnectionPool& Pool() { return m_pool; }
 
@@ -44,7 +45,7 @@ class NetworkDevice {
   void SetPassword(const wchar_t* password);
 
  private:
-  const NetworkOptions m_options;  // without its credentials
+  const NetworkOptions m_options;  // without the credentials that m_settings has
   const std::string m_urlHost;
   const TlsTrust m_trust;
   ConnectionPool m_pool;

@@ -54,6 +54,35 @@ std::string ToUtf8(std::wstring_view text) {
   return out;
 }
 
+std::optional<std::wstring> FromUtf8(std::string_view bytes) {
+  std::wstring out;
+  out.reserve(bytes.size());
+  for (std::size_t i = 0; i < bytes.size();) {
+    const auto lead = static_cast<unsigned char>(bytes[i++]);
+    // A lead byte says how many follow, and the least code that needs as many.
+    const bool known = lead < 0x80 || (lead >= 0xC2 && lead < 0xF5);
+    if (!known) return std::nullopt;
+    const std::size_t more = lead < 0x80 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+    constexpr std::uint32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
+    if (bytes.size() - i < more) return std::nullopt;
+    std::uint32_t code = more == 0 ? lead : lead & (0x3FU >> more);
+    for (const std::size_t end = i + more; i < end; ++i) {
+      const auto byte = static_cast<unsigned char>(bytes[i]);
+      if ((byte & 0xC0) != 0x80) return std::nullopt;
+      code = (code << 6) | (byte & 0x3FU);
+    }
+    if (code < kLeast[more] || code > 0x10FFFF || IsHighSurrogate(code) || IsLowSurrogate(code)) {
+      return std::nullopt;
+    }
+    if (sizeof(wchar_t) == 2 && code >= 0x10000) {
+      out.push_back(static_cast<wchar_t>(0xD800 + ((code - 0x10000) >> 10)));
+      code = 0xDC00 + (code & 0x3FF);
+    }
+    out.push_back(static_cast<wchar_t>(code));
+  }
+  return out;
+}
+
 std::wstring Widen(std::string_view bytes) {
   std::wstring wide;
   wide.reserve(bytes.size());

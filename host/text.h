@@ -2,6 +2,7 @@
 #ifndef CORVANE_HOST_TEXT_H_
 #define CORVANE_HOST_TEXT_H_
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,10 @@ namespace Corvane::Host {
 
 // A unit that is no character, as a lone surrogate, becomes U+FFFD.
 std::string ToUtf8(std::wstring_view text);
+
+// None for bytes that are not UTF-8 (RFC 3629, 3): overlong forms, surrogates and what lies beyond
+// U+10FFFF among them.
+std::optional<std::wstring> FromUtf8(std::string_view bytes);
 
 // Each byte as the code point of its value: right for ASCII, lossless for the rest.
 std::wstring Widen(std::string_view bytes);

@@ -4,6 +4,7 @@ set(expected
   CreateDataCollectionFromDataMapSpecsCollection
   CreateDataCollectionFromFile
   CreateDataCollectionFromXML
+  CreateOIDProvider
   CreateQUARNProvider
   CreateWSProvider
   SetTraceSink)

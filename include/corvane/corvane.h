@@ -7,6 +7,7 @@
 #include "corvane/data_map_spec_collection.h"
 #include "corvane/ipp_data_item_spec.h"
 #include "corvane/next_oid_data_item_spec.h"
+#include "corvane/oid_provider.h"
 #include "corvane/static_data_item_spec.h"
 #include "corvane/trace.h"
 #include "corvane/transport.h"

@@ -83,4 +83,10 @@ HRESULT FakeDevice::CreateHTTPRequest(HTTPRequest** request, std::uint32_t port)
   return S_OK;
 }
 
+HRESULT FakeDevice::GetMIBConnection(MIBConnection** connection) {
+  if (snmp) snmp->AddRef();
+  *connection = snmp;
+  return snmpResult;
+}
+
 }  // namespace Corvane::Test

@@ -24,6 +24,8 @@ class FakeDevice final : public Address, public IDisposableImpl {
   std::map<std::pair<std::uint32_t, std::wstring>, Answer> answers;
   HRESULT createResult = S_OK;  // of CreateHTTPRequest
   bool nullRequest = false;
+  MIBConnection* snmp = nullptr;  // what GetMIBConnection gives; the device answers none without it
+  HRESULT snmpResult = S_OK;
 
   // Every call on this address and its requests, in order: "SetURI /x", "GetResponse", "Dispose",
   // ...
@@ -51,7 +53,7 @@ class FakeDevice final : public Address, public IDisposableImpl {
   const wchar_t* GetLastFailure() override { return L""; }
   HRESULT CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) override;
   HRESULT CreateIPPHTTPRequest(HTTPRequest**, std::uint32_t) override { return E_NOTIMPL; }
-  HRESULT GetMIBConnection(MIBConnection**) override { return E_NOTIMPL; }
+  HRESULT GetMIBConnection(MIBConnection** connection) override;
   void SetUserName(const wchar_t*) override {}
   void SetPassword(const wchar_t*) override {}
   HRESULT SetTimeouts(std::uint32_t, std::uint32_t) override { return S_OK; }

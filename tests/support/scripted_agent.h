@@ -1,0 +1,106 @@
+// SNMP messages of versions 1 and 2c (RFC 1157, RFC 3416) in BER, for agents that a test scripts.
+#ifndef CORVANE_TESTS_SUPPORT_SCRIPTED_AGENT_H_
+#define CORVANE_TESTS_SUPPORT_SCRIPTED_AGENT_H_
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Corvane::Test {
+
+inline std::string Ber(int tag, const std::string& content) {
+  std::string encoded(1, static_cast<char>(tag));
+  if (content.size() >= 0x80) {
+    encoded += '\x82';
+    encoded += static_cast<char>(content.size() >> 8);
+  }
+  return encoded + static_cast<char>(content.size() & 0xFF) + content;
+}
+
+// The first element of `input`, which it is cut off from: its tag and content.
+inline std::pair<int, std::string> NextBer(std::string_view* input) {
+  const auto byte = [input](std::size_t i) {
+    return std::size_t{static_cast<unsigned char>(input->at(i))};
+  };
+  std::size_t start = 2;
+  std::size_t size = byte(1);
+  if (size >= 0x80) {
+    start += size & 0x7F;
+    size = 0;
+    for (std::size_t i = 2; i < start; ++i) size = (size << 8) | byte(i);
+  }
+  std::pair<int, std::string> element(static_cast<int>(byte(0)), input->substr(start, size));
+  input->remove_prefix(start + size);
+  return element;
+}
+
+struct AgentRequest {
+  AgentRequest(const std::string& message) {
+    std::string_view rest = message;
+    const std::string content = NextBer(&rest).second;
+    rest = content;
+    version = NextBer(&rest).second;
+    community = NextBer(&rest).second;
+    const auto [tag, pdu] = NextBer(&rest);
+    command = tag;
+    rest = pdu;
+    id = NextBer(&rest).second;
+    NextBer(&rest);
+    NextBer(&rest);
+    const std::string list = NextBer(&rest).second;
+    for (rest = list; !rest.empty();) {
+      const std::string variable = NextBer(&rest).second;
+      std::string_view pair = variable;
+      names.push_back(NextBer(&pair).second);
+    }
+  }
+
+  // Other names than were asked for: with another last arc, all or those that end in `from`; or
+  // with one arc more.
+  AgentRequest& Rename(char lastArc, char from = 0) {
+    for (std::string& name : names) {
+      if (from == 0 || name.back() == from) name.back() = lastArc;
+    }
+    return *this;
+  }
+  AgentRequest& Extend() {
+    for (std::string& name : names) name += '\x01';
+    return *this;
+  }
+
+  // With values of their own tag and length, each behind the name of the same place.
+  std::string Answer(const std::vector<std::string>& values, int status = 0, int index = 0) const {
+    std::string list;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      list += Ber(0x30, Ber(0x06, names.at(i % names.size())) + values[i]);
+    }
+    const auto number = [](int content) {
+      return Ber(0x02, std::string(1, static_cast<char>(content)));
+    };
+    return Ber(0x30,
+               Ber(0x02, version) + Ber(0x04, community) +
+                   Ber(0xA2, Ber(0x02, id) + number(status) + number(index) + Ber(0x30, list)));
+  }
+  // As agents do it: with the variables of the request.
+  std::string Fail(int status, int index = 0) const {
+    return Answer(std::vector<std::string>(names.size(), Ber(0x05, "")), status, index);
+  }
+  // For each name the text of its last arc, "7".
+  std::string AnswerLastArcs() const {
+    std::vector<std::string> values;
+    for (const std::string& name : names) {
+      values.push_back(Ber(0x04, std::to_string(static_cast<unsigned char>(name.back()))));
+    }
+    return Answer(values);
+  }
+
+  int command = 0;
+  std::string version, community, id;
+  std::vector<std::string> names;
+};
+
+}  // namespace Corvane::Test
+
+#endif  // CORVANE_TESTS_SUPPORT_SCRIPTED_AGENT_H_
