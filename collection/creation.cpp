@@ -1,11 +1,16 @@
 // How a collection is made: the specification parsed, the data map that fits the device chosen.
 #include <memory>
 #include <new>
+#include <optional>
 
+#include "cache/reg_cache_provider.h"
 #include "collection/data_collection_impl.h"
+#include "collection/device_identity.h"
+#include "collection/oid_data_mapper.h"
 #include "collection/xml_data_mapper.h"
 #include "core/dom_class.h"
 #include "core/unique_bstr.h"
+#include "providers/oid_provider_impl.h"
 #include "providers/plsxml_provider_impl.h"
 #include "providers/quarn_provider_impl.h"
 #include "providers/ws_provider_impl.h"
@@ -20,8 +25,6 @@ struct DisposeSpecs {
 };
 using UniqueSpecs = std::unique_ptr<DataMapSpecCollection, DisposeSpecs>;
 
-// A provider for an XML map, or null when the device does not answer its protocol or there is none
-// for it yet.
 RefPtr<IXMLProvider> MakeXmlProvider(Address* address, DataMapTypeEnum type) {
   switch (type) {
     case DataMapTypeQUARN:
@@ -42,12 +45,31 @@ RefPtr<IXMLDOMDocument> NewDocument(HRESULT* result) {
   return document;
 }
 
-// A collection over the map, or null when the device does not fit it. It takes its own reference to
-// the provider.
-RefPtr<DataCollectionImpl> MakeMapper(Address* address, DataMapSpec* spec) {
-  const RefPtr<IXMLProvider> provider = MakeXmlProvider(address, spec->GetDataMapType());
-  if (!provider) return {};
-  return RefPtr<DataCollectionImpl>::Share(new (std::nothrow) XMLDataMapper(provider.Get(), spec));
+// A collection over a data map, and who the device is if that was asked for and it told.
+struct Fit {
+  RefPtr<DataCollectionImpl> mapper;
+  std::optional<std::wstring> identity;
+};
+
+// Without a mapper when the device does not answer the map's protocol or there is no provider for
+// it yet. The mapper takes its own reference to the provider.
+Fit TryDataMap(Address* address, DataMapSpec* spec, bool identify) {
+  Fit fit;
+  const DataMapTypeEnum type = spec->GetDataMapType();
+  if (type == DataMapTypeOID) {
+    const auto provider = RefPtr<OIDProvider>::Adopt(OIDProviderImpl::Create(address));
+    if (!provider) return fit;
+    fit.mapper =
+        RefPtr<DataCollectionImpl>::Share(new (std::nothrow) OIDDataMapper(provider.Get(), spec));
+    if (identify) fit.identity = IdentityOf(provider.Get());
+    return fit;
+  }
+  const RefPtr<IXMLProvider> provider = MakeXmlProvider(address, type);
+  if (!provider) return fit;
+  fit.mapper =
+      RefPtr<DataCollectionImpl>::Share(new (std::nothrow) XMLDataMapper(provider.Get(), spec));
+  if (identify) fit.identity = IdentityOf(provider.Get(), type);
+  return fit;
 }
 
 }  // namespace
@@ -55,17 +77,20 @@ RefPtr<DataCollectionImpl> MakeMapper(Address* address, DataMapSpec* spec) {
 HRESULT DataCollectionImpl::Build(Address* address, DataMapSpecCollection* specs,
                                   DataCollection** collection, ICacheProvider* cache) {
   if (!address || !specs || !collection) return E_FAIL;
+  auto* const registry = dynamic_cast<RegCacheProvider*>(cache);
+  const bool identify = registry && !registry->RegistryPath().empty();
   for (int i = 0; i < specs->GetCount(); ++i) {
     DataMapSpec* const spec = specs->GetDataMapSpec(i);
     if (!spec) continue;
-    RefPtr<DataCollectionImpl> mapper = MakeMapper(address, spec);
-    if (!mapper) continue;
+    Fit fit = TryDataMap(address, spec, identify);
+    if (!fit.mapper) continue;
     if (cache) {
-      mapper->m_cache = RefPtr<ICacheProvider>::Share(cache);
-      mapper->PopulateValueFromCache(cache, spec);
+      fit.mapper->m_cache = RefPtr<ICacheProvider>::Share(cache);
+      if (fit.identity) registry->SetDevice(*std::move(fit.identity), spec->GetProtocolType());
+      fit.mapper->PopulateValueFromCache(cache, spec);
     }
-    mapper->LoadStaticItems(spec);
-    *collection = mapper.Release();
+    fit.mapper->LoadStaticItems(spec);
+    *collection = fit.mapper.Release();
     return S_OK;
   }
   return E_FAIL;

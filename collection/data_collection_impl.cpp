@@ -1,6 +1,9 @@
 #include "collection/data_collection_impl.h"
 
+#include "cache/print_data_cache_provider.h"
+#include "cache/reg_cache_provider.h"
 #include "core/file_time.h"
+#include "core/variant.h"
 #include "corvane/static_data_item_spec.h"
 #include "spec/item_key.h"
 
@@ -13,7 +16,11 @@ DataCollectionImpl::DataCollectionImpl() {
 
 DataCollectionImpl::~DataCollectionImpl() {
   TraceScope trace(L"Corvane::DataCollectionImpl::~DataCollectionImpl");
-  if (m_cache) m_cache->SetDataValues(&m_values);
+  try {
+    if (m_cache) m_cache->SetDataValues(&m_values);
+  } catch (...) {
+    // Memory ran out, and a destructor cannot say so: the cache keeps its old values.
+  }
   m_cache.Reset();
   m_values.clear();
   m_com.End();
@@ -27,15 +34,8 @@ HRESULT DataCollectionImpl::GetValue(const wchar_t* name, VARIANT* value) {
   // Not const: some system headers take the source of a copy so.
   CachedValue& stored = entry->second;
   if (IsExpired(stored.timestamp, stored.lifespan)) return E_FAIL;
-  if (FAILED(VariantCopy(value, &stored.value))) Give(_variant_t(stored.value), value);
+  if (FAILED(VariantCopy(value, &stored.value))) MoveTo(_variant_t(stored.value), value);
   return S_OK;
-}
-
-// What cannot be cleared was never a variant, or is a locked array: there is nothing of it to free
-// here.
-void DataCollectionImpl::Give(_variant_t&& from, VARIANT* to) {
-  if (FAILED(VariantClear(to))) VariantInit(to);
-  *to = from.Detach();
 }
 
 HRESULT DataCollectionImpl::ClearValues(const wchar_t* prefix) {
@@ -75,9 +75,17 @@ HRESULT DataCollectionImpl::StoreValue(const wchar_t* key, VARIANT* value, unsig
   return S_OK;
 }
 
-HRESULT DataCollectionImpl::PopulateValueFromCache(ICacheProvider*, DataMapSpec*) {
+HRESULT DataCollectionImpl::PopulateValueFromCache(ICacheProvider* cache, DataMapSpec* spec) {
   TraceScope trace(L"Corvane::DataCollectionImpl::PopulateValueFromCache");
-  return S_FALSE;  // no cache that keeps values between runs exists yet
+  if (auto* const printer = dynamic_cast<PrintDataCacheProvider*>(cache)) {
+    printer->PopulateFromRegistry(spec, &m_values);
+    return S_OK;
+  }
+  if (auto* const registry = dynamic_cast<RegCacheProvider*>(cache)) {
+    registry->PopulateFromRegistry(spec, &m_values);
+    return S_OK;
+  }
+  return S_FALSE;
 }
 
 }  // namespace Corvane

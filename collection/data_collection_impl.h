@@ -50,12 +50,9 @@ class DataCollectionImpl : public DataCollection {
   virtual HRESULT StoreValue(const wchar_t* key, VARIANT* value, unsigned int lifespan);
 
  protected:
-  // Fills the store with what the cache keeps of the map's items: S_OK, or S_FALSE when the cache
-  // keeps nothing between runs.
+  // Fills the store with what the cache keeps of the map's items: S_OK, or S_FALSE for a cache of a
+  // kind that is not the library's.
   HRESULT PopulateValueFromCache(ICacheProvider* cache, DataMapSpec* spec);
-
-  // Moves a value into an output argument, whose earlier content is cleared.
-  static void Give(_variant_t&& from, VARIANT* to);
 
   RefPtr<ICacheProvider> m_cache;
   CachedValueMap m_values;  // by item key

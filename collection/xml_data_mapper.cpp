@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/class_identification.h"
+#include "core/variant.h"
 #include "providers/plsxml_provider_impl.h"
 #include "providers/quarn_provider_impl.h"
 #include "providers/ws_provider_impl.h"
@@ -55,7 +56,7 @@ HRESULT XMLDataMapper::GetValue(const wchar_t* name, VARIANT* value) {
   if (!item->IsTransient()) {
     StoreValue(name, &converted, static_cast<unsigned int>(item->GetLifespan()));
   }
-  Give(std::move(converted), value);
+  MoveTo(std::move(converted), value);
   return S_OK;
 }
 

@@ -5,7 +5,9 @@ set(expected
   CreateDataCollectionFromFile
   CreateDataCollectionFromXML
   CreateOIDProvider
+  CreatePrintDataCacheProvider
   CreateQUARNProvider
+  CreateRegCacheProvider
   CreateWSProvider
   SetTraceSink)
 if(LIBRARY MATCHES "\\.dll$")

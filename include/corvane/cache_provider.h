@@ -38,4 +38,28 @@ class ICacheProvider : public Corvane::IDisposable {
 
 }  // namespace Corvane
 
+// Each returns a cache with one reference, the caller's; null when there is no memory. Give it to
+// one collection, or to one after the other: it keeps the identity of the collection's device.
+//
+// Both keep VT_BSTR and VT_I4 values alone. A value is stored with the moment of its fetch; whether
+// it is fresh is told, when it is loaded, by the lifespan that the specification gives its item
+// then.
+extern "C" {
+
+// The registry below HKEY_LOCAL_MACHINE (on Linux: corvane/linux/registry.h): a key for each device,
+// by its serial number or UUID, and protocol, under the key `registryPath`. With a null or empty
+// path nothing is kept.
+CORVANE_API Corvane::ICacheProvider* CreateRegCacheProvider(const wchar_t* registryPath);
+
+// The driver data of an open printer (on Linux: corvane/linux/spooler.h), read now. The printer
+// stays the caller's and must stay open while the cache lives.
+CORVANE_API Corvane::ICacheProvider* CreatePrintDataCacheProvider(HANDLE printer);
+
+}  // extern "C"
+
+namespace Corvane {
+using ::CreatePrintDataCacheProvider;
+using ::CreateRegCacheProvider;
+}  // namespace Corvane
+
 #endif  // CORVANE_CACHE_PROVIDER_H_

@@ -1,0 +1,118 @@
+#include "cache/print_data_cache_provider.h"
+
+#include <memory>
+#include <new>
+
+#include "cache/pairing_walk.h"
+#include "cache/stored_value.h"
+#include "core/class_identification.h"
+#include "core/file_time.h"
+#include "core/ref_ptr.h"
+#include "platform/system.h"
+
+namespace Corvane {
+namespace {
+
+constexpr wchar_t kDataKey[] = L"UBidiData";
+constexpr wchar_t kWriteFailed[] = L"Printer Registry writing failed with the error = %d ";
+
+}  // namespace
+
+PrintDataCacheProvider::PrintDataCacheProvider(HANDLE printer) : m_printer(printer) {
+  TraceScope trace(L"Corvane::PrintDataCacheProvider::PrintDataCacheProvider");
+  InitializeDictionary();
+}
+
+PrintDataCacheProvider::~PrintDataCacheProvider() {
+  TraceScope trace(L"Corvane::PrintDataCacheProvider::~PrintDataCacheProvider");
+}
+
+const char* PrintDataCacheProvider::GetTypeName() { return kClassIdentification; }
+
+void PrintDataCacheProvider::InitializeDictionary() {
+  TraceScope trace(L"Corvane::PrintDataCacheProvider::InitializeDictionary");
+  m_values.clear();
+  DWORD needed = 0;
+  DWORD count = 0;
+  if (EnumPrinterDataExW(m_printer, kDataKey, nullptr, 0, &needed, &count) != ERROR_MORE_DATA) {
+    return;
+  }
+  const std::unique_ptr<BYTE[]> buffer(new (std::nothrow) BYTE[needed]);
+  if (!buffer || EnumPrinterDataExW(m_printer, kDataKey, buffer.get(), needed, &needed, &count) !=
+                     ERROR_SUCCESS) {
+    return;
+  }
+  const auto* const entries = reinterpret_cast<const PRINTER_ENUM_VALUESW*>(buffer.get());
+  for (DWORD i = 0; i < count; ++i) {
+    if (!entries[i].pValueName) continue;
+    AddStoredValue(&m_values, entries[i].pValueName,
+                   {entries[i].dwType, entries[i].pData, entries[i].cbData});
+  }
+}
+
+std::uint32_t PrintDataCacheProvider::GetDataValue(const wchar_t* name, VARIANT* value) {
+  TraceScope trace(L"Corvane::PrintDataCacheProvider::GetDataValue");
+  return FindStoredValue(m_values, name, value);
+}
+
+std::uint32_t PrintDataCacheProvider::SetDataValue(const wchar_t* name, const VARIANT* value,
+                                                   std::int64_t timestamp) {
+  TraceScope trace(L"Corvane::PrintDataCacheProvider::SetDataValue");
+  if (!name || !value || value->vt == VT_NULL) return 1;
+  WriteGroup group(m_printer);
+  RegistryWrite(name, *value, timestamp);
+  return Commit(&group, trace);
+}
+
+std::uint32_t PrintDataCacheProvider::SetDataValues(const CachedValueMap* values) {
+  TraceScope trace(L"Corvane::PrintDataCacheProvider::SetDataValues");
+  if (!values) return 1;
+  WriteGroup group(m_printer);
+  for (const auto& [name, cached] : *values) {
+    if (IsExpired(cached.timestamp, cached.lifespan)) continue;
+    RegistryWrite(name, cached.value, static_cast<std::int64_t>(cached.timestamp));
+  }
+  return Commit(&group, trace);
+}
+
+std::uint32_t PrintDataCacheProvider::PopulateFromRegistry(DataMapSpec* spec, CachedValueMap* out) {
+  TraceScope trace(L"Corvane::PrintDataCacheProvider::PopulateFromRegistry");
+  return spec && !m_values.empty() ? FillDataMapSpec(spec, out) : 1;
+}
+
+std::uint32_t PrintDataCacheProvider::FillDataMapSpec(DataMapSpec* spec, CachedValueMap* out) {
+  TraceScope trace(L"Corvane::PrintDataCacheProvider::FillDataMapSpec");
+  return FillFromPairs(m_values, spec, out);
+}
+
+std::uint32_t PrintDataCacheProvider::RegistryWrite(const std::wstring& name, const VARIANT& value,
+                                                    std::int64_t timestamp) {
+  TraceScope trace(L"Corvane::PrintDataCacheProvider::RegistryWrite");
+  // The integer stands in the place of the data's address: see the header.
+  const TypedData integer = {REG_SZ,
+                             reinterpret_cast<const BYTE*>(static_cast<std::intptr_t>(value.lVal)),
+                             sizeof(value.lVal)};
+  const auto write = [this](const std::wstring& under, const TypedData& data) -> DWORD {
+    // Some spoolers (Wine's) read the data before they check it.
+    if (IsBadReadPtr(data.data, data.bytes)) return ERROR_NOACCESS;
+    return SetPrinterDataExW(m_printer, kDataKey, under.c_str(), data.type,
+                             const_cast<BYTE*>(data.data), data.bytes);
+  };
+  return WriteWithCompanion(name, value, timestamp, integer, write, trace, kWriteFailed);
+}
+
+std::uint32_t PrintDataCacheProvider::Commit(WriteGroup* group, const TraceScope& trace) {
+  const LSTATUS error = group->Commit();
+  if (error == ERROR_SUCCESS) return 0;
+  trace.Message(kTraceInfo, kWriteFailed, static_cast<int>(error));
+  return 1;
+}
+
+}  // namespace Corvane
+
+Corvane::ICacheProvider* CreatePrintDataCacheProvider(HANDLE printer) {
+  Corvane::TraceScope trace(L"Corvane::CreatePrintDataCacheProvider");
+  return Corvane::RefPtr<Corvane::ICacheProvider>::Share(
+             new (std::nothrow) Corvane::PrintDataCacheProvider(printer))
+      .Release();
+}

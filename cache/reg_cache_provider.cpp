@@ -1,0 +1,146 @@
+#include "cache/reg_cache_provider.h"
+
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "cache/pairing_walk.h"
+#include "cache/stored_value.h"
+#include "core/class_identification.h"
+#include "core/file_time.h"
+#include "core/ref_ptr.h"
+
+namespace Corvane {
+namespace {
+
+constexpr wchar_t kWriteFailed[] = L"Registry writing failed with the error = %d ";
+constexpr DWORD kUnknownCount = 0xFFFFFFFF;
+
+}  // namespace
+
+RegCacheProvider::RegCacheProvider(const wchar_t* registryPath)
+    : m_registryPath(registryPath ? registryPath : L"") {
+  TraceScope trace(L"Corvane::RegCacheProvider::RegCacheProvider");
+}
+
+RegCacheProvider::~RegCacheProvider() {
+  TraceScope trace(L"Corvane::RegCacheProvider::~RegCacheProvider");
+}
+
+const char* RegCacheProvider::GetTypeName() { return kClassIdentification; }
+
+void RegCacheProvider::SetDevice(std::wstring deviceId, std::wstring protocol) {
+  m_deviceId = std::move(deviceId);
+  m_protocol = std::move(protocol);
+}
+
+std::uint32_t RegCacheProvider::GetDataValue(const wchar_t* name, VARIANT* value) {
+  TraceScope trace(L"Corvane::RegCacheProvider::GetDataValue");
+  return FindStoredValue(m_values, name, value);
+}
+
+std::uint32_t RegCacheProvider::SetDataValue(const wchar_t* name, const VARIANT* value,
+                                             std::int64_t timestamp) {
+  TraceScope trace(L"Corvane::RegCacheProvider::SetDataValue");
+  if (!name || !value) return 1;
+  UniqueHkey key;
+  if (!CreateKey(&key, trace)) return 1;
+  WriteGroup group(key.Get());
+  RegistryWrite(key.Get(), name, *value, timestamp);
+  return Commit(&group, trace);
+}
+
+std::uint32_t RegCacheProvider::SetDataValues(const CachedValueMap* values) {
+  TraceScope trace(L"Corvane::RegCacheProvider::SetDataValues");
+  if (!values || m_registryPath.empty()) return 1;
+  UniqueHkey key;
+  if (!CreateKey(&key, trace)) return 1;
+  WriteGroup group(key.Get());
+  for (const auto& [name, cached] : *values) {
+    if (IsExpired(cached.timestamp, cached.lifespan)) continue;
+    RegistryWrite(key.Get(), name, cached.value, static_cast<std::int64_t>(cached.timestamp));
+  }
+  return Commit(&group, trace);
+}
+
+std::uint32_t RegCacheProvider::PopulateFromRegistry(DataMapSpec* spec, CachedValueMap* out) {
+  TraceScope trace(L"Corvane::RegCacheProvider::PopulateFromRegistry");
+  m_values.clear();
+  UniqueHkey key;
+  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, KeyPath().c_str(), 0, KEY_READ, key.Receive()) !=
+          ERROR_SUCCESS ||
+      !ReadValues(key.Get())) {
+    return 1;
+  }
+  return FillDataMapSpec(spec, out);
+}
+
+std::wstring RegCacheProvider::KeyPath() const {
+  return m_registryPath + L'\\' + m_deviceId + L'\\' + m_protocol;
+}
+
+bool RegCacheProvider::CreateKey(UniqueHkey* key, const TraceScope& trace) const {
+  const LSTATUS error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, KeyPath().c_str(), 0, nullptr, 0,
+                                        KEY_ALL_ACCESS, nullptr, key->Receive(), nullptr);
+  if (error == ERROR_SUCCESS) return true;
+  trace.Message(kTraceInfo, L"RegCreateKeyEx failed with error code =%ld",
+                static_cast<long>(error));
+  return false;
+}
+
+std::uint32_t RegCacheProvider::RegistryWrite(HKEY key, const std::wstring& name,
+                                              const VARIANT& value, std::int64_t timestamp) {
+  TraceScope trace(L"Corvane::RegCacheProvider::RegistryWrite");
+  const TypedData integer = {REG_DWORD, reinterpret_cast<const BYTE*>(&value.lVal),
+                             sizeof(value.lVal)};
+  const auto write = [key](const std::wstring& under, const TypedData& data) {
+    return RegSetValueExW(key, under.c_str(), 0, data.type, data.data, data.bytes);
+  };
+  return WriteWithCompanion(name, value, timestamp, integer, write, trace, kWriteFailed);
+}
+
+std::uint32_t RegCacheProvider::Commit(WriteGroup* group, const TraceScope& trace) {
+  const LSTATUS error = group->Commit();
+  if (error == ERROR_SUCCESS) return 0;
+  trace.Message(kTraceInfo, kWriteFailed, static_cast<int>(error));
+  return 1;
+}
+
+// A value that grows meanwhile, by another process, is passed over.
+bool RegCacheProvider::ReadValues(HKEY key) {
+  DWORD count = 0;
+  DWORD longestName = 0;  // characters, without a terminator
+  DWORD longestData = 0;  // bytes
+  const LSTATUS error = RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                         &count, &longestName, &longestData, nullptr, nullptr);
+  const std::unique_ptr<wchar_t[]> name(new (std::nothrow) wchar_t[std::size_t{longestName} + 1]);
+  const std::unique_ptr<wchar_t[]> data(new (std::nothrow) wchar_t[std::size_t{longestData} + 1]);
+  if (!name || !data) return false;
+  if (error != ERROR_SUCCESS || count == kUnknownCount) return true;
+  auto* const bytes = reinterpret_cast<BYTE*>(data.get());
+  for (DWORD index = 0; index < count; ++index) {
+    DWORD nameChars = longestName + 1;
+    DWORD type = 0;
+    DWORD size = longestData + 1;
+    if (RegEnumValueW(key, index, name.get(), &nameChars, nullptr, &type, bytes, &size) ==
+        ERROR_SUCCESS) {
+      AddStoredValue(&m_values, name.get(), {type, bytes, size});
+    }
+  }
+  return true;
+}
+
+std::uint32_t RegCacheProvider::FillDataMapSpec(DataMapSpec* spec, CachedValueMap* out) {
+  TraceScope trace(L"Corvane::RegCacheProvider::FillDataMapSpec");
+  return FillFromPairs(m_values, spec, out);
+}
+
+}  // namespace Corvane
+
+Corvane::ICacheProvider* CreateRegCacheProvider(const wchar_t* registryPath) {
+  Corvane::TraceScope trace(L"Corvane::CreateRegCacheProvider");
+  using Corvane::ICacheProvider;
+  return Corvane::RefPtr<ICacheProvider>::Share(new (std::nothrow)
+                                                    Corvane::RegCacheProvider(registryPath))
+      .Release();
+}

@@ -1,0 +1,76 @@
+#include "cache/stored_value.h"
+
+#include <charconv>
+#include <cstring>
+#include <iterator>
+
+#include "core/unique_bstr.h"
+#include "core/variant.h"
+
+namespace Corvane {
+namespace {
+
+constexpr std::wstring_view kCompanionEnding = L".Expires";
+
+// Whole characters before the first NUL; the data need not be aligned.
+UINT CharsOfText(const TypedData& data) {
+  const DWORD limit = data.bytes / sizeof(wchar_t);
+  for (DWORD chars = 0; chars < limit; ++chars) {
+    wchar_t c = L'\0';
+    std::memcpy(&c, data.data + chars * sizeof(wchar_t), sizeof(wchar_t));
+    if (c == L'\0') return chars;
+  }
+  return limit;
+}
+
+}  // namespace
+
+TypedData TextData(const std::wstring& text) {
+  return {REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+          static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))};
+}
+
+std::wstring CompanionName(std::wstring_view key) {
+  std::wstring name;
+  name.reserve(key.size() + kCompanionEnding.size());
+  return name.append(key).append(kCompanionEnding);
+}
+
+bool IsCompanionOf(std::wstring_view key, std::wstring_view name) {
+  return name.size() == key.size() + kCompanionEnding.size() && name.starts_with(key) &&
+         name.ends_with(kCompanionEnding);
+}
+
+// std::to_wstring would format by the locale, at ten times the cost.
+std::wstring CompanionText(std::int64_t timestamp) {
+  char digits[24];
+  const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), timestamp);
+  return std::wstring(digits, end);
+}
+
+void AddStoredValue(CachedValueMap* values, const wchar_t* name, const TypedData& data) {
+  _variant_t value;
+  if (data.type == REG_SZ) {
+    UniqueBstr text = UniqueBstr::MakeLength(CharsOfText(data));
+    if (data.bytes > 0) std::memcpy(text.Get(), data.data, text.View().size() * sizeof(wchar_t));
+    value.vt = VT_BSTR;
+    value.bstrVal = text.Release();
+  } else if (data.type == REG_DWORD && data.bytes == sizeof(value.lVal)) {
+    value.vt = VT_I4;
+    std::memcpy(&value.lVal, data.data, sizeof(value.lVal));
+  } else {
+    return;
+  }
+  // Stores list names in about this order.
+  values->try_emplace(values->end(), name)->second.value.Attach(value);
+}
+
+std::uint32_t FindStoredValue(const CachedValueMap& values, const wchar_t* name, VARIANT* value) {
+  if (!name || !value) return 1;
+  const auto entry = values.find(std::wstring_view(name));
+  if (entry == values.end()) return 1;
+  MoveTo(_variant_t(entry->second.value), value);
+  return 0;
+}
+
+}  // namespace Corvane

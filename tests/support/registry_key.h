@@ -1,0 +1,95 @@
+// A registry key of one test's own, below HKEY_LOCAL_MACHINE; it goes with the test.
+#ifndef CORVANE_TESTS_SUPPORT_REGISTRY_KEY_H_
+#define CORVANE_TESTS_SUPPORT_REGISTRY_KEY_H_
+
+#include <cstring>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "core/unique_hkey.h"
+
+namespace Corvane::Test {
+
+class RegistryKey {
+ public:
+  RegistryKey() : m_path(L"Software\\CorvaneTest" + std::to_wstring(std::random_device()())) {}
+  RegistryKey(const RegistryKey&) = delete;
+  RegistryKey& operator=(const RegistryKey&) = delete;
+  ~RegistryKey() { DeleteTree(m_path); }
+
+  const std::wstring& Path() const { return m_path; }
+  std::wstring Path(const std::wstring& below) const { return m_path + L'\\' + below; }
+
+  struct Value {
+    DWORD type = REG_NONE;
+    std::vector<BYTE> data;
+
+    friend bool operator==(const Value&, const Value&) = default;
+  };
+  static Value Text(const std::wstring& text) {
+    Value value{REG_SZ, std::vector<BYTE>((text.size() + 1) * sizeof(wchar_t))};
+    std::memcpy(value.data.data(), text.c_str(), value.data.size());
+    return value;
+  }
+  static Value Number(DWORD number) {
+    Value value{REG_DWORD, std::vector<BYTE>(sizeof(number))};
+    std::memcpy(value.data.data(), &number, sizeof(number));
+    return value;
+  }
+
+  LSTATUS Set(const std::wstring& below, const std::wstring& name, const Value& value) const {
+    UniqueHkey key;
+    const LSTATUS error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, Path(below).c_str(), 0, nullptr, 0,
+                                          KEY_ALL_ACCESS, nullptr, key.Receive(), nullptr);
+    if (error != ERROR_SUCCESS) return error;
+    return RegSetValueExW(key.Get(), name.c_str(), 0, value.type, value.data.data(),
+                          static_cast<DWORD>(value.data.size()));
+  }
+
+  // All values of a key; empty as well when there is no such key.
+  std::map<std::wstring, Value> Values(const std::wstring& below) const {
+    std::map<std::wstring, Value> values;
+    UniqueHkey key;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, Path(below).c_str(), 0, KEY_READ, key.Receive()) !=
+        ERROR_SUCCESS) {
+      return values;
+    }
+    for (DWORD index = 0;; ++index) {
+      wchar_t name[256];
+      DWORD chars = 256;
+      Value value;
+      DWORD bytes = 4096;
+      value.data.resize(bytes);
+      if (RegEnumValueW(key.Get(), index, name, &chars, nullptr, &value.type, value.data.data(),
+                        &bytes) != ERROR_SUCCESS) {
+        return values;
+      }
+      value.data.resize(bytes);
+      values[name] = value;
+    }
+  }
+
+ private:
+  static void DeleteTree(const std::wstring& path) {
+    for (wchar_t name[256];;) {
+      UniqueHkey key;
+      DWORD chars = 256;
+      if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, key.Receive()) !=
+              ERROR_SUCCESS ||
+          RegEnumKeyExW(key.Get(), 0, name, &chars, nullptr, nullptr, nullptr, nullptr) !=
+              ERROR_SUCCESS) {
+        break;
+      }
+      DeleteTree(path + L'\\' + name);
+    }
+    RegDeleteKeyW(HKEY_LOCAL_MACHINE, path.c_str());
+  }
+
+  std::wstring m_path;
+};
+
+}  // namespace Corvane::Test
+
+#endif  // CORVANE_TESTS_SUPPORT_REGISTRY_KEY_H_
