@@ -17,18 +17,18 @@ namespace {
 
 constexpr std::string_view kRecordedPrefix = "recorded:";
 
-[[noreturn]] void ThrowUsage(std::string_view device, const std::string& text) {
+[[noreturn]] void RefuseDevice(std::string_view device, const std::string& text) {
   throw Failure(kBadUsage, "--device " + EscapeText(device) + ": " + text);
 }
 
 Ref<Address> OpenRecorded(const Options& options) {
-  if (options.HasNetworkOption()) {
-    ThrowUsage(options.device,
-               "--port, --tls, --cacert and --timeout are for devices on the network");
+  if (options.network.AnyGiven()) {
+    RefuseDevice(options.device,
+                 "--port, --tls, --cacert, --timeout and SNMP's are for devices on the network");
   }
   const std::string folder = options.device.substr(kRecordedPrefix.size());
   Ref<Address> address(Host::CreateRecordedAddress(PathFromUtf8(folder)));
-  if (!address) ThrowUsage(options.device, "no such folder");
+  if (!address) RefuseDevice(options.device, "no such folder");
   return address;
 }
 
@@ -37,11 +37,11 @@ Ref<Address> OpenRecorded(const Options& options) {
 // The host text without the brackets of an IPv6 literal.
 std::string HostOf(const std::string& device) {
   if (device.empty() || device.find_first_of("/@?# \t\r\n") != std::string::npos) {
-    ThrowUsage(device, "expected an IP address, a host name or recorded:FOLDER");
+    RefuseDevice(device, "expected an IP address, a host name or recorded:FOLDER");
   }
   if (device.front() == '[' && device.back() == ']') return device.substr(1, device.size() - 2);
   if (std::count(device.begin(), device.end(), ':') == 1) {
-    ThrowUsage(device, "an address has no port; say --port FROM=TO");
+    RefuseDevice(device, "an address has no port; say --port FROM=TO");
   }
   return device;
 }
@@ -49,22 +49,24 @@ std::string HostOf(const std::string& device) {
 Ref<Address> OpenOnNetwork(const Options& options) {
   Host::NetworkOptions network;
   network.host = WideFromUtf8(HostOf(options.device));
-  network.portMap = options.portMap;
-  network.tlsPorts.insert(options.tlsPorts.begin(), options.tlsPorts.end());
-  network.caFile = options.caFile;
-  if (options.timeoutMs) {
-    network.totalTimeoutMs = *options.timeoutMs;
-    network.connectTimeoutMs = std::min(network.connectTimeoutMs, *options.timeoutMs);
+  const NetworkArguments& given = options.network;
+  network.portMap = given.portMap;
+  network.tlsPorts.insert(given.tlsPorts.begin(), given.tlsPorts.end());
+  network.caFile = given.caFile;
+  if (given.timeoutMs) {
+    network.totalTimeoutMs = *given.timeoutMs;
+    network.connectTimeoutMs = std::min(network.connectTimeoutMs, *given.timeoutMs);
   }
+  network.snmp = SnmpOptionsOf(given.snmp, given.timeoutMs);
   Ref<Address> address(Host::CreateNetworkAddress(network));
-  if (!address) ThrowUsage(options.device, "no such address");
+  if (!address) RefuseDevice(options.device, "no such address");
   return address;
 }
 
 #else
 
 Ref<Address> OpenOnNetwork(const Options& options) {
-  ThrowUsage(options.device, "this build reads recorded devices only; expected recorded:FOLDER");
+  RefuseDevice(options.device, "this build reads recorded devices only; expected recorded:FOLDER");
 }
 
 #endif

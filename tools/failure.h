@@ -10,9 +10,10 @@ namespace Corvane::Tool {
 enum ExitStatus : int {
   kAllAnswered = 0,
   kSomeUnanswered = 1,
-  kBadUsage = 2,  // the command line, or a specification that cannot be read
+  kBadUsage = 2,  // the command line, or a file named there that cannot be read
   kNoDataMapFits = 3,
   kSystemFailure = 4,  // no memory, or the output cannot be written
+  kCacheFailure = 5,   // of "cache show" and "cache clear"
 };
 
 // The text is UTF-8, one line or several, each printed after "corvane: "; all that came from a
@@ -26,6 +27,9 @@ class Failure : public std::runtime_error {
  private:
   ExitStatus m_status;
 };
+
+// Throws Failure with kBadUsage; `text` is escaped here.
+[[noreturn]] void ThrowUsage(const std::string& text);
 
 }  // namespace Corvane::Tool
 

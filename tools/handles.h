@@ -1,5 +1,5 @@
-// Owners of what the exported interface hands out: references, strings, variants, the COM
-// initialisation of a thread.
+// Owners of what the exported interface and the system hand out: references, strings, variants,
+// keys, printers, the COM initialisation of a thread.
 #ifndef CORVANE_TOOLS_HANDLES_H_
 #define CORVANE_TOOLS_HANDLES_H_
 
@@ -96,6 +96,39 @@ class Variant {
  private:
   VARIANT m_value;
 };
+
+// A handle that a call of its own closes; null is none.
+template <typename Handle, typename Close>
+class SystemHandle {
+ public:
+  SystemHandle() = default;
+  SystemHandle(const SystemHandle&) = delete;
+  SystemHandle& operator=(const SystemHandle&) = delete;
+  ~SystemHandle() { Reset(); }
+
+  Handle Get() const { return m_handle; }
+  void Reset() {
+    if (m_handle) Close()(m_handle);
+    m_handle = nullptr;
+  }
+  // For an output argument: closes what is held first.
+  Handle* Receive() {
+    Reset();
+    return &m_handle;
+  }
+
+ private:
+  Handle m_handle = nullptr;
+};
+
+struct CloseKey {
+  void operator()(HKEY key) const { RegCloseKey(key); }
+};
+struct ClosePrinterHandle {
+  void operator()(HANDLE printer) const { ClosePrinter(printer); }
+};
+using KeyHandle = SystemHandle<HKEY, CloseKey>;
+using PrinterHandle = SystemHandle<HANDLE, ClosePrinterHandle>;
 
 // Holds COM for the calling thread; every COM object must go before it.
 class ComInitialization {

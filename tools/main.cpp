@@ -5,8 +5,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "tools/cache.h"
+#include "tools/cache_commands.h"
 #include "tools/device.h"
 #include "tools/failure.h"
 #include "tools/handles.h"
@@ -29,31 +32,86 @@ void PrintErrorLines(std::string_view text) {
   }
 }
 
-std::vector<std::wstring> NamesToQuery(const Options& options, const Session& session) {
-  if (options.command == Command::kDump) return session.Keys();
-  std::vector<std::wstring> names;
-  for (const std::string& name : options.names) names.push_back(WideFromUtf8(name));
-  return names;
-}
+// Writes answers as they come, or as one object at the end.
+class AnswerPrinter {
+ public:
+  explicit AnswerPrinter(bool json) : m_json(json) {}
 
-ExitStatus PrintValues(const Options& options, Session& session) {
-  ExitStatus status = kAllAnswered;
-  std::vector<NamedValue> answers;
-  for (const std::wstring& name : NamesToQuery(options, session)) {
-    NamedValue answer = session.Query(name);
-    if (answer.result != S_OK) {
-      status = kSomeUnanswered;
+  // True when there is a value.
+  bool Print(NamedValue answer) {
+    const bool answered = answer.result == S_OK;
+    if (!answered) {
+      m_status = kSomeUnanswered;
       PrintErrorLines(FormatProblem(answer));
     }
-    if (options.json) {
-      answers.push_back(std::move(answer));
+    if (m_json) {
+      m_answers.push_back(std::move(answer));
     } else {
       std::cout << FormatLine(answer) << std::flush;
     }
+    return answered;
   }
-  if (options.json) std::cout << FormatJson(answers) << std::flush;
-  if (!std::cout) throw Failure(kSystemFailure, "the output cannot be written");
+
+  ExitStatus Finish() {
+    if (m_json) std::cout << FormatJson(m_answers);
+    return m_status;
+  }
+
+ private:
+  const bool m_json;
+  ExitStatus m_status = kAllAnswered;
+  std::vector<NamedValue> m_answers;
+};
+
+void FlushOutput() {
+  if (!std::cout.flush()) throw Failure(kSystemFailure, "the output cannot be written");
+}
+
+// A table's end is no failure, and a table may be empty.
+void PrintSteps(Session& session, const std::wstring& key, AnswerPrinter& printer) {
+  for (int step = 1; step <= Session::kMaxSteps; ++step) {
+    NamedValue answer = session.Query(Session::StepKey(key, step));
+    if (answer.result == S_FALSE || !printer.Print(std::move(answer))) return;
+  }
+}
+
+ExitStatus PrintValues(const Options& options, Session& session) {
+  AnswerPrinter printer(options.json);
+  if (options.command == Command::kGet) {
+    for (const std::string& name : options.names) printer.Print(session.Query(WideFromUtf8(name)));
+  } else {
+    for (const Session::Key& key : session.Keys()) {
+      if (key.isWalk) {
+        PrintSteps(session, key.name, printer);
+      } else {
+        printer.Print(session.Query(key.name));
+      }
+    }
+  }
+  const ExitStatus status = printer.Finish();
+  FlushOutput();
   return status;
+}
+
+ExitStatus RunQuery(const Options& options) {
+  std::vector<DataMap> maps = LoadSpecification(options.specification);
+  const Ref<Address> device = OpenDevice(options);
+  std::optional<Cache> cache;
+  if (options.cache) cache.emplace(*options.cache);
+  if (cache) PrintErrorLines(cache->Problem());
+  // Gives its values to the cache when it goes.
+  Session session(*device.Get(), std::move(maps), cache ? cache->Provider() : nullptr);
+  return PrintValues(options, session);
+}
+
+ExitStatus RunCacheCommand(const Options& options) {
+  const CommandResult result = options.command == Command::kCacheShow
+                                   ? ShowCache(*options.cache, options.specification, options.json)
+                                   : ClearCacheReporting(*options.cache);
+  std::cout << result.output;
+  FlushOutput();
+  PrintErrorLines(result.problems);
+  return result.status;
 }
 
 ExitStatus Run(int argc, const char* const* argv) {
@@ -62,10 +120,8 @@ ExitStatus Run(int argc, const char* const* argv) {
   std::optional<TracePrinter> trace;
   if (options->trace) trace.emplace(std::cerr);
   const ComInitialization com;
-  std::vector<DataMap> maps = LoadSpecification(options->specification);
-  const Ref<Address> device = OpenDevice(*options);
-  Session session(*device.Get(), std::move(maps));
-  return PrintValues(*options, session);
+  const bool isQuery = options->command == Command::kGet || options->command == Command::kDump;
+  return isQuery ? RunQuery(*options) : RunCacheCommand(*options);
 }
 
 ExitStatus RunReporting(int argc, const char* const* argv) {

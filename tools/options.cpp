@@ -1,19 +1,12 @@
 #include "tools/options.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
-#include <cmath>
-#include <iostream>
-#include <string_view>
 
 #include "tools/failure.h"
-#include "tools/text_escape.h"
+#include "tools/network_options.h"
 
 namespace Corvane::Tool {
 namespace {
-
-constexpr std::uint32_t kLastPort = 65535;
-constexpr double kMaxTimeoutSeconds = 24 * 60 * 60;  // keeps the milliseconds within 32 bits
 
 constexpr char kDescription[] =
     "Reads named values from a printer. A data-map specification says which names there are and\n"
@@ -24,88 +17,73 @@ constexpr char kFooter[] =
     "  corvane get --device 192.0.2.7 --spec office-printer.xml Model Status\n"
     "  corvane dump --device recorded:examples/recorded/office-printer \\\n"
     "      --spec examples/office-printer.xml --json\n"
+    "  corvane get --device 192.0.2.7 --spec office-printer.xml \\\n"
+    "      --cache 'registry:SOFTWARE\\Corvane' Model\n"
+    "  corvane cache show --cache 'registry:SOFTWARE\\Corvane' --spec office-printer.xml\n"
     "\n"
     "Exit status:\n"
     "  0  every name has a value\n"
     "  1  some name has no value; the error stream says why\n"
-    "  2  bad usage, or a specification that cannot be read\n"
+    "  2  bad usage, or a file or printer named there that cannot be opened\n"
     "  3  no data map of the specification fits the device\n"
-    "  4  the output cannot be written, or memory ran out";
+    "  4  the output cannot be written, or memory ran out\n"
+    "  5  \"cache\" could not read or change the cache, or a part of it";
 
-// What the arguments say, before ports and times are read out of it.
-struct RawOptions {
-  std::vector<std::string> ports;
-  std::vector<std::string> tlsPorts;
-  double timeoutSeconds = 0;
-};
+constexpr char kQueryFooter[] =
+    "A cache that cannot be read or written is told on the error stream and costs no answer.\n"
+    "\n"
+    "Secrets of SNMP are not for the command line, where other users can see them: the community\n"
+    "(\"public\" unless given) and the passphrases come from CORVANE_SNMP_COMMUNITY,\n"
+    "CORVANE_SNMP_AUTH_PASSPHRASE and CORVANE_SNMP_PRIV_PASSPHRASE, or from the lines\n"
+    "\"community = TEXT\", \"auth-passphrase = TEXT\" and \"priv-passphrase = TEXT\" of the file "
+    "of\n"
+    "--snmp-secrets, which wins. Without a passphrase version 3 does not sign or not encrypt.\n"
+    "\n"
+    "Run \"corvane --help\" for examples and exit statuses.";
 
-[[noreturn]] void ThrowUsage(const std::string& text) {
-  throw Failure(kBadUsage, EscapeText(text) + "\nRun \"corvane --help\" for help.");
+constexpr char kShowFooter[] =
+    "A cache keeps with each value when it was fetched. How long it stays fresh only the data map\n"
+    "says, and only with --spec is it told. \"passed over\" is a value that the library does not "
+    "read,\n"
+    "because in the order of names another one stands between it and its .Expires, or the two\n"
+    "before it are no pair. An empty or missing cache is no error.";
+
+constexpr char kClearFooter[] =
+    "Deletes the values of known protocols with a time in their .Expires, and the keys that are\n"
+    "then empty. Everything else in the place stays, and is told.";
+
+void AddCacheOption(CLI::App& command, std::string& cache, const char* text) {
+  command.add_option("--cache", cache, text)->type_name("CACHE");
 }
 
-std::uint32_t ParsePort(std::string_view text, const std::string& argument) {
-  std::uint32_t port = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, port);
-  if (error != std::errc() || stop != end || port == 0 || port > kLastPort) {
-    ThrowUsage(argument + ": a port is a number from 1 to 65535");
-  }
-  return port;
+void AddSpecification(CLI::App& command, std::string& specification) {
+  command.add_option("--spec", specification, "the data-map specification")->type_name("FILE");
 }
 
-void TakeRawOptions(const RawOptions& raw, bool hasTimeout, Options& options) {
-  for (const std::string& text : raw.ports) {
-    const std::size_t equals = text.find('=');
-    const std::string argument = "--port " + text;
-    if (equals == std::string::npos) ThrowUsage(argument + ": expected FROM=TO");
-    const std::uint32_t from = ParsePort(std::string_view(text).substr(0, equals), argument);
-    options.portMap[from] = ParsePort(std::string_view(text).substr(equals + 1), argument);
-  }
-  for (const std::string& text : raw.tlsPorts) {
-    options.tlsPorts.insert(ParsePort(text, "--tls " + text));
-  }
-  if (hasTimeout) {
-    const double seconds = raw.timeoutSeconds;
-    if (!(seconds >= 0.001 && seconds <= kMaxTimeoutSeconds)) {
-      ThrowUsage("--timeout: expected seconds from 0.001 to 86400");
-    }
-    options.timeoutMs = static_cast<std::uint32_t>(std::lround(seconds * 1000));
-  }
-}
-
-void AddOptions(CLI::App& command, Options& options, RawOptions& raw) {
+void AddQueryOptions(CLI::App& command, Options& options, std::string& cache,
+                     NetworkOptionReader& network) {
   command
       .add_option("--device", options.device,
                   "the device: an IP address, a host name, or recorded:FOLDER")
       ->type_name("ADDRESS")
       ->required();
-  command.add_option("--spec", options.specification, "the data-map specification")
-      ->type_name("FILE")
-      ->required();
-  // A repeated option takes one argument a time: what follows is a name.
-  command
-      .add_option(
-          "--port", raw.ports,
-          "connect to TO instead of the protocol's port FROM (QUARN 8080, WS 7627, PLSXML 80)")
-      ->type_name("FROM=TO")
-      ->allow_extra_args(false);
-  command.add_option("--tls", raw.tlsPorts, "speak TLS where the protocol's port is PORT")
-      ->type_name("PORT")
-      ->allow_extra_args(false);
-  command.add_option("--cacert", options.caFile, "trust these certificates (PEM) only")
-      ->type_name("FILE");
-  command.add_option("--timeout", raw.timeoutSeconds, "the longest that one exchange may take")
-      ->type_name("SECONDS");
+  AddSpecification(command, options.specification);
+  command.get_option("--spec")->required();
+  AddCacheOption(command, cache,
+                 "keep values here, and answer fresh ones from here: registry:PATH (below "
+                 "HKEY_LOCAL_MACHINE) or printer:NAME");
   command.add_flag("--json", options.json, "write one JSON object");
   command.add_flag("--trace", options.trace, "tell on the error stream what the library does");
-  command.footer("Run \"corvane --help\" for examples and exit statuses.");
+  network.AddTo(command);
+  command.footer(kQueryFooter);
 }
 
 }  // namespace
 
 std::optional<Options> ParseOptions(int argc, const char* const* argv) {
   Options options;
-  RawOptions raw;
+  NetworkOptionReader network;
+  std::string cacheText;
   CLI::App app(kDescription, "corvane");
   app.footer(kFooter);
   app.set_version_flag("--version", "corvane " CORVANE_VERSION, "Print the version and exit");
@@ -114,11 +92,25 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv) {
 
   CLI::App& get = *app.add_subcommand("get", "Print the values of the names given, one a line");
   CLI::App& dump = *app.add_subcommand("dump", "Print every value of the data map that fits");
-  AddOptions(get, options, raw);
-  AddOptions(dump, options, raw);
-  get.add_option("NAME", options.names, "what to read: an item's name, or PREFIX:NAME")
+  AddQueryOptions(get, options, cacheText, network);
+  AddQueryOptions(dump, options, cacheText, network);
+  get.add_option("NAME", options.names,
+                 "what to read: an item's name, PREFIX:NAME, or NAME.002, a step of a walk")
       ->type_name("")
       ->required();
+
+  CLI::App& cache = *app.add_subcommand("cache", "Show or clear what a cache keeps");
+  cache.require_subcommand(0, 1);
+  CLI::App& show = *cache.add_subcommand("show", "Print the values of a cache and their age");
+  AddSpecification(show, options.specification);
+  show.add_flag("--json", options.json, "write one JSON object");
+  show.footer(kShowFooter);
+  CLI::App& clear = *cache.add_subcommand("clear", "Delete the values of a cache");
+  clear.footer(kClearFooter);
+  for (CLI::App* const command : {&show, &clear}) {
+    AddCacheOption(*command, cacheText, "registry:PATH (below HKEY_LOCAL_MACHINE) or printer:NAME");
+    command->get_option("--cache")->required();
+  }
 
   try {
     app.parse(argc, argv);
@@ -128,9 +120,18 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv) {
   } catch (const CLI::ParseError& error) {
     ThrowUsage(error.what());
   }
-  if (!get.parsed() && !dump.parsed()) ThrowUsage("expected a command: get or dump");
-  options.command = get.parsed() ? Command::kGet : Command::kDump;
-  TakeRawOptions(raw, get.count("--timeout") + dump.count("--timeout") > 0, options);
+  if (cache.parsed() && !show.parsed() && !clear.parsed()) {
+    ThrowUsage("cache: expected a command: show or clear");
+  }
+  if (!get.parsed() && !dump.parsed() && !cache.parsed()) {
+    ThrowUsage("expected a command: get, dump or cache");
+  }
+  if (dump.parsed()) options.command = Command::kDump;
+  if (show.parsed()) options.command = Command::kCacheShow;
+  if (clear.parsed()) options.command = Command::kCacheClear;
+  options.network = network.Take();
+  const bool hasCache = cache.parsed() || get.count("--cache") + dump.count("--cache") > 0;
+  if (hasCache) options.cache = ParseCacheLocation(cacheText);
   return options;
 }
 

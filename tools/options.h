@@ -9,26 +9,37 @@
 #include <string>
 #include <vector>
 
+#include "tools/cache_location.h"
+#include "tools/snmp_arguments.h"
+
 namespace Corvane::Tool {
 
-enum class Command { kGet, kDump };
+enum class Command { kGet, kDump, kCacheShow, kCacheClear };
 
-// Texts are UTF-8.
-struct Options {
-  Command command = Command::kGet;
-  std::string device;
-  std::string specification;
-  std::vector<std::string> names;                  // of "get"
+// How a device on the network is reached. Texts are UTF-8.
+struct NetworkArguments {
   std::map<std::uint32_t, std::uint32_t> portMap;  // port asked for -> port connected to
   std::set<std::uint32_t> tlsPorts;                // beside the host's own
   std::string caFile;
   std::optional<std::uint32_t> timeoutMs;  // one exchange in all
+  SnmpArguments snmp;
+
+  bool AnyGiven() const {
+    return !portMap.empty() || !tlsPorts.empty() || !caFile.empty() || timeoutMs.has_value() ||
+           snmp.AnyGiven();
+  }
+};
+
+// Texts are UTF-8.
+struct Options {
+  Command command = Command::kGet;
+  std::string device;              // of "get" and "dump"
+  std::string specification;       // empty only for "cache"
+  std::vector<std::string> names;  // of "get"
+  NetworkArguments network;
+  std::optional<CacheLocation> cache;  // always of "cache"
   bool json = false;
   bool trace = false;
-
-  bool HasNetworkOption() const {
-    return !portMap.empty() || !tlsPorts.empty() || !caFile.empty() || timeoutMs.has_value();
-  }
 };
 
 // Nothing when the arguments asked for help or the version, which has been written to the output.

@@ -1,11 +1,7 @@
 #include "tools/output_json.h"
 
-#include <cstddef>
-#include <cstdio>
-#include <nlohmann/json.hpp>
-
+#include "tools/json_text.h"
 #include "tools/output_text.h"
-#include "tools/text_escape.h"
 #include "tools/utf8.h"
 
 namespace Corvane::Tool {
@@ -38,24 +34,6 @@ Json JsonOf(const VARIANT& value) {
   }
 }
 
-// The library leaves DEL, C1 and directional controls as they are. They stand within strings only,
-// where an escape means the same.
-std::string EscapeControls(const std::string& json) {
-  const std::wstring text = WideFromUtf8(json);
-  std::string out;
-  for (std::size_t position = 0; position < text.size();) {
-    const char32_t codePoint = NextCodePoint(text, position);
-    if (codePoint >= 0x20 && IsControl(codePoint)) {
-      char escape[8];
-      std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(codePoint) & 0xFFFF);
-      out += escape;
-    } else {
-      AppendUtf8(out, codePoint);
-    }
-  }
-  return out;
-}
-
 }  // namespace
 
 std::string FormatJson(const std::vector<NamedValue>& answers) {
@@ -64,7 +42,7 @@ std::string FormatJson(const std::vector<NamedValue>& answers) {
     object[Utf8FromWide(answer.name)] =
         answer.result == S_OK ? JsonOf(answer.value.Get()) : Json(nullptr);
   }
-  return EscapeControls(object.dump(2)) + '\n';
+  return JsonText(object);
 }
 
 }  // namespace Corvane::Tool

@@ -4,10 +4,13 @@
 #include <utility>
 
 #include "corvane/data_map_spec_collection.h"
+#include "corvane/mib_connection.h"
+#include "corvane/next_oid_data_item_spec.h"
 #include "corvane/static_data_item_spec.h"
 #include "corvane/xml_data_item_spec.h"
 #include "tools/dom.h"
 #include "tools/failure.h"
+#include "tools/item_key.h"
 #include "tools/text_escape.h"
 
 namespace Corvane::Tool {
@@ -27,11 +30,13 @@ std::string LabelOf(const DataMap& map) {
 
 }  // namespace
 
-Session::Session(Address& address, std::vector<DataMap> maps) : m_address(address) {
+Session::Session(Address& address, std::vector<DataMap> maps, ICacheProvider* cache)
+    : m_address(address), m_cache(cache) {
   std::string problems = maps.empty() ? ": the specification holds no data map" : "";
   for (const DataMap& map : maps) {
     // Before the collection takes the static items out of the map.
     m_items = ItemsOf(*map.spec.Get());
+    m_type = map.spec->GetDataMapType();
     if (TryDataMap(*map.spec.Get())) return;
     problems += "\ndata map " + std::to_string(map.number) + " (" + LabelOf(map) + "): ";
     problems += WhyNotUsed(map);
@@ -46,7 +51,7 @@ bool Session::TryDataMap(DataMapSpec& map) {
   map.AddRef();  // the collection takes it over
   specs->AddDataMapSpec(&map);
   return CreateDataCollectionFromDataMapSpecsCollection(&m_address, specs.Get(),
-                                                        m_collection.Receive(), nullptr) == S_OK;
+                                                        m_collection.Receive(), m_cache) == S_OK;
 }
 
 std::string Session::WhyNotUsed(const DataMap& map) const {
@@ -55,13 +60,21 @@ std::string Session::WhyNotUsed(const DataMap& map) const {
       return map.spec->GetProtocolType().empty() ? "no protocol"
                                                  : "this build has no protocol of that name";
     case DataMapTypeIPP:
-    case DataMapTypeOID:
       return "this build has no provider for the protocol";
+    case DataMapTypeOID:
+      return WhyNoSnmp();
     default:
       break;
   }
   const std::string failure = LastFailureOf(m_address);
   return failure.empty() ? "the device answers, but does not speak the protocol" : failure;
+}
+
+std::string Session::WhyNoSnmp() const {
+  const std::string failure = LastFailureOf(m_address);
+  Ref<MIBConnection> session;
+  if (m_address.GetMIBConnection(session.Receive()) == E_NOTIMPL) return "the device has no SNMP";
+  return failure.empty() ? "the device's SNMP agent describes no printer" : failure;
 }
 
 NamedValue Session::Query(const std::wstring& name) {
@@ -72,27 +85,53 @@ NamedValue Session::Query(const std::wstring& name) {
   return answer;
 }
 
+const Session::Item* Session::FindItem(std::wstring_view name) const {
+  const auto item = std::find_if(m_items.begin(), m_items.end(),
+                                 [name](const Item& each) { return each.name == name; });
+  return item == m_items.end() ? nullptr : &*item;
+}
+
 std::string Session::WhyNoValue(std::wstring_view name, HRESULT result) const {
   const std::size_t colon = name.find(L':');
   const std::wstring_view itemName =
       colon == std::wstring_view::npos ? name : name.substr(colon + 1);
-  const auto item = std::find_if(m_items.begin(), m_items.end(),
-                                 [itemName](const Item& each) { return each.name == itemName; });
-  if (item == m_items.end()) return "the data map has no such item";
+  const Item* item = FindItem(itemName);
+  // Of a walk a name may have a step behind a dot.
+  if (!item && m_type == DataMapTypeOID) item = FindItem(itemName.substr(0, itemName.find(L'.')));
+  if (!item) return "the data map has no such item";
   if (item->isStatic) return "a static item; its name is " + EscapeText(item->key);
-  if (item->uri.empty()) return "its item has no URI";
-  if (item->xpath.empty()) return "its item has no XPath";
+  return m_type == DataMapTypeOID ? WhyNoOidValue(*item, result) : WhyNoXmlValue(*item, result);
+}
+
+std::string Session::WhyNoXmlValue(const Item& item, HRESULT result) const {
+  if (item.uri.empty()) return "its item has no URI";
+  if (item.xpath.empty()) return "its item has no XPath";
   if (result == S_FALSE) {
-    return "the device's " + EscapeText(item->uri) + " has no " + EscapeText(item->xpath);
+    return "the device's " + EscapeText(item.uri) + " has no " + EscapeText(item.xpath);
   }
-  if (!IsPattern(item->xpath)) return "its XPath does not parse: " + EscapeText(item->xpath);
+  if (!IsPattern(item.xpath)) return "its XPath does not parse: " + EscapeText(item.xpath);
   return LastFailureOf(m_address);
 }
 
-std::vector<std::wstring> Session::Keys() const {
-  std::vector<std::wstring> keys;
-  for (const Item& item : m_items) keys.push_back(item.key);
+std::string Session::WhyNoOidValue(const Item& item, HRESULT result) const {
+  if (item.oid.empty()) return "its item has no OID";
+  if (result == S_FALSE && item.isWalk) return "its walk has no such step";
+  if (result == S_FALSE) return "the device has no value at " + EscapeText(item.oid);
+  std::string failure = LastFailureOf(m_address);
+  if (!failure.empty() || !item.isWalk) return failure;
+  return "a step of a walk is 001 to 999, and its OID " + EscapeText(item.oid) +
+         " numbers between dots";
+}
+
+std::vector<Session::Key> Session::Keys() const {
+  std::vector<Key> keys;
+  for (const Item& item : m_items) keys.push_back({item.key, item.isWalk});
   return keys;
+}
+
+std::wstring Session::StepKey(const std::wstring& walk, int step) {
+  const std::wstring digits = std::to_wstring(1000 + step).substr(1);
+  return walk + L'.' + digits;
 }
 
 std::vector<Session::Item> Session::ItemsOf(DataMapSpec& map) {
@@ -101,13 +140,14 @@ std::vector<Session::Item> Session::ItemsOf(DataMapSpec& map) {
   while (const NexoDataItem* const spec = map.GetNextDataItemSpec()) {
     Item item;
     item.name = TextOrEmpty(spec->GetName());
-    // A prefix counts even when it is empty: the item is then ":NAME".
-    if (spec->GetPrefix()) item.key = TextOrEmpty(spec->GetPrefix()) + L":";
-    item.key += item.name;
+    item.key = ItemKey(*spec);
     item.isStatic = dynamic_cast<const StaticDataItemSpec*>(spec) != nullptr;
     if (const auto* const xml = dynamic_cast<const XMLDataItemSpec*>(spec)) {
       item.uri = TextOrEmpty(xml->GetUri());
       item.xpath = TextOrEmpty(xml->GetXPath());
+    } else if (const auto* const oid = dynamic_cast<const OIDDataItemSpec*>(spec)) {
+      item.oid = TextOrEmpty(oid->GetOid());
+      item.isWalk = dynamic_cast<const NextOIDDataItemSpec*>(spec) != nullptr;
     }
     items.push_back(std::move(item));
   }

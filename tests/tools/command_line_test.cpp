@@ -23,7 +23,10 @@ TEST(CommandLine, RefusesWhatItCannotUse) {
   const std::string spec = device.Specification();
   using Arguments = std::vector<std::string>;
   std::vector<std::pair<Arguments, std::string>> cases = {
-      {{}, "get or dump"},
+      {{}, "get, dump or cache"},
+      {{"cache"}, "show or clear"},
+      {{"cache", "show"}, "--cache"},
+      {{"cache", "clear", "--cache", "registry:A", "--spec", spec}, "--spec"},
       {{"put"}, "put"},
       {{"get", "--spec", spec, "x"}, "--device"},
       {{"get", "--device", device.Address(), "x"}, "--spec"},
@@ -31,14 +34,28 @@ TEST(CommandLine, RefusesWhatItCannotUse) {
       {{"dump", "--device", device.Address(), "--spec", spec, "x"}, "x"},
       {{"dump", "--device", device.Address(), "--spec", spec, "--q"}, "--q"},
       {{"dump", "--device", device.Address(), "--spec", spec, "--port", "80=81"}, "on the network"},
+      {{"dump", "--device", device.Address(), "--spec", spec, "--snmp-user", "u"},
+       "on the network"},
       {{"dump", "--device", "recorded:/no/where", "--spec", spec}, "folder"},
       {{"dump", "--device", "http://h/", "--spec", spec}, "expected"}};
   const std::tuple<const char*, const char*, const char*> kOptions[] = {
       {"--port", "80", "FROM=TO"},         {"--port", "80=0", "1 to 65535"},
       {"--port", "65536=1", "1 to 65535"}, {"--tls", "4x", "--tls 4x"},
-      {"--timeout", "inf", "seconds"},     {"--timeout", "0", "seconds"}};
+      {"--timeout", "inf", "seconds"},     {"--timeout", "0", "seconds"},
+      {"--timeout", "2s", "seconds"}};
   for (const auto& [option, value, complaint] : kOptions) {
     cases.push_back({{"dump", "--device", "h", "--spec", spec, option, value}, complaint});
+  }
+  const std::pair<const char*, const char*> kCaches[] = {
+      {"", "expected registry:PATH"},        {"SOFTWARE\\Corvane", "expected registry:PATH"},
+      {"file:x", "expected registry:PATH"},  {"registry:", "is missing"},
+      {"registry:\\\\", "is missing"},       {"printer:", "is missing"},
+      {"registry:\\A", "begins below"},      {"registry:HKEY_LOCAL_MACHINE\\A", "begins below"},
+      {"printer:a,b\\c", "cannot be opened"}};
+  for (const auto& [cache, complaint] : kCaches) {
+    cases.push_back({{"cache", "show", "--cache", cache}, complaint});
+    cases.push_back(
+        {{"get", "x", "--device", device.Address(), "--spec", spec, "--cache", cache}, complaint});
   }
   for (const auto& [arguments, complaint] : cases) {
     SCOPED_TRACE(testing::PrintToString(arguments));

@@ -100,7 +100,7 @@ TEST(DataMaps, NoneThatFitsIsExplainedMapByMap) {
       "corvane: data map 1 (QUARN): GET ",
       "corvane: data map 2 (WS): the device answers, but does not speak the protocol",
       "corvane: data map 3 (XMLDataMap): no protocol",
-      "corvane: data map 4 (OID): this build has no provider for the protocol",
+      "corvane: data map 4 (OID): the device has no SNMP",
       "corvane: data map 5 (SN\\nMP): this build has no protocol of that name",
       "corvane: data map 6 (Note): no protocol",
   };
