@@ -8,7 +8,6 @@
 #include "core/class_identification.h"
 #include "core/file_time.h"
 #include "core/ref_ptr.h"
-#include "platform/system.h"
 
 namespace Corvane {
 namespace {
@@ -88,17 +87,16 @@ std::uint32_t PrintDataCacheProvider::FillDataMapSpec(DataMapSpec* spec, CachedV
 std::uint32_t PrintDataCacheProvider::RegistryWrite(const std::wstring& name, const VARIANT& value,
                                                     std::int64_t timestamp) {
   TraceScope trace(L"Corvane::PrintDataCacheProvider::RegistryWrite");
-  // The integer stands in the place of the data's address: see the header.
-  const TypedData integer = {REG_SZ,
-                             reinterpret_cast<const BYTE*>(static_cast<std::intptr_t>(value.lVal)),
-                             sizeof(value.lVal)};
-  const auto write = [this](const std::wstring& under, const TypedData& data) -> DWORD {
-    // Some spoolers (Wine's) read the data before they check it.
-    if (IsBadReadPtr(data.data, data.bytes)) return ERROR_NOACCESS;
-    return SetPrinterDataExW(m_printer, kDataKey, under.c_str(), data.type,
-                             const_cast<BYTE*>(data.data), data.bytes);
-  };
-  return WriteWithCompanion(name, value, timestamp, integer, write, trace, kWriteFailed);
+  return WriteWithCompanion(
+      name, value, timestamp,
+      [this](const std::wstring& under, const std::wstring& text) -> DWORD {
+        const TypedData data = TextData(text);
+        return SetPrinterDataExW(m_printer, kDataKey, under.c_str(), data.type,
+                                 const_cast<BYTE*>(data.data), data.bytes);
+      },
+      // Not left to the spooler: it would store whatever lies at an address that happens to exist,
+      // and Wine's would fault on others.
+      [](const std::wstring&, LONG) -> DWORD { return ERROR_NOACCESS; }, trace, kWriteFailed);
 }
 
 std::uint32_t PrintDataCacheProvider::Commit(WriteGroup* group, const TraceScope& trace) {

@@ -16,9 +16,9 @@ namespace Corvane {
 // made; what it writes itself is seen by the next object. Keys and companions are those of the
 // registry cache. Failures of the spooler are traced, and are results of 1.
 //
-// An integer never reaches the printer data as a number: its write hands the spooler the integer in
-// the place of the data's address, which the spooler refuses, so that the companion is not written
-// either. A device's integers are then simply fetched again by the next run.
+// An integer never reaches the printer data: in REG_SZ data of 4 bytes it stands where the data's
+// address belongs, and is refused as an address that cannot be read (998). Its companion is not
+// written either, so that the next run fetches the value again.
 class PrintDataCacheProvider : public IDisposableImpl, public ICacheProvider {
  public:
   // The printer stays the caller's, who closes it after the object has gone.

@@ -91,12 +91,18 @@ bool RegCacheProvider::CreateKey(UniqueHkey* key, const TraceScope& trace) const
 std::uint32_t RegCacheProvider::RegistryWrite(HKEY key, const std::wstring& name,
                                               const VARIANT& value, std::int64_t timestamp) {
   TraceScope trace(L"Corvane::RegCacheProvider::RegistryWrite");
-  const TypedData integer = {REG_DWORD, reinterpret_cast<const BYTE*>(&value.lVal),
-                             sizeof(value.lVal)};
   const auto write = [key](const std::wstring& under, const TypedData& data) {
     return RegSetValueExW(key, under.c_str(), 0, data.type, data.data, data.bytes);
   };
-  return WriteWithCompanion(name, value, timestamp, integer, write, trace, kWriteFailed);
+  return WriteWithCompanion(
+      name, value, timestamp,
+      [&](const std::wstring& under, const std::wstring& text) {
+        return write(under, TextData(text));
+      },
+      [&](const std::wstring& under, const LONG& number) {
+        return write(under, {REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number)});
+      },
+      trace, kWriteFailed);
 }
 
 std::uint32_t RegCacheProvider::Commit(WriteGroup* group, const TraceScope& trace) {

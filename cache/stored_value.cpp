@@ -1,5 +1,6 @@
 #include "cache/stored_value.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <iterator>
@@ -55,9 +56,11 @@ void AddStoredValue(CachedValueMap* values, const wchar_t* name, const TypedData
     if (data.bytes > 0) std::memcpy(text.Get(), data.data, text.View().size() * sizeof(wchar_t));
     value.vt = VT_BSTR;
     value.bstrVal = text.Release();
-  } else if (data.type == REG_DWORD && data.bytes == sizeof(value.lVal)) {
+  } else if (data.type == REG_DWORD) {
     value.vt = VT_I4;
-    std::memcpy(&value.lVal, data.data, sizeof(value.lVal));
+    value.lVal = 0;
+    const std::size_t bytes = std::min<std::size_t>(data.bytes, sizeof(value.lVal));
+    if (bytes > 0) std::memcpy(&value.lVal, data.data, bytes);
   } else {
     return;
   }

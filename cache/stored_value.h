@@ -19,7 +19,7 @@ struct TypedData {
   DWORD bytes;
 };
 
-// `text` must end with a terminator, which is counted.
+// With its terminator.
 TypedData TextData(const std::wstring& text);
 
 std::wstring CompanionName(std::wstring_view key);
@@ -28,34 +28,34 @@ bool IsCompanionOf(std::wstring_view key, std::wstring_view name);
 std::wstring CompanionText(std::int64_t timestamp);
 
 // Adds what a store holds under `name`: REG_SZ as VT_BSTR, up to its first NUL or its end, and
-// REG_DWORD of 4 bytes as VT_I4. Everything else is left out.
+// REG_DWORD as VT_I4, of which missing bytes are 0. Other types are left out.
 void AddStoredValue(CachedValueMap* values, const wchar_t* name, const TypedData& data);
 
 // ICacheProvider::GetDataValue over what was read: 0 and a copy, or 1.
 std::uint32_t FindStoredValue(const CachedValueMap& values, const wchar_t* name, VARIANT* value);
 
-// Writes a value, if it is VT_BSTR (up to its first NUL) or VT_I4 (as `integer`), and its
-// companion: 0; or 1 at the first failure, which `trace` tells by `message` with the error code.
-// Nothing is written under an empty name. `write` takes a name and TypedData and gives a system
-// error code.
-template <typename Write>
+// Writes a value, if it is VT_BSTR (up to its first NUL) or VT_I4, and its companion: 0; or 1 at
+// the first failure, which `trace` tells by `message` with the error code. Nothing is written under
+// an empty name. `writeText` takes a name and a text, `writeInteger` a name and a LONG; each gives
+// a system error code.
+template <typename WriteText, typename WriteInteger>
 std::uint32_t WriteWithCompanion(const std::wstring& name, const VARIANT& value,
-                                 std::int64_t timestamp, const TypedData& integer, Write write,
-                                 const TraceScope& trace, const wchar_t* message) {
+                                 std::int64_t timestamp, WriteText writeText,
+                                 WriteInteger writeInteger, const TraceScope& trace,
+                                 const wchar_t* message) {
   if (name.empty()) return 1;
-  const auto attempt = [&](const std::wstring& under, const TypedData& data) {
-    const auto error = write(under, data);
+  const auto succeeded = [&](auto error) {
     if (error != ERROR_SUCCESS) trace.Message(kTraceInfo, message, static_cast<int>(error));
     return error == ERROR_SUCCESS;
   };
   if (value.vt == VT_BSTR) {
     // A null BSTR is an empty text.
     const std::wstring text = value.bstrVal ? value.bstrVal : L"";
-    if (!attempt(name, TextData(text))) return 1;
+    if (!succeeded(writeText(name, text))) return 1;
   } else if (value.vt == VT_I4) {
-    if (!attempt(name, integer)) return 1;
+    if (!succeeded(writeInteger(name, value.lVal))) return 1;
   }
-  return attempt(CompanionName(name), TextData(CompanionText(timestamp))) ? 0 : 1;
+  return succeeded(writeText(CompanionName(name), CompanionText(timestamp))) ? 0 : 1;
 }
 
 }  // namespace Corvane

@@ -21,6 +21,11 @@ bool IsGroupMember(OIDDataItemSpec& item) {
          !item.GetNextOIDDataItemSpec() && !std::wcschr(item.GetOid(), L';');
 }
 
+// What no store or cache could give back as a value.
+bool IsNothing(const VARIANT& value) {
+  return value.vt == VT_EMPTY || value.vt == VT_NULL || value.vt == VT_ERROR;
+}
+
 std::wstring StepKey(const std::wstring& base, int step) {
   std::wstring digits = std::to_wstring(step);
   digits.insert(0, 3 - std::min<std::size_t>(digits.size(), 3), L'0');
@@ -44,12 +49,19 @@ int StepOf(std::wstring_view suffix) {
 struct OIDDataMapper::Request {
   explicit Request(std::wstring_view text) : whole(text) {
     const std::size_t colon = text.find(L':');
-    const std::size_t start = colon == std::wstring_view::npos ? 0 : colon + 1;
-    rest = text.substr(start);
-    const std::size_t dot = rest.find(L'.');
+    rest = text.substr(colon == std::wstring_view::npos ? 0 : colon + 1);
+    TakeNoSuffix();
+  }
+  void TakeNoSuffix() {
+    name = rest;
+    prefixAndName = whole;
+    suffix.reset();
+  }
+  // `dot` is a place in `rest`.
+  void TakeSuffixAt(std::size_t dot) {
     name = rest.substr(0, dot);
-    if (dot != std::wstring_view::npos) suffix = rest.substr(dot + 1);
-    prefixAndName = text.substr(0, start + name.size());
+    suffix = rest.substr(dot + 1);
+    prefixAndName = whole.substr(0, whole.size() - suffix->size() - 1);
   }
 
   std::wstring_view whole;
@@ -100,32 +112,39 @@ HRESULT OIDDataMapper::GetValue(const wchar_t* name, VARIANT* value) {
   return result;
 }
 
-// A dot may belong to the item's own name; then there is no suffix.
+// A dot may belong to the item's own name; then there is no suffix. Only walks have one.
 OIDDataItemSpec* OIDDataMapper::FindItem(Request* request) {
   if (!m_spec) return nullptr;
   const auto find = [this](std::wstring_view name) {
     return dynamic_cast<OIDDataItemSpec*>(m_spec->GetDataItemSpec(std::wstring(name)));
   };
   if (OIDDataItemSpec* const item = find(request->rest)) {
-    request->name = request->rest;
-    request->prefixAndName = request->whole;
-    request->suffix.reset();
+    request->TakeNoSuffix();
     return item;
   }
-  return request->suffix ? find(request->name) : nullptr;
+  for (const std::size_t dot : {request->rest.find(L'.'), request->rest.rfind(L'.')}) {
+    if (dot == std::wstring_view::npos) break;
+    request->TakeSuffixAt(dot);
+    OIDDataItemSpec* const item = find(request->name);
+    if (item && item->GetNextOIDDataItemSpec()) return item;
+  }
+  return nullptr;
 }
 
-void OIDDataMapper::Keep(const OIDDataItemSpec& item, const std::wstring& key, _variant_t* value) {
+bool OIDDataMapper::Keep(const OIDDataItemSpec& item, const std::wstring& key, _variant_t* value) {
+  if (IsNothing(*value)) return false;
   *value = item.ConvertValue(std::move(*value));
-  if (item.IsTransient()) return;
-  StoreValue(key.c_str(), value, static_cast<unsigned int>(item.GetLifespan()));
+  if (!item.IsTransient()) {
+    StoreValue(key.c_str(), value, static_cast<unsigned int>(item.GetLifespan()));
+  }
+  return true;
 }
 
 HRESULT OIDDataMapper::GetAlone(const OIDDataItemSpec& item, const std::wstring& key,
                                 _variant_t* value) {
   const HRESULT result = m_provider->GetValue(item.GetOid(), value);
-  if (result == S_OK) Keep(item, key, value);
-  return result;
+  if (result != S_OK) return result;
+  return Keep(item, key, value) ? S_OK : S_FALSE;
 }
 
 HRESULT OIDDataMapper::GetGrouped(const OIDDataItemSpec& item, const wchar_t* name,
@@ -161,9 +180,8 @@ HRESULT OIDDataMapper::ReadGroup(const OIDDataItemSpec& item, _variant_t* value)
                                 oids.data(), values.data(), static_cast<unsigned>(oids.size())));
   if (!grouped) return GetAlone(item, ItemKey(item), value);
   for (std::size_t i = 0; i < members.size(); ++i) {
-    if (values[i].vt == VT_EMPTY || values[i].vt == VT_ERROR) continue;
-    Keep(*members[i], ItemKey(*members[i]), &values[i]);
-    if (members[i] == &item) *value = std::move(values[i]);
+    const bool kept = Keep(*members[i], ItemKey(*members[i]), &values[i]);
+    if (kept && members[i] == &item) *value = std::move(values[i]);
   }
   return value->vt == VT_EMPTY ? S_FALSE : S_OK;
 }
@@ -204,8 +222,8 @@ HRESULT OIDDataMapper::Walk(NextOIDDataItemSpec& item, const std::wstring& base,
     if (*oid <= last) return result;
     current = next.data();
     last = *std::move(oid);
-    Keep(item, StepKey(base, step), &fetched);
-    if (step != wanted) continue;
+    const bool kept = Keep(item, StepKey(base, step), &fetched);
+    if (step != wanted || !kept) continue;
     *value = std::move(fetched);
     result = S_OK;
   }

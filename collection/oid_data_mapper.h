@@ -44,14 +44,15 @@ class OIDDataMapper : public DataCollectionImpl, public IDisposableImpl {
   //   or kMaxWalkSeconds; and with the first failure, which is the result when the step asked for
   //   was not reached. A transient walk ends at that step.
   //
-  // S_FALSE when a walk has no such step, or the group's answer no value for the item.
+  // S_FALSE when a walk has no such step, or the device no value (VT_EMPTY, VT_NULL or VT_ERROR)
+  // where the session tells no failure; E_FAIL when a walk's time is up before the step.
   HRESULT GetValue(const wchar_t* name, VARIANT* value) override;
   std::wstring GetDataMapName() override;
 
  private:
   struct Request;
 
-  // Of the request's name, with or without what follows its dot; the request is settled by that.
+  // The request is settled by it: whether its name ends with a suffix, and where.
   OIDDataItemSpec* FindItem(Request* request);
   // Each gives a converted value, which is stored.
   HRESULT GetAlone(const OIDDataItemSpec& item, const std::wstring& key, _variant_t* value);
@@ -62,8 +63,8 @@ class OIDDataMapper : public DataCollectionImpl, public IDisposableImpl {
   HRESULT ReadGroup(const OIDDataItemSpec& item, _variant_t* value);
   HRESULT Walk(NextOIDDataItemSpec& item, const std::wstring& base, int wanted, _variant_t* value);
   void ForgetStepsFrom(int step, const std::wstring& base);
-  // Converts the value in place and stores it unless the item is transient.
-  void Keep(const OIDDataItemSpec& item, const std::wstring& key, _variant_t* value);
+  // Converts the value in place and stores it unless the item is transient. False when it is none.
+  bool Keep(const OIDDataItemSpec& item, const std::wstring& key, _variant_t* value);
 
   RefPtr<OIDProvider> m_provider;
   RefPtr<DataMapSpec> m_spec;

@@ -11,8 +11,9 @@ namespace Corvane {
 
 // Answers values by name from its store while they are fresh, else from the device. Used by one
 // thread at a time, the one that made it: it holds that thread's COM initialisation. Out of memory
-// in string or variant work is raised as _com_error with E_OUTOFMEMORY or as std::bad_alloc;
-// nothing else is thrown.
+// in string or variant work is raised as _com_error with E_OUTOFMEMORY or as std::bad_alloc; making
+// a collection also raises _com_error when an SNMP agent describes its device by something that is
+// no text. Nothing else is thrown.
 class DataCollection : public Corvane::IDisposable {
  public:
   virtual ~DataCollection() = default;
@@ -22,9 +23,12 @@ class DataCollection : public Corvane::IDisposable {
   // result it is untouched:
   // - E_FAIL: a null argument, no such item, an item without a place on the device, a device that
   //   did not answer, or an expression that does not parse.
-  // - S_FALSE: the device answered, and its document has no such node.
+  // - S_FALSE: the device answered, and its document has no such node, or it has no such object or
+  //   step of a walk.
   // - Other codes are the provider's, unchanged.
-  // May exchange data with the device.
+  // A step of a walk is asked for by its number, "prefix:name.001" to ".999"; without one the first
+  // answers. A walk stores all its steps, and ends after 999 or after 60 seconds at the latest.
+  // Items of one group are fetched and stored together. May exchange data with the device.
   virtual HRESULT GetValue(const wchar_t* name, VARIANT* value) = 0;
 
   // Forgets the stored values whose key begins with `prefix` and ":". S_OK when there was one, else

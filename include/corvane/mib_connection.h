@@ -9,7 +9,8 @@
 namespace Corvane {
 
 // OIDs are dotted decimal text; a dot in front is allowed. Values are VT_I4 and VT_BSTR; a number
-// that VT_I4 does not hold is its decimal text. Codes go back to the library's caller unchanged; 0
+// that VT_I4 does not hold is its decimal text (other types are handed on, but no cache keeps
+// them). Codes go back to the library's caller unchanged; 0
 // is success. The caller of an operation clears the variants that it fills. A failure leaves the
 // outputs as they were. Operations marked "host" are never called by the library.
 class CORVANE_API MIBConnection : public virtual Corvane::IDisposable {

@@ -25,7 +25,7 @@ class CORVANE_API NextOIDDataItemSpec : public OIDDataItemSpec {
 
   // The walk runs to the end of the subtree, whatever Count says.
   bool IsUntilEnd() const { return m_untilEnd; }
-  // Steps of the walk at most.
+  // Steps of the walk at most; with 0, and not UntilEnd, it has none.
   int Count() const { return m_count; }
 
  protected:

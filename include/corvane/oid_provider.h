@@ -8,9 +8,9 @@
 namespace Corvane {
 
 // Values at OIDs of one device, in dotted decimal, through the SNMP session of the device's
-// `Address` (RFC 3416). Used by one thread at a time. Every operation is one call on the session,
-// whose result comes back unchanged; 0 is success. E_FAIL, without an exchange, for a null argument
-// or a count or size of 0. The caller clears the variants.
+// `Address` (RFC 3416). Used by one thread at a time. Every operation is one call on the session (a
+// trigger makes two), whose result comes back unchanged; 0 is success. E_FAIL, without an exchange,
+// for a null argument or a count or size of 0. The caller clears the variants.
 class CORVANE_API OIDProvider : public Corvane::IDisposable {
  public:
   OIDProvider();
@@ -25,7 +25,7 @@ class CORVANE_API OIDProvider : public Corvane::IDisposable {
   // The OID after `oid` and its value; `nextOidSize` counts wide characters with the terminator.
   virtual HRESULT GetNextOidAndValue(const wchar_t* oid, wchar_t* nextOid, unsigned nextOidSize,
                                      VARIANT* value) = 0;
-  // `count` OIDs and `count` initialised variants, in one request.
+  // `count` OIDs and `count` initialised variants, as MIBConnection::GetMultipleValues.
   virtual HRESULT GetMultipleValues(const wchar_t** oids, VARIANT* values, unsigned count) = 0;
 };
 

@@ -62,7 +62,7 @@ TEST_F(PrintDataCacheProviderTest, WritesWhatTheNextObjectReads) {
 
 TEST_F(PrintDataCacheProviderTest, NeverWritesAnInteger) {
   const auto cache = Cache();
-  for (const long integer : {0L, -1L, 100000L, 0x7FFFFFFFL}) {
+  for (const long integer : {0L, -1L, 65536L, 0x400000L, 0x7FFE0000L, 0x7FFFFFFFL}) {
     const _variant_t value(integer, VT_I4);
     EXPECT_EQ(0u, cache->SetDataValue(L"A", &value, 0)) << integer;
   }

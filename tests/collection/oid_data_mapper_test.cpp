@@ -19,6 +19,8 @@ constexpr wchar_t kSpec[] =
     L"<DataItem Name='Ack' OID='1.3.2;1.3.9' GroupID='g'/>"
     L"<DataItem Name='No.dots' OID='1.3.3'/>"
     L"<DataItem Name='Nowhere'/>"
+    L"<DataItem Name='Mute' OID='1.3.77;1.3.9'/>"
+    L"<NextDataItem Name='Walk.dots' OID='1.3.5' Count='1'/>"
     L"<DataItem Name='Black' Prefix='toner' OID='1.3.4.1' GroupID='g'/>"
     L"<DataItem Name='Cyan' Prefix='toner' OID='1.3.4.2' GroupID='g'>"
     L"<Conversion Contains='default' Value='?'/></DataItem>"
@@ -95,6 +97,9 @@ TEST_F(OidDataMapperTest, AsksTheDeviceForWhatItDoesNotKnow) {
       {L"Gone", L"[1]", {L"GetMany 1.3.4.1 1.3.4.2 1.3.4.99"}},
       {L"Nowhere", L"[80004005]", {}},
       {L"Unknown", L"[80004005]", {}},
+      {L"State.001", L"[80004005]", {}},
+      {L"Mute", L"[1]", {L"Get 1.3.77", L"Set 1.3.9"}},
+      {L"Mute", L"[1]", {L"Get 1.3.77", L"Set 1.3.9"}},
       {L"state", L"[80004005]", {}},
       {L"", L"[80004005]", {}},
       {nullptr, L"[80004005]", {}},
@@ -131,6 +136,9 @@ TEST_F(OidDataMapperTest, WalksBelowTheBase) {
     EXPECT_EQ(L'[', Get(name)[0]) << name;
   }
   EXPECT_EQ(Calls{}, TakeCalls());
+
+  EXPECT_EQ(L"1.3.5.1", Get(L"Walk.dots.001"));
+  EXPECT_EQ(1u, TakeCalls().size());
 
   EXPECT_EQ(L"1.3.5.2.7", Get(L"Now.002"));
   EXPECT_EQ(2u, TakeCalls().size()) << "a transient walk ends at the step";

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdint>
 
+namespace Corvane {
 namespace {
 
 constexpr std::uintptr_t kPageBytes = 4096;  // the smallest of x86-64
@@ -25,16 +26,18 @@ bool IsPageReadable(std::uintptr_t address) {
 
 }  // namespace
 
-extern "C" BOOL WINAPI IsBadReadPtr(const void* memory, UINT_PTR bytes) {
-  if (bytes == 0) return FALSE;
+bool IsReadable(const void* memory, std::size_t bytes) {
+  if (bytes == 0) return true;
   const auto first = reinterpret_cast<std::uintptr_t>(memory);
   // The first page is never mapped, and a null set would be no set.
-  if (first < kPageBytes || first > UINTPTR_MAX - (bytes - 1)) return TRUE;
+  if (first < kPageBytes || first > UINTPTR_MAX - (bytes - 1)) return false;
   const std::uintptr_t last = first + (bytes - 1);
-  if (!IsPageReadable(last)) return TRUE;
+  if (!IsPageReadable(last)) return false;
   for (std::uintptr_t page = first & ~(kPageBytes - 1); page < (last & ~(kPageBytes - 1));
        page += kPageBytes) {
-    if (!IsPageReadable(page)) return TRUE;
+    if (!IsPageReadable(page)) return false;
   }
-  return FALSE;
+  return true;
 }
+
+}  // namespace Corvane

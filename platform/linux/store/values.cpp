@@ -11,7 +11,7 @@ namespace Corvane::Store {
 LSTATUS CheckValue(const wchar_t* name, const Data& data) {
   if (wcsnlen(name, kMaxValueNameChars + 1) > kMaxValueNameChars) return ERROR_INVALID_PARAMETER;
   if (data.size > kMaxDataBytes) return ERROR_NO_SYSTEM_RESOURCES;
-  return IsBadReadPtr(data.bytes, data.size) ? ERROR_NOACCESS : ERROR_SUCCESS;
+  return IsReadable(data.bytes, data.size) ? ERROR_SUCCESS : ERROR_NOACCESS;
 }
 
 LSTATUS SetValue(Database& database, std::int64_t node, const Name& name, const Data& data) {
