@@ -79,7 +79,7 @@ class RegistryReader {
       m_contents.problems.push_back("key " + EscapeText(path) + ": " + why);
       return;
     }
-    const bool hasKeys = PushSubkeys(key.Get(), pending);
+    const bool hasKeys = PushSubkeys(key.Get(), pending, path);
     const std::size_t backslash = pending.below.rfind(L'\\');
     CacheSection section;
     section.path = path;
@@ -91,7 +91,7 @@ class RegistryReader {
         return;
       }
     }
-    section.values = ReadValues(key.Get());
+    section.values = ReadValues(key.Get(), path);
     if (pending.depth > 0 || !section.values.empty()) {
       m_contents.sections.push_back(std::move(section));
     }
@@ -102,13 +102,22 @@ class RegistryReader {
                        [name](const auto& each) { return EqualsIgnoreAsciiCase(each, name); });
   }
 
-  bool PushSubkeys(HKEY key, const Pending& parent) {
+  // What ends a listing before its end is a problem of the key at `path`.
+  bool IsItem(LSTATUS error, const std::wstring& path) {
+    if (error != ERROR_SUCCESS && error != ERROR_NO_MORE_ITEMS) {
+      m_contents.problems.push_back("key " + EscapeText(path) + ": cannot be read to its end: " +
+                                    SystemErrorText(static_cast<DWORD>(error)));
+    }
+    return error == ERROR_SUCCESS;
+  }
+
+  bool PushSubkeys(HKEY key, const Pending& parent, const std::wstring& path) {
     bool any = false;
     for (DWORD index = 0; index <= kMaxKeys; ++index) {
       wchar_t name[kMaxKeyNameChars + 1];
       DWORD chars = kMaxKeyNameChars + 1;
-      if (RegEnumKeyExW(key, index, name, &chars, nullptr, nullptr, nullptr, nullptr) !=
-          ERROR_SUCCESS) {
+      if (!IsItem(RegEnumKeyExW(key, index, name, &chars, nullptr, nullptr, nullptr, nullptr),
+                  path)) {
         break;
       }
       any = true;
@@ -120,19 +129,18 @@ class RegistryReader {
     return any;
   }
 
-  std::vector<StoredValue> ReadValues(HKEY key) {
+  std::vector<StoredValue> ReadValues(HKEY key, const std::wstring& path) {
     std::vector<StoredValue> values;
     for (DWORD index = 0;; ++index) {
       StoredValue value;
-      if (!ReadValue(key, index, &value)) return values;
+      if (!IsItem(ReadValue(key, index, &value), path)) return values;
       m_totalBytes += value.data.size() + value.name.size() * sizeof(wchar_t);
       if (m_totalBytes > kMaxTotalBytes) Fail(m_location, "it holds more than any cache does");
       values.push_back(std::move(value));
     }
   }
 
-  // False at the end.
-  bool ReadValue(HKEY key, DWORD index, StoredValue* value) {
+  LSTATUS ReadValue(HKEY key, DWORD index, StoredValue* value) {
     DWORD size = 256;
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
       value->data.resize(size);
@@ -142,24 +150,23 @@ class RegistryReader {
       if (error == ERROR_SUCCESS) {
         value->name.assign(m_name.data(), chars);
         value->data.resize(size);
-        return true;
+        return ERROR_SUCCESS;
       }
-      if (error != ERROR_MORE_DATA) return false;
+      if (error != ERROR_MORE_DATA) return error;
       if (size > kMaxDataBytes) return ReadNameOnly(key, index, value);
     }
     return ReadNameOnly(key, index, value);
   }
 
-  bool ReadNameOnly(HKEY key, DWORD index, StoredValue* value) {
+  LSTATUS ReadNameOnly(HKEY key, DWORD index, StoredValue* value) {
     DWORD chars = kMaxValueNameChars + 1;
-    if (RegEnumValueW(key, index, m_name.data(), &chars, nullptr, nullptr, nullptr, nullptr) !=
-        ERROR_SUCCESS) {
-      return false;
-    }
+    const LSTATUS error =
+        RegEnumValueW(key, index, m_name.data(), &chars, nullptr, nullptr, nullptr, nullptr);
+    if (error != ERROR_SUCCESS) return error;
     value->name.assign(m_name.data(), chars);
     value->type = REG_NONE;
     value->data.clear();
-    return true;
+    return ERROR_SUCCESS;
   }
 
   const CacheLocation& m_location;

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -388,6 +389,96 @@ TEST_F(StoreTest, HandlesLastThroughFork) {
             })));
   EXPECT_EQ(ERROR_SUCCESS, group.Commit());
   EXPECT_EQ("newer", Value(L"v"));
+}
+
+// A fork that waited for one thread's group while it kept another from ending lasted until the busy
+// time-out.
+TEST_F(StoreTest, ForksWhileThreadsWriteGroups) {
+  MakeStore();
+  std::atomic<bool> stop = false;
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 2; ++thread) {
+    threads.emplace_back([&, thread] {
+      UniqueHkey key;
+      EXPECT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
+      for (int round = 0; !stop; ++round) {
+        WriteGroup group(key.Get());
+        for (int i = 0; i < 20; ++i) {
+          const std::wstring name = std::to_wstring(thread) + L"." + std::to_wstring(i);
+          EXPECT_EQ(ERROR_SUCCESS, Set(key.Get(), name, std::to_string(round)));
+        }
+        EXPECT_EQ(ERROR_SUCCESS, group.Commit());
+      }
+    });
+  }
+  for (int i = 0; i < 10; ++i) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(0, Wait(Start([] { return 0; })));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+  }
+  stop = true;
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_F(StoreTest, KeysStayInTheirStore) {
+  MakeStore();
+  UniqueHkey key;
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
+  const Corvane::Test::TestStore other;
+  MakeStore();
+  UniqueHkey below;
+  EXPECT_EQ(ERROR_KEY_DELETED, RegOpenKeyExW(key.Get(), L"", 0, KEY_READ, below.Receive()));
+  EXPECT_EQ(ERROR_SUCCESS, Set(key.Get(), L"v", "of the first"));
+  EXPECT_EQ("old", Value(L"v"));
+  EXPECT_EQ(0, Wait(Start([&key] { return Get(key.Get(), L"v") == "<1018>" ? 0 : 1; })))
+      << "the child would open the other file";
+}
+
+// The library keeps the file open between uses.
+TEST_F(StoreTest, NoticesWhatBecameOfTheFileSinceItsLastUse) {
+  const auto remove = [](const fs::path& file, std::vector<const char*> parts) {
+    for (const char* part : parts) fs::remove(file.string() + part);
+  };
+  const struct {
+    const char* name;
+    std::function<void(const fs::path& file)> action;
+    std::string value;  // read afterwards, once something has been written
+  } kCases[] = {
+      {"removed",
+       [&](const auto& file) {
+         remove(file, {"", "-wal", "-shm"});
+       },
+       "<2>"},
+      {"damaged",
+       [](const auto& file) { std::ofstream(file, std::ios::binary) << std::string(9000, 'x'); },
+       "<1017>"},
+      {"its log removed",
+       [&](const auto& file) {
+         remove(file, {"-wal", "-shm"});
+       },
+       "<2>"},
+      {"another put in its place",
+       [&](const auto& file) {
+         fs::copy_file(file, file.string() + "2");
+         fs::rename(file.string() + "2", file);
+       },
+       "old"},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.name);
+    const Corvane::Test::TestStore store;
+    MakeStore();
+    ASSERT_EQ("old", Value(L"v"));
+    c.action(store.File());
+    const std::string now = Value(L"v");
+    UniqueHkey key;
+    const LSTATUS written = Create(KEY_ALL_ACCESS, key.Receive());
+    if (written == ERROR_SUCCESS) Set(key.Get(), L"w", "new");
+    EXPECT_EQ(now, c.value);
+    const std::string expected = written == ERROR_SUCCESS ? "new" : "<1017>";
+    EXPECT_EQ(0, Wait(Start([&] { return Value(L"w") == expected ? 0 : 1; })))
+        << "another process sees what was written";
+  }
 }
 
 TEST_F(StoreTest, ThreadsShareHandles) {

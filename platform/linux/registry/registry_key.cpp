@@ -58,18 +58,16 @@ LSTATUS RegistryKey::DeleteSubkey(const std::vector<Store::Name>& path) {
 
 LSTATUS RegistryKey::GetInfo(Store::NodeInfo* info) {
   const auto lock = m_connection->Lock();
-  Store::Enumeration::Extent values;
-  const LSTATUS measured = m_values.MeasureLocked(*m_connection, m_node, &values);
-  const LSTATUS result = m_connection->ReadLocked([&](Database& database) {
-    return Store::GetNodeInfo(database, m_node, measured != ERROR_SUCCESS, info);
-  });
-  if (result == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
-  if (measured == ERROR_SUCCESS) {
+  const LSTATUS result = m_connection->ReadLocked([&](Database& database) -> LSTATUS {
+    Store::Enumeration::Extent values;
+    const LSTATUS measured = m_values.MeasureLocked(*m_connection, m_node, &values);
+    if (measured != ERROR_SUCCESS && measured != ERROR_MORE_DATA) return measured;
     info->values = static_cast<std::int64_t>(values.count);
     info->maxNameChars = static_cast<std::int64_t>(values.maxNameChars);
     info->maxDataBytes = static_cast<std::int64_t>(values.maxDataBytes);
-  }
-  return result;
+    return Store::GetNodeInfo(database, m_node, measured == ERROR_MORE_DATA, info);
+  });
+  return result == ERROR_FILE_NOT_FOUND ? LSTATUS{ERROR_SUCCESS} : result;
 }
 
 }  // namespace Corvane

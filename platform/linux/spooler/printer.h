@@ -10,6 +10,7 @@
 #include "platform/linux/misc/handle_table.h"
 #include "platform/linux/store/connection.h"
 #include "platform/linux/store/names.h"
+#include "platform/linux/store/nodes.h"
 #include "platform/linux/store/values.h"
 
 namespace Corvane {
@@ -36,6 +37,9 @@ class Printer final : public HandleObject {
   LSTATUS Find(Store::Database& database, const std::vector<Store::Name>& key,
                std::int64_t* node) const;
 
+  // Of the values of a node; within a Read. Who asks for a size first does not pay for it twice.
+  LSTATUS MeasureLocked(Store::Database& database, std::int64_t node, Store::ValueTotals* totals);
+
   // Makes the key where it is missing.
   LSTATUS SetValue(const std::vector<Store::Name>& key, const Store::Name& value,
                    const Store::Data& data);
@@ -54,6 +58,17 @@ class Printer final : public HandleObject {
   std::vector<Store::Name> m_key;
   std::int64_t m_keyNode = 0;
   std::uint64_t m_keyIn = 0;
+
+  // What was measured last, and in which state of the store. Guarded likewise.
+  struct Measured {
+    std::int64_t node = 0;
+    std::int64_t version = -1;  // others' writes
+    std::uint64_t writes = 0;   // the connection's own
+
+    friend bool operator==(const Measured&, const Measured&) = default;
+  };
+  Measured m_measured;
+  Store::ValueTotals m_totals;
 };
 
 }  // namespace Corvane

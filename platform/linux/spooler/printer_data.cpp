@@ -119,7 +119,7 @@ DWORD WINAPI EnumPrinterDataExW(HANDLE printer, const wchar_t* key, BYTE* values
       std::int64_t node = 0;
       ValueTotals totals;
       LSTATUS result = target.printer->Find(database, target.key, &node);
-      if (result == ERROR_SUCCESS) result = GetValueTotals(database, node, &totals);
+      if (result == ERROR_SUCCESS) result = target.printer->MeasureLocked(database, node, &totals);
       if (result != ERROR_SUCCESS) return result;
       const std::uint64_t bytes = EntryWriter::BytesFor(totals);
       if (bytes > UINT32_MAX) return ERROR_OUTOFMEMORY;

@@ -1,5 +1,6 @@
 #include "platform/linux/store/connection.h"
 
+#include <thread>
 #include <utility>
 
 #include "platform/linux/store/connection_list.h"
@@ -9,6 +10,16 @@ namespace Corvane::Store {
 Connection::Connection() { ConnectionList::OfProcess().Add(this); }
 
 Connection::~Connection() { ConnectionList::OfProcess().Remove(this); }
+
+// While another thread wants to fork, only a transaction under way goes on.
+std::unique_lock<std::mutex> Connection::Lock() {
+  for (;;) {
+    std::unique_lock lock(m_mutex);
+    if (m_group == Group::kOpen || !ConnectionList::OfProcess().IsForking()) return lock;
+    lock.unlock();
+    std::this_thread::sleep_for(ConnectionList::kForkRetry);
+  }
+}
 
 LSTATUS Connection::Open(OpenMode mode, bool toWrite) {
   const auto lock = Lock();
@@ -22,9 +33,27 @@ LSTATUS Connection::OpenLocked(OpenMode mode) {
   if (ConnectionList::OfProcess().IsOrphaned()) return ERROR_NOT_SUPPORTED;
   if (auto spare = ConnectionList::OfProcess().TakeSpare()) {
     m_database = std::move(spare);
-    return ERROR_SUCCESS;
+  } else if (const LSTATUS result = m_database->Open(mode); result != ERROR_SUCCESS) {
+    return result;
   }
-  return m_database->Open(mode);
+  if (m_pinned.path.empty() || m_pinned == m_database->Id()) return ERROR_SUCCESS;
+  m_database->Close();
+  return ERROR_KEY_DELETED;
+}
+
+void Connection::Pin() {
+  const auto lock = Lock();
+  m_pinned = m_database->Id();
+}
+
+void Connection::PinAs(Connection& other) {
+  StoreId pinned;
+  {
+    const auto lock = other.Lock();
+    pinned = other.m_pinned;
+  }
+  const auto lock = Lock();
+  m_pinned = std::move(pinned);
 }
 
 void Connection::EndReadLocked() {
@@ -93,17 +122,16 @@ LSTATUS Connection::EndGroup(bool commit) {
   return result;
 }
 
+// Nobody uses it any more.
 void Connection::CloseForGood() {
-  const auto lock = Lock();
   ConnectionList::OfProcess().KeepSpare(std::exchange(m_database, std::make_unique<Database>()));
 }
 
-void Connection::LockForFork() {
-  m_mutex.lock();
-  if (m_database->IsOpen() && !m_database->InTransaction()) m_database->Close();
+void Connection::CloseForFork() {
+  if (!m_database->IsOpen() || m_database->InTransaction()) return;
+  m_database->Close();
+  ++m_writes;  // what tells of others' writes begins anew with the next opening
 }
-
-void Connection::UnlockInParent() { m_mutex.unlock(); }
 
 bool Connection::UnlockInChild() {
   const bool clean = !m_database->IsOpen();

@@ -23,8 +23,13 @@ class Connection {
   // (ERROR_ACCESS_DENIED).
   LSTATUS Open(OpenMode mode, bool toWrite);
 
+  // Nodes are numbers within one file: from now on ERROR_KEY_DELETED when the store turns out to be
+  // another. The file that is open, or of another connection what that is pinned to, if it is.
+  void Pin();
+  void PinAs(Connection& other);
+
   // The lock, for several calls of ReadLocked and what is remembered of them.
-  [[nodiscard]] std::unique_lock<std::mutex> Lock() { return std::unique_lock(m_mutex); }
+  [[nodiscard]] std::unique_lock<std::mutex> Lock();
 
   // Calls `work(database)`, which only reads, in one state of the store.
   template <typename Work>
@@ -85,12 +90,14 @@ class Connection {
   LSTATUS CommitLocked();
 
   void CloseForGood();
-  void LockForFork();
-  void UnlockInParent();
+  bool TryLockForFork() { return m_mutex.try_lock(); }
+  void CloseForFork();
+  void UnlockInParent() { m_mutex.unlock(); }
   bool UnlockInChild();  // false when the database was not closed before
 
   std::mutex m_mutex;  // guards everything below
   std::unique_ptr<Database> m_database = std::make_unique<Database>();
+  StoreId m_pinned;  // without a path: any
   Group m_group = Group::kNone;
   LSTATUS m_groupFailure = ERROR_SUCCESS;
   std::uint64_t m_transaction = 0;

@@ -3,6 +3,7 @@
 #define CORVANE_PLATFORM_LINUX_STORE_CONNECTION_LIST_H_
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <unordered_set>
@@ -33,18 +34,24 @@ class ConnectionList {
   // Keeps it for the next one, or closes it.
   void KeepSpare(std::unique_ptr<Database> database);
 
+  // A thread waits until all others have ended their transactions, to fork.
+  bool IsForking() const { return m_forking > 0; }
+  static constexpr std::chrono::microseconds kForkRetry{200};
+
   // True in a child whose parent had a transaction under way at fork().
   bool IsOrphaned() const { return m_orphaned; }
 
  private:
   ConnectionList();
   void BeforeFork();
+  bool TryLockAll();
   void AfterForkInParent();
   void AfterForkInChild();
 
   std::mutex m_mutex;  // guards the set; locked before a connection
   std::unordered_set<Connection*> m_connections;
   std::atomic<bool> m_orphaned = false;
+  std::atomic<int> m_forking = 0;
 
   std::mutex m_spareMutex;  // guards the spare; locked after a connection
   std::unique_ptr<Database> m_spare;

@@ -36,10 +36,21 @@ bool IsEmptyOrMissing(const std::string& path) {
   return stat(path.c_str(), &status) != 0 || status.st_size == 0;
 }
 
-// Differs when the file is another, or has been written to.
-std::array<std::int64_t, 5> FileState(const struct stat& status) {
-  return {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino),
-          status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+void Append(const std::string& path, bool withChanges, std::vector<std::int64_t>* state) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) return;
+  state->insert(state->end(), {static_cast<std::int64_t>(status.st_dev),
+                               static_cast<std::int64_t>(status.st_ino)});
+  if (!withChanges) return;
+  state->insert(state->end(), {status.st_size, status.st_ctim.tv_sec, status.st_ctim.tv_nsec});
+}
+
+// Differs when the file or what lies beside it is another, or the file has been changed.
+std::vector<std::int64_t> FileState(const std::string& path) {
+  std::vector<std::int64_t> state;
+  Append(path, true, &state);
+  for (const char* const beside : {"-wal", "-shm"}) Append(path + beside, false, &state);
+  return state;
 }
 
 // `path` as the URI of a file that nobody can be writing: read without locks or log.
@@ -80,19 +91,22 @@ LSTATUS Database::Open(OpenMode mode) {
 }
 
 bool Database::Rest() {
-  struct stat status {};
-  if (!IsOpen() || IsReadOnly() || InTransaction() || stat(m_path.c_str(), &status) != 0) {
-    return false;
-  }
-  m_asLeft = FileState(status);
+  if (!IsOpen() || IsReadOnly() || InTransaction()) return false;
+  m_asLeft = FileState(m_path);
   return true;
 }
 
 bool Database::IsAsLeft() const {
   std::string path;
-  struct stat status {};
   return StorePath(&path) == ERROR_SUCCESS && FindStoreFile(&path) == ERROR_SUCCESS &&
-         path == m_path && lstat(path.c_str(), &status) == 0 && FileState(status) == m_asLeft;
+         path == m_path && FileState(path) == m_asLeft;
+}
+
+StoreId Database::Id() const {
+  struct stat status {};
+  if (lstat(m_path.c_str(), &status) != 0) return {};
+  return {m_path, static_cast<std::int64_t>(status.st_dev),
+          static_cast<std::int64_t>(status.st_ino)};
 }
 
 LSTATUS Database::OpenFile(const char* path) {

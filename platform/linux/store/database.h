@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "corvane/linux/base.h"
 
@@ -46,6 +47,15 @@ enum class Sql : std::size_t {
 // Whoever opens the file may make it.
 enum class OpenMode { kExisting, kCreate };
 
+// Which file a store is.
+struct StoreId {
+  std::string path;  // empty: none
+  std::int64_t device = 0;
+  std::int64_t node = 0;
+
+  friend bool operator==(const StoreId&, const StoreId&) = default;
+};
+
 // One thread at a time.
 class Database {
  public:
@@ -66,6 +76,8 @@ class Database {
   bool Rest();
   bool IsAsLeft() const;
 
+  StoreId Id() const;
+
   bool IsOpen() const { return m_sqlite != nullptr; }
   bool IsReadOnly() const;
   bool InTransaction() const;
@@ -84,7 +96,7 @@ class Database {
 
   sqlite3* m_sqlite = nullptr;
   std::string m_path;
-  std::array<std::int64_t, 5> m_asLeft{};
+  std::vector<std::int64_t> m_asLeft;
   std::array<sqlite3_stmt*, static_cast<std::size_t>(Sql::kCount)> m_statements{};
 };
 

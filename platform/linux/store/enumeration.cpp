@@ -16,12 +16,6 @@ constexpr std::size_t kMaxRows = 8192;
 // What is kept in memory; one row may be longer.
 constexpr std::size_t kMaxBytes = std::size_t{2} << 20;
 
-// Changes with every commit of another connection; -1 when it cannot be had.
-std::int64_t DataVersion(Database& database) {
-  Query query(database, Sql::kDataVersion);
-  return query.Step() == ERROR_SUCCESS ? query.Integer(0) : -1;
-}
-
 }  // namespace
 
 void Enumeration::Forget() {

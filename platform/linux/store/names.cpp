@@ -24,7 +24,10 @@ wchar_t Upper(wchar_t c) {
   static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
   if (locale == nullptr) return c;
   const auto upper = static_cast<wchar_t>(towupper_l(static_cast<wint_t>(c), locale));
-  return upper < 0x80 ? c : upper;  // on Windows no other character folds into ASCII
+  // As on Windows no other character folds into ASCII, and a variant of a letter (final sigma, a
+  // symbol) is not its case.
+  const bool isCase = static_cast<wchar_t>(towlower_l(static_cast<wint_t>(upper), locale)) == c;
+  return upper < 0x80 || !isCase ? c : upper;
 }
 
 void AppendUtf8(wchar_t wide, std::string* text) {

@@ -125,4 +125,9 @@ LSTATUS GetValueTotals(Database& database, std::int64_t node, ValueTotals* total
   return result;
 }
 
+std::int64_t DataVersion(Database& database) {
+  Query query(database, Sql::kDataVersion);
+  return query.Step() == ERROR_SUCCESS ? query.Integer(0) : -1;
+}
+
 }  // namespace Corvane::Store

@@ -47,6 +47,10 @@ struct ValueTotals {
 
 LSTATUS GetValueTotals(Database& database, std::int64_t node, ValueTotals* totals);
 
+// Changes with every commit of another connection, while this one is open; -1 when it cannot be
+// had.
+std::int64_t DataVersion(Database& database);
+
 }  // namespace Corvane::Store
 
 #endif  // CORVANE_PLATFORM_LINUX_STORE_NODES_H_
