@@ -4,6 +4,8 @@ set(expected
   CreateDataCollectionFromDataMapSpecsCollection
   CreateDataCollectionFromFile
   CreateDataCollectionFromXML
+  CreateIPPRequest
+  CreateIPPResponse
   CreateOIDProvider
   CreatePrintDataCacheProvider
   CreateQUARNProvider
