@@ -173,6 +173,7 @@ HRESULT OIDDataMapper::ReadGroup(const OIDDataItemSpec& item, _variant_t* value)
   static_assert(sizeof(_variant_t) == sizeof(VARIANT), "an array of one is an array of the other");
   const std::vector<const OIDDataItemSpec*> members = GroupOf(item);
   std::vector<const wchar_t*> oids;
+  oids.reserve(members.size());
   for (const OIDDataItemSpec* const member : members) oids.push_back(member->GetOid());
   std::vector<_variant_t> values(members.size());
   const bool grouped =

@@ -145,6 +145,7 @@ int DecodeGbk(void* converter, const char* bytes) {
 // The system holds the table; one without it refuses the document.
 int UseGbk(XML_Encoding* encoding) {
   const iconv_t converter = iconv_open("WCHAR_T", "GBK");
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): iconv's own mark of a failure
   if (converter == reinterpret_cast<iconv_t>(-1)) return XML_STATUS_ERROR;
   for (int byte = 0; byte < 256; ++byte) {
     const bool leads = byte > 0x80 && byte < 0xFF;
