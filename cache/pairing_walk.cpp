@@ -1,7 +1,6 @@
 #include "cache/pairing_walk.h"
 
 #include <cwchar>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -6,7 +6,6 @@
 #include "cache/pairing_walk.h"
 #include "cache/stored_value.h"
 #include "core/class_identification.h"
-#include "core/file_time.h"
 #include "core/ref_ptr.h"
 
 namespace Corvane {
@@ -60,18 +59,16 @@ std::uint32_t PrintDataCacheProvider::SetDataValue(const wchar_t* name, const VA
   if (!name || !value || value->vt == VT_NULL) return 1;
   WriteGroup group(m_printer);
   RegistryWrite(name, *value, timestamp);
-  return Commit(&group, trace);
+  return CommitWrites(&group, trace, kWriteFailed);
 }
 
 std::uint32_t PrintDataCacheProvider::SetDataValues(const CachedValueMap* values) {
   TraceScope trace(L"Corvane::PrintDataCacheProvider::SetDataValues");
   if (!values) return 1;
   WriteGroup group(m_printer);
-  for (const auto& [name, cached] : *values) {
-    if (IsExpired(cached.timestamp, cached.lifespan)) continue;
-    RegistryWrite(name, cached.value, static_cast<std::int64_t>(cached.timestamp));
-  }
-  return Commit(&group, trace);
+  WriteFresh(*values, [this](const std::wstring& name, const VARIANT& value,
+                             std::int64_t timestamp) { RegistryWrite(name, value, timestamp); });
+  return CommitWrites(&group, trace, kWriteFailed);
 }
 
 std::uint32_t PrintDataCacheProvider::PopulateFromRegistry(DataMapSpec* spec, CachedValueMap* out) {
@@ -97,13 +94,6 @@ std::uint32_t PrintDataCacheProvider::RegistryWrite(const std::wstring& name, co
       // Not left to the spooler: it would store whatever lies at an address that happens to exist,
       // and Wine's would fault on others.
       [](const std::wstring&, LONG) -> DWORD { return ERROR_NOACCESS; }, trace, kWriteFailed);
-}
-
-std::uint32_t PrintDataCacheProvider::Commit(WriteGroup* group, const TraceScope& trace) {
-  const LSTATUS error = group->Commit();
-  if (error == ERROR_SUCCESS) return 0;
-  trace.Message(kTraceInfo, kWriteFailed, static_cast<int>(error));
-  return 1;
 }
 
 }  // namespace Corvane

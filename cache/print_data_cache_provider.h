@@ -4,10 +4,9 @@
 
 #include <string>
 
-#include "core/trace.h"
 #include "corvane/cache_provider.h"
 #include "corvane/data_map_spec.h"
-#include "platform/write_group.h"
+#include "platform/system.h"
 
 namespace Corvane {
 
@@ -47,7 +46,6 @@ class PrintDataCacheProvider : public IDisposableImpl, public ICacheProvider {
   std::uint32_t FillDataMapSpec(DataMapSpec* spec, CachedValueMap* out);
   std::uint32_t RegistryWrite(const std::wstring& name, const VARIANT& value,
                               std::int64_t timestamp);
-  static std::uint32_t Commit(WriteGroup* group, const TraceScope& trace);
 
   CachedValueMap m_values;
   HANDLE m_printer;

@@ -7,7 +7,6 @@
 #include "cache/pairing_walk.h"
 #include "cache/stored_value.h"
 #include "core/class_identification.h"
-#include "core/file_time.h"
 #include "core/ref_ptr.h"
 
 namespace Corvane {
@@ -47,7 +46,7 @@ std::uint32_t RegCacheProvider::SetDataValue(const wchar_t* name, const VARIANT*
   if (!CreateKey(&key, trace)) return 1;
   WriteGroup group(key.Get());
   RegistryWrite(key.Get(), name, *value, timestamp);
-  return Commit(&group, trace);
+  return CommitWrites(&group, trace, kWriteFailed);
 }
 
 std::uint32_t RegCacheProvider::SetDataValues(const CachedValueMap* values) {
@@ -56,11 +55,11 @@ std::uint32_t RegCacheProvider::SetDataValues(const CachedValueMap* values) {
   UniqueHkey key;
   if (!CreateKey(&key, trace)) return 1;
   WriteGroup group(key.Get());
-  for (const auto& [name, cached] : *values) {
-    if (IsExpired(cached.timestamp, cached.lifespan)) continue;
-    RegistryWrite(key.Get(), name, cached.value, static_cast<std::int64_t>(cached.timestamp));
-  }
-  return Commit(&group, trace);
+  WriteFresh(*values,
+             [&key](const std::wstring& name, const VARIANT& value, std::int64_t timestamp) {
+               RegistryWrite(key.Get(), name, value, timestamp);
+             });
+  return CommitWrites(&group, trace, kWriteFailed);
 }
 
 std::uint32_t RegCacheProvider::PopulateFromRegistry(DataMapSpec* spec, CachedValueMap* out) {
@@ -103,13 +102,6 @@ std::uint32_t RegCacheProvider::RegistryWrite(HKEY key, const std::wstring& name
         return write(under, {REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number)});
       },
       trace, kWriteFailed);
-}
-
-std::uint32_t RegCacheProvider::Commit(WriteGroup* group, const TraceScope& trace) {
-  const LSTATUS error = group->Commit();
-  if (error == ERROR_SUCCESS) return 0;
-  trace.Message(kTraceInfo, kWriteFailed, static_cast<int>(error));
-  return 1;
 }
 
 // A value that grows meanwhile, by another process, is passed over.

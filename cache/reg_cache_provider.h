@@ -8,7 +8,6 @@
 #include "core/unique_hkey.h"
 #include "corvane/cache_provider.h"
 #include "corvane/data_map_spec.h"
-#include "platform/write_group.h"
 
 namespace Corvane {
 
@@ -51,7 +50,6 @@ class RegCacheProvider : public IDisposableImpl, public ICacheProvider {
   bool CreateKey(UniqueHkey* key, const TraceScope& trace) const;
   static std::uint32_t RegistryWrite(HKEY key, const std::wstring& name, const VARIANT& value,
                                      std::int64_t timestamp);
-  static std::uint32_t Commit(WriteGroup* group, const TraceScope& trace);
   // False when there is no memory for the key's longest value.
   bool ReadValues(HKEY key);
   std::uint32_t FillDataMapSpec(DataMapSpec* spec, CachedValueMap* out);

@@ -76,4 +76,11 @@ std::uint32_t FindStoredValue(const CachedValueMap& values, const wchar_t* name,
   return 0;
 }
 
+std::uint32_t CommitWrites(WriteGroup* group, const TraceScope& trace, const wchar_t* message) {
+  const LSTATUS error = group->Commit();
+  if (error == ERROR_SUCCESS) return 0;
+  trace.Message(kTraceInfo, message, static_cast<int>(error));
+  return 1;
+}
+
 }  // namespace Corvane

@@ -6,9 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "core/file_time.h"
 #include "core/trace.h"
 #include "corvane/cache_provider.h"
-#include "platform/system.h"
+#include "platform/write_group.h"
 
 namespace Corvane {
 
@@ -33,6 +34,18 @@ void AddStoredValue(CachedValueMap* values, const wchar_t* name, const TypedData
 
 // ICacheProvider::GetDataValue over what was read: 0 and a copy, or 1.
 std::uint32_t FindStoredValue(const CachedValueMap& values, const wchar_t* name, VARIANT* value);
+
+// Ends the group: 0; or 1 with a failure, which `trace` tells by `message` with the error code.
+std::uint32_t CommitWrites(WriteGroup* group, const TraceScope& trace, const wchar_t* message);
+
+// Calls `write(key, value, timestamp)` for every entry that is still fresh.
+template <typename Write>
+void WriteFresh(const CachedValueMap& values, Write write) {
+  for (const auto& [name, cached] : values) {
+    if (IsExpired(cached.timestamp, cached.lifespan)) continue;
+    write(name, cached.value, static_cast<std::int64_t>(cached.timestamp));
+  }
+}
 
 // Writes a value, if it is VT_BSTR (up to its first NUL) or VT_I4, and its companion: 0; or 1 at
 // the first failure, which `trace` tells by `message` with the error code. Nothing is written under

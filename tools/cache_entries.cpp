@@ -11,6 +11,7 @@
 
 #include "corvane/code_unit_less.h"
 #include "corvane/data_item_spec.h"
+#include "host/text.h"
 #include "tools/item_key.h"
 
 namespace Corvane::Tool {
@@ -146,7 +147,7 @@ Judgement Lifespans::Judge(const CacheEntry& pair, const CacheSection& section,
   std::set<std::uint32_t> candidates;
   for (const Map& map : m_maps) {
     const bool isPrinter = section.path.empty();
-    if (!isPrinter && !EqualsIgnoreAsciiCase(map.protocol, section.protocol)) continue;
+    if (!isPrinter && !Host::EqualsIgnoreCase(map.protocol, section.protocol)) continue;
     const auto item = map.lifespans.find(pair.key);
     if (item != map.lifespans.end()) candidates.insert(item->second);
     if (!isPrinter) break;

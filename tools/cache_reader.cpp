@@ -7,6 +7,7 @@
 
 #include "corvane/code_unit_less.h"
 #include "corvane/data_map_spec.h"
+#include "host/text.h"
 #include "tools/failure.h"
 #include "tools/handles.h"
 #include "tools/text_escape.h"
@@ -97,9 +98,10 @@ class RegistryReader {
     }
   }
 
+  // Names of protocols, and of their keys, fold case.
   bool IsProtocol(std::wstring_view name) const {
     return std::any_of(m_protocols.begin(), m_protocols.end(),
-                       [name](const auto& each) { return EqualsIgnoreAsciiCase(each, name); });
+                       [name](const auto& each) { return Host::EqualsIgnoreCase(each, name); });
   }
 
   // What ends a listing before its end is a problem of the key at `path`.
@@ -219,14 +221,6 @@ CacheContents ReadPrinter(const CacheLocation& location) {
 }
 
 }  // namespace
-
-bool EqualsIgnoreAsciiCase(std::wstring_view a, std::wstring_view b) {
-  const auto lower = [](wchar_t c) {
-    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
-  };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&](wchar_t x, wchar_t y) { return lower(x) == lower(y); });
-}
 
 CacheContents ReadCache(const CacheLocation& location) {
   CacheContents contents = location.kind == CacheKind::kRegistry ? RegistryReader(location).Read()

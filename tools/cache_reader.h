@@ -35,9 +35,6 @@ struct CacheContents {
   std::vector<std::string> problems;  // what could not be read, escaped, a line each
 };
 
-// Names of protocols, and of their keys, fold case.
-bool EqualsIgnoreAsciiCase(std::wstring_view a, std::wstring_view b);
-
 // A cache that is not there is empty. Throws Failure: kCacheFailure when nothing can be read, or
 // when there is more than any cache would hold; kBadUsage for a printer that cannot be opened.
 CacheContents ReadCache(const CacheLocation& location);
