@@ -14,6 +14,15 @@ wchar_t LowerAscii(wchar_t c) {
   return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
 }
 
+UniqueBstr Widen(UINT codePage, std::string_view narrow) {
+  if (narrow.empty() || narrow.size() > kMaxConvertible) return UniqueBstr::Make(L"");
+  const int bytes = static_cast<int>(narrow.size());
+  const int chars = MultiByteToWideChar(codePage, 0, narrow.data(), bytes, nullptr, 0);
+  UniqueBstr wide = UniqueBstr::MakeLength(static_cast<UINT>(std::max(chars, 0)));
+  if (chars > 0) MultiByteToWideChar(codePage, 0, narrow.data(), bytes, wide.Get(), chars);
+  return wide;
+}
+
 }  // namespace
 
 bool EqualsIgnoreAsciiCase(std::wstring_view a, std::wstring_view b) {
@@ -21,14 +30,9 @@ bool EqualsIgnoreAsciiCase(std::wstring_view a, std::wstring_view b) {
                     [](wchar_t x, wchar_t y) { return LowerAscii(x) == LowerAscii(y); });
 }
 
-UniqueBstr BstrFromNarrow(std::string_view narrow) {
-  if (narrow.empty() || narrow.size() > kMaxConvertible) return UniqueBstr::Make(L"");
-  const int bytes = static_cast<int>(narrow.size());
-  const int chars = MultiByteToWideChar(CP_ACP, 0, narrow.data(), bytes, nullptr, 0);
-  UniqueBstr wide = UniqueBstr::MakeLength(static_cast<UINT>(std::max(chars, 0)));
-  if (chars > 0) MultiByteToWideChar(CP_ACP, 0, narrow.data(), bytes, wide.Get(), chars);
-  return wide;
-}
+UniqueBstr BstrFromNarrow(std::string_view narrow) { return Widen(CP_ACP, narrow); }
+
+UniqueBstr BstrFromUtf8(std::string_view utf8) { return Widen(CP_UTF8, utf8); }
 
 std::string Narrow(std::wstring_view wide) {
   if (wide.empty() || wide.size() > kMaxConvertible) return {};

@@ -1,0 +1,78 @@
+// The attributes of one IPP answer.
+#ifndef CORVANE_IPP_ATTRIBUTE_MAP_H_
+#define CORVANE_IPP_ATTRIBUTE_MAP_H_
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Corvane {
+
+// What begins and ends a collection, and an octet string, among an attribute's values.
+inline constexpr char kIPPSetStart[] = "IPP_Set_Start";
+inline constexpr char kIPPSetEnd[] = "IPP_Set_End";
+
+// An ordered multimap from attribute name (exact) to values, in the order of their arrival. It
+// keeps the answer's bytes and makes a value's text only when somebody asks for it: an answer has
+// hundreds of values, of which a client reads a few.
+class AttributeMap {
+ public:
+  enum class Kind : std::uint8_t {
+    kText,
+    kNumber,      // 4 bytes
+    kBoolean,     // 1 byte
+    kDateTime,    // 11 bytes (RFC 2579, DateAndTime)
+    kResolution,  // 9 bytes: cross-feed, feed, units
+    kRange,       // 8 bytes: lower, upper
+    kOctets,
+    kMemberName,
+    kSetStart,
+    kSetEnd,
+  };
+
+  // Forgets everything and keeps a copy of an answer, into which the positions below point.
+  void Reset(std::span<const unsigned char> answer);
+  // The name of the values added from now on, which may be one that was there before.
+  void BeginAttribute(std::size_t position, std::size_t size);
+  // A number has the bytes that its kind says.
+  void Add(Kind kind, std::size_t position, std::size_t size);
+  // One text that the answer does not hold. Values added next have no name until one begins.
+  void AddText(std::string_view name, std::string_view value);
+
+  // The texts of all values, markers and members among them as they arrived.
+  std::vector<std::string> Entries(std::string_view name) const;
+  // The first of them.
+  std::optional<std::string> First(std::string_view name) const;
+  // The values at a path: "a", or "a.b" for member b of collection a, at any depth. A collection,
+  // and an octet string, is one text between its markers, joined by ",".
+  std::vector<std::string> Values(std::string_view path) const;
+
+ private:
+  struct Entry {
+    std::uint32_t position;
+    std::uint16_t size;
+    Kind kind;
+  };
+  struct Attribute {
+    std::uint32_t position;
+    std::uint16_t size;
+    std::uint32_t firstEntry;
+  };
+
+  std::string_view Bytes(std::size_t position, std::size_t size) const {
+    return std::string_view(m_bytes).substr(position, size);
+  }
+  std::span<const Entry> EntriesOf(std::size_t attribute) const;
+  std::string Text(const Entry& entry) const;
+
+  std::string m_bytes;
+  std::vector<Attribute> m_attributes;
+  std::vector<Entry> m_entries;  // of each attribute in turn
+};
+
+}  // namespace Corvane
+
+#endif  // CORVANE_IPP_ATTRIBUTE_MAP_H_

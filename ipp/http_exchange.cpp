@@ -1,0 +1,285 @@
+// A request to the printer over the host's transport, and the document with it.
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+#include "core/text.h"
+#include "core/trace.h"
+#include "ipp/ipp_codes.h"
+#include "ipp/ipp_operations.h"
+#include "ipp/ipp_request_attributes.h"
+#include "platform/system.h"
+
+namespace Corvane {
+namespace {
+
+constexpr int kFirstOperation = 2;
+constexpr int kLastOperation = 0x4000;
+
+constexpr std::uint32_t kIppPort = 631;
+constexpr std::uint32_t kSecurePort = 443;
+constexpr wchar_t kMediaType[] = L"application/ipp";
+
+constexpr std::uint32_t kHttpOk = 200;
+constexpr std::uint32_t kHttpUnauthorized = 401;
+
+// The host's word for an answer that was lost after the printer had the document.
+constexpr HRESULT kAnswerLost = static_cast<HRESULT>(0x83E8F5FA);
+
+// An uninitialised array, null when there is no memory: documents are large.
+std::unique_ptr<char[]> Allocate(int size) {
+  return std::unique_ptr<char[]>(new (std::nothrow) char[static_cast<std::size_t>(size)]);
+}
+
+UniqueBstr WideOrEmpty(const char* text) { return BstrFromUtf8(text ? text : ""); }
+
+bool HasBody(HTTPResponse* response) {
+  return response->GetContentLength() > 0 && response->GetContent();
+}
+
+// A copy of a credential leaves nothing in memory.
+class CredentialCopy {
+ public:
+  explicit CredentialCopy(const char* text) : m_text(WideOrEmpty(text)) {}
+  CredentialCopy(const CredentialCopy&) = delete;
+  CredentialCopy& operator=(const CredentialCopy&) = delete;
+  ~CredentialCopy() {
+    volatile wchar_t* const chars = m_text.Get();
+    for (std::size_t i = m_text.View().size(); i-- > 0;) chars[i] = L'\0';
+  }
+  const wchar_t* Get() const { return m_text.Get(); }
+
+ private:
+  UniqueBstr m_text;
+};
+
+}  // namespace
+
+HRESULT IPPOperations::SendIPPRequest(int operation, HTTPResponse** response,
+                                      IPPRequestBase* request, bool secure) {
+  TraceScope trace(L"Corvane::IPPOperations::SendIPPRequest");
+  if (!response) return E_FAIL;
+  *response = nullptr;
+  if (operation < kFirstOperation || operation > kLastOperation) return E_FAIL;
+  if (!OpenRequest(secure)) return E_FAIL;
+  AddressRequest();
+  return Exchange(operation, response, request);
+}
+
+HRESULT IPPOperations::SendIPPRequest(HTTPRequest* httpRequest, IPPRequestBase* request,
+                                      int operation, HTTPResponse** response) {
+  TraceScope trace(L"Corvane::IPPOperations::SendIPPRequest");
+  if (response) *response = nullptr;
+  if (!httpRequest || !request) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return E_FAIL;
+  }
+  if (!response || operation < kFirstOperation || operation > kLastOperation) return E_FAIL;
+  m_chunked = nullptr;
+  m_httpRequest = RefPtr<HTTPRequest>::Share(httpRequest);
+  AddressRequest();
+  HandOverCredentials(request);
+  return Exchange(operation, response, request);
+}
+
+HRESULT IPPOperations::Exchange(int operation, HTTPResponse** response, IPPRequestBase* request) {
+  m_httpRequest->SetOption(m_timeoutMs);
+  if (operation != IPPOperation::kPrintJob) m_documentLength = 0;
+  int length = 0;
+  std::unique_ptr<char[]> body;
+  if (const HRESULT result = FormBody(operation, request, &body, &length); result != S_OK) {
+    return result;
+  }
+  static const IPPHeaderMap kNoHeaders;
+  AddHttpHeaders(request ? request->GetExtraHTTPHeader() : kNoHeaders, m_httpRequest.Get());
+  m_httpRequest->SetRequestData(body.get(), static_cast<std::uint32_t>(length));
+  body.reset();
+
+  HTTPResponse* answer = nullptr;
+  if (FAILED(m_httpRequest->GetResponse(&answer))) {
+    SetLastError(m_httpRequest->GetLastError());
+    return E_FAIL;
+  }
+  if (!answer) return E_FAIL;
+  const std::uint32_t status = answer->GetStatusCode();
+  if (status == kHttpOk && HasBody(answer)) {
+    *response = answer;
+    return S_OK;
+  }
+  SetLastError(status == kHttpUnauthorized ? IPPStatus::kNotAuthorized : status);
+  return E_FAIL;
+}
+
+HRESULT IPPOperations::SendPrintJobRequest(HTTPResponse** response, IPPRequestBase* request,
+                                           bool chunked, int pieceLength, void* context,
+                                           bool secure) {
+  TraceScope trace(L"Corvane::IPPOperations::SendPrintJobRequest");
+  if (response) *response = nullptr;
+  if (!m_address || !response) return E_FAIL;
+  return m_chunked ? SendNextChunk(response, pieceLength, context)
+                   : BeginPrintJob(response, request, chunked, context, secure);
+}
+
+HRESULT IPPOperations::BeginPrintJob(HTTPResponse** response, IPPRequestBase* request, bool chunked,
+                                     void* context, bool secure) {
+  if (!OpenRequest(secure)) {
+    Trace(kTraceInfo, L"Corvane::IPPOperations::SendPrintJobRequest",
+          L"failed to createhttpRequest");
+    return E_FAIL;
+  }
+  AddressRequest();
+  if (auto* const attributes = dynamic_cast<IPPRequestAttributes*>(request)) {
+    AddHttpHeaders(attributes->GetExtraHTTPHeader(), m_httpRequest.Get());
+  }
+  HandOverCredentials(request);
+
+  int length = 0;
+  std::unique_ptr<char[]> body;
+  if (const HRESULT result = FormBody(IPPOperation::kPrintJob, request, &body, &length);
+      result != S_OK) {
+    return result;
+  }
+  auto* const extended = dynamic_cast<TqHTTPRequestEx*>(m_httpRequest.Get());
+  if (!extended) return E_FAIL;
+  if (!chunked) {
+    extended->SetOption(reinterpret_cast<std::uintptr_t>(m_address->GetAddress()));
+    extended->SetContentLength(static_cast<std::uint32_t>(length));
+    extended->SendBody(body.get(), static_cast<std::uint32_t>(length));
+    body.reset();
+    return ReadPrintJobResponse(response);
+  }
+  m_httpRequest->AddHeader(L"Transfer-Encoding", L"chunked");
+  m_httpRequest->AddHeader(L"Content-Type", kMediaType);
+  extended->SetOption(m_timeoutMs);
+  if (FAILED(extended->BeginChunkedSend(reinterpret_cast<std::uintptr_t>(context)))) {
+    return AbandonRequest();
+  }
+  m_chunked = extended;
+  return WriteChunk(body.get(), length, context);
+}
+
+HRESULT IPPOperations::SendNextChunk(HTTPResponse** response, int pieceLength, void* context) {
+  if (pieceLength < 0 || pieceLength > m_documentLength) return E_FAIL;
+  const HRESULT written = WriteChunk(m_document.get(), pieceLength, context);
+  if (written != S_OK || pieceLength != 0) return written;
+  if (FAILED(m_chunked->FinishChunkedSend())) return AbandonRequest();
+  m_chunked = nullptr;
+  return ReadPrintJobResponse(response);
+}
+
+// RFC 9112, 7.1. An empty piece makes the last chunk.
+HRESULT IPPOperations::WriteChunk(const char* piece, int length, void* context) {
+  char sizeLine[32];
+  const int sizeLength =
+      std::snprintf(sizeLine, sizeof(sizeLine), "%X\r\n", static_cast<unsigned>(length));
+  const int total = sizeLength + length + 2;
+  const std::unique_ptr<char[]> chunk = Allocate(total);
+  if (!chunk) return E_FAIL;
+  std::memcpy(chunk.get(), sizeLine, static_cast<std::size_t>(sizeLength));
+  if (length > 0) std::memcpy(chunk.get() + sizeLength, piece, static_cast<std::size_t>(length));
+  std::memcpy(chunk.get() + sizeLength + length, "\r\n", 2);
+  const HRESULT written = m_chunked->WriteChunk(chunk.get(), static_cast<std::uint32_t>(total),
+                                                reinterpret_cast<std::uintptr_t>(context));
+  return FAILED(written) ? AbandonRequest() : S_OK;
+}
+
+HRESULT IPPOperations::ReadPrintJobResponse(HTTPResponse** response) {
+  HTTPResponse* answer = nullptr;
+  const HRESULT result = m_httpRequest->GetResponse(&answer);
+  if (result == kAnswerLost) return S_FALSE;
+  if (FAILED(result)) {
+    SetLastError(m_httpRequest->GetLastError());
+    return result;
+  }
+  if (!answer) return E_FAIL;
+  const std::uint32_t status = answer->GetStatusCode();
+  if (status == kHttpUnauthorized) return IPPStatus::kNotAuthenticated;
+  if (status != kHttpOk || !HasBody(answer)) return E_FAIL;
+  *response = answer;
+  return S_OK;
+}
+
+HRESULT IPPOperations::AbandonRequest() {
+  SetLastError(m_httpRequest->GetLastError());
+  m_chunked = nullptr;
+  m_httpRequest.Reset();
+  return E_FAIL;
+}
+
+bool IPPOperations::OpenRequest(bool secure) {
+  m_chunked = nullptr;
+  m_httpRequest.Reset();
+  if (!m_address) return false;
+  const std::uint32_t port = secure ? kSecurePort : kIppPort;
+  return m_address->CreateIPPHTTPRequest(m_httpRequest.Receive(), port) == S_OK && m_httpRequest;
+}
+
+void IPPOperations::AddressRequest() {
+  m_httpRequest->SetMethod(L"POST");
+  m_httpRequest->SetURI(WideOrEmpty(m_resourceUri.Get()).Get());
+  m_httpRequest->SetContentType(kMediaType);
+}
+
+void IPPOperations::HandOverCredentials(IPPRequestBase* request) const {
+  if (!request || !m_httpRequest) return;
+  if (request->GetUsername()) {
+    m_httpRequest->SetUserName(CredentialCopy(request->GetUsername()).Get());
+  }
+  if (request->GetPassword()) {
+    m_httpRequest->SetPassword(CredentialCopy(request->GetPassword()).Get());
+  }
+}
+
+void IPPOperations::AddHttpHeaders(const IPPHeaderMap& headers, HTTPRequest* request) {
+  TraceScope trace(L"Corvane::IPPOperations::AddHttpHeaders");
+  if (!request) return;
+  struct Default {
+    const wchar_t* name;
+    const wchar_t* value;
+    bool given;
+  } defaults[] = {{L"Cache-Control", L"no-cache", false},
+                  {L"Connection", L"Keep-Alive", false},
+                  {L"Pragma", L"no-cache", false}};
+  for (const auto& [name, value] : headers) {
+    request->AddHeader(name.c_str(), value.c_str());
+    for (Default& header : defaults) {
+      header.given = header.given || name.find(header.name) != std::wstring::npos;
+    }
+  }
+  for (const Default& header : defaults) {
+    if (!header.given) request->AddHeader(header.name, header.value);
+  }
+}
+
+// The request, and behind it the document where there is one.
+HRESULT IPPOperations::FormBody(int operation, IPPRequestBase* request,
+                                std::unique_ptr<char[]>* body, int* length) {
+  if (m_documentLength > kMaxDocument) return E_FAIL;
+  *body = Allocate(m_documentLength + kIPPRequestSize);
+  if (!*body) return E_FAIL;
+  const HRESULT result = FormIPPRequestBasedOnOperation(body->get(), operation, length, request);
+  if (result != S_OK) return result;
+  if (operation == IPPOperation::kPrintJob) AddPrinterFileBufferToRequestData(body->get(), length);
+  return S_OK;
+}
+
+void IPPOperations::AddPrinterFileBufferToRequestData(char* body, int* length) const {
+  TraceScope trace(L"Corvane::IPPOperations::AddPrinterFileBufferToRequestData");
+  if (*length == 0 || m_documentLength == 0) return;
+  std::memcpy(body + *length, m_document.get(), static_cast<std::size_t>(m_documentLength));
+  *length += m_documentLength;
+}
+
+HRESULT IPPOperations::SetPrinterFileBufferContent(const void* bytes, int length) {
+  TraceScope trace(L"Corvane::IPPOperations::SetPrinterFileBufferContent");
+  if (!bytes || length < 0 || length > kMaxDocument) return E_FAIL;
+  m_document.reset();
+  m_documentLength = 0;
+  m_document = Allocate(length);
+  if (!m_document) return E_OUTOFMEMORY;
+  std::memcpy(m_document.get(), bytes, static_cast<std::size_t>(length));
+  m_documentLength = length;
+  return S_OK;
+}
+
+}  // namespace Corvane
