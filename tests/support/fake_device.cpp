@@ -18,7 +18,7 @@ class FakeResponse final : public HTTPResponse {
   const char* GetContent() override { return answer.nullBody ? nullptr : answer.body.c_str(); }
 };
 
-class FakeRequest final : public HTTPRequest, public IDisposableImpl {
+class FakeRequest : public HTTPRequest, public IDisposableImpl {
  public:
   FakeRequest(FakeDevice* device, std::uint32_t port) : m_device(device), m_port(port) {}
   ~FakeRequest() override { m_device->calls.push_back(L"~HTTPRequest"); }
@@ -36,7 +36,9 @@ class FakeRequest final : public HTTPRequest, public IDisposableImpl {
   void SetUserName(const wchar_t* name) override { Record(L"SetUserName ", name); }
   void SetPassword(const wchar_t* password) override { Record(L"SetPassword ", password); }
   void SetMethod(const wchar_t* verb) override { Record(L"SetMethod ", verb); }
-  void AddHeader(const wchar_t* name, const wchar_t*) override { Record(L"AddHeader ", name); }
+  void AddHeader(const wchar_t* name, const wchar_t* value) override {
+    Record(L"AddHeader ", std::wstring(name) + L": " + value);
+  }
   void SetContentType(const wchar_t* type) override { Record(L"SetContentType ", type); }
   void SetRequestData(const void* data, std::uint32_t size) override {
     Record(L"SetRequestData", L"");
@@ -53,19 +55,67 @@ class FakeRequest final : public HTTPRequest, public IDisposableImpl {
     *response = m_response.answer.nullResponse ? nullptr : &m_response;
     return m_response.answer.result;
   }
-  void SetOption(std::uint32_t) override {}
-  std::uint32_t GetLastError() override { return 0; }
+  void SetOption(std::uint32_t option) override { Record(L"SetOption ", std::to_wstring(option)); }
+  std::uint32_t GetLastError() override { return m_device->answers[{m_port, m_path}].error; }
   void Cancel() override {}
 
- private:
+ protected:
   void Record(const wchar_t* call, const std::wstring& argument) {
     m_device->calls.push_back(call + argument);
   }
 
   FakeDevice* m_device;
+
+ private:
   std::uint32_t m_port;
   std::wstring m_path;
   FakeResponse m_response;
+};
+
+class FakeIppRequest final : public FakeRequest, public TqHTTPRequestEx {
+ public:
+  using FakeRequest::FakeRequest;
+
+  const wchar_t* GetURI() override { return FakeRequest::GetURI(); }
+  void SetURI(const wchar_t* path) override { FakeRequest::SetURI(path); }
+  void SetUserName(const wchar_t* name) override { FakeRequest::SetUserName(name); }
+  void SetPassword(const wchar_t* password) override { FakeRequest::SetPassword(password); }
+  void SetMethod(const wchar_t* verb) override { FakeRequest::SetMethod(verb); }
+  void SetContentType(const wchar_t* type) override { FakeRequest::SetContentType(type); }
+  void Cancel() override {}
+  void SetRequestData(const void* data, std::uint32_t size) override {
+    FakeRequest::SetRequestData(data, size);
+  }
+  bool IsSending() override { return false; }
+  using FakeRequest::SetOption;
+  void SetOption(std::uintptr_t option) override {
+    const bool isHost = option == reinterpret_cast<std::uintptr_t>(m_device->GetAddress());
+    Record(L"Ex::SetOption ", isHost ? L"host" : std::to_wstring(option));
+  }
+  void SetHeader(const wchar_t* name, const wchar_t* value) override { AddHeader(name, value); }
+  std::uint32_t GetLastError() override { return FakeRequest::GetLastError(); }
+  void SendBody(const void* data, std::uint32_t size) override {
+    Record(L"SendBody ", std::to_wstring(size));
+    m_device->lastRequestBody.assign(static_cast<const char*>(data), size);
+  }
+  HRESULT BeginChunkedSend(std::uintptr_t context) override {
+    Record(L"BeginChunkedSend ", std::to_wstring(context));
+    m_device->lastRequestBody.clear();
+    return m_device->beginResult;
+  }
+  HRESULT WriteChunk(const void* data, std::uint32_t size, std::uintptr_t context) override {
+    Record(L"WriteChunk ", std::to_wstring(context));
+    m_device->lastRequestBody.append(static_cast<const char*>(data), size);
+    return m_device->writeResult;
+  }
+  HRESULT FinishChunkedSend() override {
+    Record(L"FinishChunkedSend", L"");
+    return S_OK;
+  }
+  std::uint64_t GetSentBytes() override { return 0; }
+  void SetContentLength(std::uint32_t size) override {
+    Record(L"SetContentLength ", std::to_wstring(size));
+  }
 };
 
 }  // namespace
@@ -78,6 +128,16 @@ HRESULT FakeDevice::CreateHTTPRequest(HTTPRequest** request, std::uint32_t port)
   calls.push_back(L"CreateHTTPRequest " + std::to_wstring(port));
   if (nullRequest || createResult != S_OK) return createResult;
   auto* const created = new FakeRequest(this, port);
+  created->AddRef();
+  *request = created;
+  return S_OK;
+}
+
+HRESULT FakeDevice::CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t port) {
+  calls.push_back(L"CreateIPPHTTPRequest " + std::to_wstring(port));
+  if (nullRequest || createResult != S_OK) return createResult;
+  FakeRequest* const created =
+      plainIppRequest ? new FakeRequest(this, port) : new FakeIppRequest(this, port);
   created->AddRef();
   *request = created;
   return S_OK;

@@ -18,6 +18,7 @@ class FakeDevice final : public Address, public IDisposableImpl {
     HRESULT result = S_OK;  // of GetResponse
     bool nullResponse = false;
     bool nullBody = false;
+    std::uint32_t error = 0;  // the request's GetLastError
   };
 
   // Answers of a path on a port, GET and POST alike; without one the status is 404.
@@ -27,10 +28,14 @@ class FakeDevice final : public Address, public IDisposableImpl {
   MIBConnection* snmp = nullptr;  // what GetMIBConnection gives; the device answers none without it
   HRESULT snmpResult = S_OK;
 
+  bool plainIppRequest = false;  // a request for IPP that is no TqHTTPRequestEx
+  HRESULT beginResult = S_OK;    // of BeginChunkedSend
+  HRESULT writeResult = S_OK;    // of WriteChunk
+
   // Every call on this address and its requests, in order: "SetURI /x", "GetResponse", "Dispose",
   // ...
   std::vector<std::wstring> calls;
-  std::string lastRequestBody;
+  std::string lastRequestBody;  // all chunks of a chunked one
 
   void Serve(std::uint32_t port, const wchar_t* path, std::string body) {
     answers[{port, path}] = {std::move(body), 200, S_OK, false, false};
@@ -52,7 +57,7 @@ class FakeDevice final : public Address, public IDisposableImpl {
   std::uint32_t GetMappedPort(std::uint32_t port) override { return port; }
   const wchar_t* GetLastFailure() override { return L""; }
   HRESULT CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) override;
-  HRESULT CreateIPPHTTPRequest(HTTPRequest**, std::uint32_t) override { return E_NOTIMPL; }
+  HRESULT CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t port) override;
   HRESULT GetMIBConnection(MIBConnection** connection) override;
   void SetUserName(const wchar_t*) override {}
   void SetPassword(const wchar_t*) override {}
