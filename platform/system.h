@@ -1,5 +1,5 @@
 // The internal platform door: what the library calls beyond the types of its exported interface
-// (time, UUIDs, text conversion). On Windows the system's headers, on Linux the
+// (time, UUIDs, text conversion, sockets, URLs). On Windows the system's headers, on Linux the
 // layer's, one header an API family.
 #ifndef CORVANE_PLATFORM_SYSTEM_H_
 #define CORVANE_PLATFORM_SYSTEM_H_
@@ -8,10 +8,14 @@
 
 #ifdef _WIN32
 #include <rpc.h>
+#include <wininet.h>
+#include <ws2tcpip.h>
 #else
 #include "platform/linux/misc/text.h"
 #include "platform/linux/misc/time.h"
 #include "platform/linux/misc/uuid.h"
+#include "platform/linux/net/wininet.h"
+#include "platform/linux/net/winsock.h"
 #endif
 
 #endif  // CORVANE_PLATFORM_SYSTEM_H_

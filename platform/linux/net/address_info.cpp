@@ -1,0 +1,79 @@
+#include <cerrno>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/net/startup.h"
+#include "platform/linux/net/winsock.h"
+#include "platform/linux/net/wsa_error.h"
+
+namespace Corvane::Net {
+namespace {
+
+DWORD CodeOf(int result) {
+  switch (result) {
+    case EAI_SYSTEM:
+      return WsaError(errno);
+    case EAI_AGAIN:
+      return WSATRY_AGAIN;
+    case EAI_FAIL:
+      return WSANO_RECOVERY;
+    case EAI_MEMORY:
+      return WSA_NOT_ENOUGH_MEMORY;
+    case EAI_BADFLAGS:
+      return WSAEINVAL;
+    case EAI_FAMILY:
+      return WSAEAFNOSUPPORT;
+    case EAI_SOCKTYPE:
+      return WSAESOCKTNOSUPPORT;
+    case EAI_SERVICE:
+      return WSATYPE_NOT_FOUND;
+    default:
+      return WSAHOST_NOT_FOUND;
+  }
+}
+
+// `node` without brackets round it, when what stands behind them can only be a port.
+std::string WithoutBrackets(std::string_view node) {
+  const std::size_t close = node.find(']');
+  const bool bracketed = node.starts_with('[') && close != std::string_view::npos &&
+                         (close + 1 == node.size() || node[close + 1] == ':');
+  return std::string(bracketed ? node.substr(1, close - 1) : node);
+}
+
+int Resolve(const char* node, const char* service, const addrinfo* hints, addrinfo** result) {
+  addrinfo wanted = hints != nullptr ? *hints : addrinfo{};
+  // For any type the system would give each address once a type, Windows gives it once.
+  const bool anyType = wanted.ai_socktype == 0 && wanted.ai_protocol == 0;
+  if (anyType) wanted.ai_socktype = SOCK_STREAM;
+  int failure = 0;
+  if (node != nullptr) {
+    failure = (getaddrinfo)(WithoutBrackets(node).c_str(), service, &wanted, result);
+  } else {
+    failure = (getaddrinfo)(nullptr, service, &wanted, result);
+  }
+  if (failure != 0) return failure;
+  for (addrinfo* found = *result; anyType && found != nullptr; found = found->ai_next) {
+    found->ai_socktype = 0;
+    found->ai_protocol = 0;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int GetAddrInfo(const char* node, const char* service, const addrinfo* hints, addrinfo** result) {
+  *result = nullptr;
+  if (!RequireStartup()) return WSANOTINITIALISED;
+  int failure = EAI_MEMORY;
+  try {
+    failure = Resolve(node, service, hints, result);
+  } catch (...) {  // only std::bad_alloc
+  }
+  if (failure == 0) return 0;
+  *result = nullptr;
+  const DWORD code = CodeOf(failure);
+  SetLastError(code);
+  return static_cast<int>(code);
+}
+
+}  // namespace Corvane::Net
