@@ -9,11 +9,12 @@ constexpr std::uint32_t kMaxPort = 65535;
 
 }  // namespace
 
-HRESULT AddressBase::CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) try {
+HRESULT AddressBase::Create(Maker make, HTTPRequest** request, std::uint32_t port) try {
   if (!request) return E_POINTER;
   *request = nullptr;
   if (port == 0 || port > kMaxPort) return E_INVALIDARG;
-  HTTPRequest* const made = MakeRequest(port);
+  HTTPRequest* const made = (this->*make)(port);
+  if (!made) return E_NOTIMPL;
   made->AddRef();
   *request = made;
   return S_OK;
@@ -21,10 +22,12 @@ HRESULT AddressBase::CreateHTTPRequest(HTTPRequest** request, std::uint32_t port
   return E_OUTOFMEMORY;
 }
 
-HRESULT AddressBase::CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t) {
-  if (!request) return E_POINTER;
-  *request = nullptr;
-  return E_NOTIMPL;
+HRESULT AddressBase::CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) {
+  return Create(&AddressBase::MakeRequest, request, port);
+}
+
+HRESULT AddressBase::CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t port) {
+  return Create(&AddressBase::MakeIPPRequest, request, port);
 }
 
 HRESULT AddressBase::MakeConnection(MIBConnection**) { return E_NOTIMPL; }

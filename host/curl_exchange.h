@@ -2,16 +2,17 @@
 #ifndef CORVANE_HOST_CURL_EXCHANGE_H_
 #define CORVANE_HOST_CURL_EXCHANGE_H_
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "host/buffered_response.h"
 #include "host/curl_handles.h"
+#include "host/curl_settings.h"
+#include "host/response_collector.h"
 
 namespace Corvane::Host {
 
@@ -19,8 +20,9 @@ namespace Corvane::Host {
 struct WireRequest {
   std::string verb;
   std::string url;
-  std::vector<std::string> headerLines;  // "Name: value"
-  std::string userName;                  // both empty: no credentials
+  std::vector<std::pair<std::string, std::string>> headers;
+  std::string contentType;  // empty: none goes out
+  std::string userName;     // both empty: no credentials
   std::string password;
   std::string_view body;
   bool hasBody = false;  // an empty one counts
@@ -30,23 +32,6 @@ struct ExchangeLimits {
   std::int64_t connectMs = 0;
   std::int64_t totalMs = 0;  // above 0
   std::size_t maxBodyBytes = 0;
-};
-
-struct TlsTrust {
-  bool verify = true;
-  std::string caFile;  // empty: the system's certificates
-};
-
-// What came back: a whole response, or an error code with a remark for people.
-struct WireResult {
-  std::uint32_t error = 0;
-  std::wstring remark;
-  std::uint32_t status = 0;
-  BufferedResponse::Headers headers;
-  std::string body;
-  std::string location;  // the header's bytes; empty for none
-  // The connection stands where the next response begins, beyond doubt.
-  bool reusable = false;
 };
 
 // Serves one exchange on one thread. Credentials go out only as the answer to a challenge of the
@@ -62,23 +47,21 @@ class CurlExchange {
   CurlExchange& operator=(const CurlExchange&) = delete;
 
   WireResult Run(CURL* handle);
+  // Bytes of the request's body that curl took, in the last attempt; after Run.
+  std::size_t BodySent() const { return m_bodySent; }
 
  private:
-  enum class Doubt { kNone, kHeaderTooLarge, kBodyTooLarge, kFraming, kCoding };
-
   bool Configure();
-  bool ConfigureSafety();
   bool ConfigureTransfer();
   bool ConfigureMessage();
   bool ConfigureCredentials();
+  void AppendHeaderLine(const std::string& line);
   template <typename Value>
   bool Set(CURLoption option, Value value);
 
   void Finish(CURLcode code);
   void Explain(CURLcode code);
   bool HeaderReceived(std::string_view line);
-  bool FieldReceived(std::string_view line);
-  bool BodyReceived(std::string_view bytes);
   std::size_t ReadBody(char* out, std::size_t size);
   bool RewindBody(std::int64_t offset);
 
@@ -96,14 +79,12 @@ class CurlExchange {
 
   CURL* m_handle = nullptr;
   CurlList m_headerLines;
-  std::array<char, CURL_ERROR_SIZE> m_message{};
+  CurlMessage m_message{};
   std::size_t m_bodySent = 0;
-  std::size_t m_headerBytes = 0;  // of all the exchange's responses, 1xx and challenges too
-  bool m_headComplete = true;     // what follows a complete head are a body and trailers
+  bool m_headComplete = true;  // what follows a complete head are a body and trailers
   bool m_outOfMemory = false;
   bool m_surplus = false;  // bytes came behind the end of the body
-  Doubt m_doubt = Doubt::kNone;
-  WireResult m_result;
+  ResponseCollector m_collector;
 };
 
 }  // namespace Corvane::Host

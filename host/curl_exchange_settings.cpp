@@ -1,50 +1,23 @@
 // What curl is told before an exchange. Every setting that guards something is checked: an exchange
 // does not run without it.
-#include <algorithm>
-#include <limits>
 #include <new>
 
 #include "host/curl_exchange.h"
 
 namespace Corvane::Host {
-namespace {
-
-long Milliseconds(std::int64_t milliseconds) {
-  constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();  // curl's
-  return static_cast<long>(std::clamp<std::int64_t>(milliseconds, 1, kMax));
-}
-
-}  // namespace
-
 template <typename Value>
 bool CurlExchange::Set(CURLoption option, Value value) {
   return curl_easy_setopt(m_handle, option, value) == CURLE_OK;
 }
 
 bool CurlExchange::Configure() {
-  return ConfigureSafety() && ConfigureTransfer() && ConfigureMessage() && ConfigureCredentials();
-}
-
-bool CurlExchange::ConfigureSafety() {
-  const long verify = m_trust.verify ? 1 : 0;
-  if (!m_trust.caFile.empty() &&
-      // Without the folder, the system's certificates would count beside the file's.
-      !(Set(CURLOPT_CAINFO, m_trust.caFile.c_str()) &&
-        Set(CURLOPT_CAPATH, static_cast<const char*>(nullptr)))) {
-    return false;
-  }
-  return Set(CURLOPT_PROTOCOLS_STR, "http,https") && Set(CURLOPT_FOLLOWLOCATION, 0L) &&
-         Set(CURLOPT_PROXY, "") && Set(CURLOPT_NETRC, static_cast<long>(CURL_NETRC_IGNORED)) &&
-         Set(CURLOPT_NOSIGNAL, 1L) && Set(CURLOPT_HTTP09_ALLOWED, 0L) &&
-         Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1)) &&
-         Set(CURLOPT_SSL_VERIFYPEER, verify) && Set(CURLOPT_SSL_VERIFYHOST, 2 * verify);
+  return ConfigureSafety(m_handle, m_trust) && ConfigureTransfer() && ConfigureMessage() &&
+         ConfigureCredentials();
 }
 
 bool CurlExchange::ConfigureTransfer() {
-  return Set(CURLOPT_CONNECTTIMEOUT_MS, Milliseconds(m_limits.connectMs)) &&
-         Set(CURLOPT_TIMEOUT_MS, Milliseconds(m_limits.totalMs)) &&
-         // A resolver that hangs must not outlast the time-out.
-         Set(CURLOPT_QUICK_EXIT, 1L) &&
+  return Set(CURLOPT_CONNECTTIMEOUT_MS, CurlMilliseconds(m_limits.connectMs)) &&
+         Set(CURLOPT_TIMEOUT_MS, CurlMilliseconds(m_limits.totalMs)) &&
          Set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(m_limits.maxBodyBytes)) &&
          Set(CURLOPT_ERRORBUFFER, m_message.data()) && Set(CURLOPT_HEADERFUNCTION, &OnHeader) &&
          Set(CURLOPT_HEADERDATA, this) && Set(CURLOPT_WRITEFUNCTION, &OnWrite) &&
@@ -57,12 +30,13 @@ bool CurlExchange::ConfigureTransfer() {
 }
 
 bool CurlExchange::ConfigureMessage() {
-  for (const std::string& line : m_request.headerLines) {
-    curl_slist* const list = curl_slist_append(m_headerLines.get(), line.c_str());
-    if (!list) throw std::bad_alloc();
-    static_cast<void>(m_headerLines.release());
-    m_headerLines.reset(list);
+  for (const auto& [name, value] : m_request.headers) {
+    // "Name;" is how curl is told of a header without a value.
+    AppendHeaderLine(std::string(name).append(value.empty() ? ";" : ": ").append(value));
   }
+  // Without a value: none, where curl has one for POST.
+  AppendHeaderLine("Content-Type: " + m_request.contentType);
+  AppendHeaderLine("Expect:");  // many devices do not know 100-continue
   bool set = Set(CURLOPT_URL, m_request.url.c_str()) && Set(CURLOPT_PATH_AS_IS, 1L) &&
              Set(CURLOPT_HTTPHEADER, m_headerLines.get());
   if (m_request.hasBody) {
@@ -78,6 +52,13 @@ bool CurlExchange::ConfigureMessage() {
   if (m_request.verb != "GET" && m_request.body.empty())
     set = set && Set(CURLOPT_FRESH_CONNECT, 1L);
   return set && Set(CURLOPT_CUSTOMREQUEST, m_request.verb.c_str());
+}
+
+void CurlExchange::AppendHeaderLine(const std::string& line) {
+  curl_slist* const list = curl_slist_append(m_headerLines.get(), line.c_str());
+  if (!list) throw std::bad_alloc();
+  static_cast<void>(m_headerLines.release());
+  m_headerLines.reset(list);
 }
 
 bool CurlExchange::ConfigureCredentials() {

@@ -18,6 +18,7 @@ constexpr std::uint32_t kInternalError = 12004;
 constexpr std::uint32_t kNameNotResolved = 12007;
 constexpr std::uint32_t kOperationCancelled = 12017;
 constexpr std::uint32_t kRequestUsedUp = 12019;  // a second exchange of one request
+constexpr std::uint32_t kOutOfOrder = 12019;  // a step of a streamed exchange that is not its turn
 constexpr std::uint32_t kCannotConnect = 12029;
 constexpr std::uint32_t kConnectionError = 12030;  // broken off, or the body is incomplete
 constexpr std::uint32_t kInvalidServerResponse = 12152;

@@ -20,14 +20,6 @@ bool IsRedirect(std::uint32_t status) {
   return (status >= 301 && status <= 303) || status == 307 || status == 308;
 }
 
-Outcome Answer(WireResult result, std::wstring remark) {
-  Outcome outcome;
-  outcome.response = std::make_unique<BufferedResponse>(result.status, std::move(result.headers),
-                                                        std::move(result.body));
-  outcome.remark = std::move(remark);
-  return outcome;
-}
-
 }  // namespace
 
 CurlRequest::CurlRequest(std::shared_ptr<NetworkDevice> device,
@@ -42,6 +34,15 @@ std::wstring CurlRequest::Describe(const RequestSettings& settings) const {
   return Widen(Url(settings));
 }
 
+Outcome CurlRequest::OutcomeOf(WireResult result, std::wstring remark) {
+  if (result.error != 0) return {nullptr, result.error, std::move(result.remark)};
+  Outcome outcome;
+  outcome.response = std::make_unique<BufferedResponse>(result.status, std::move(result.headers),
+                                                        std::move(result.body));
+  outcome.remark = std::move(remark);
+  return outcome;
+}
+
 Outcome CurlRequest::Perform(const RequestSettings& settings) {
   const DeviceSettings device = m_device->Settings();
   WireRequest request;
@@ -50,27 +51,28 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
     return {nullptr, kInvalidParameter, fault};
   }
 
+  const std::uint32_t totalMs =
+      settings.timeoutMs != 0 ? settings.timeoutMs : device.totalTimeoutMs;
   const Clock::time_point start = Clock::now();
   for (int redirects = 0; redirects <= kMaxRedirects; ++redirects) {
     const auto elapsed =
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
     const ExchangeLimits limits{device.connectTimeoutMs,
-                                static_cast<std::int64_t>(device.totalTimeoutMs) - elapsed,
+                                static_cast<std::int64_t>(totalMs) - elapsed,
                                 m_device->MaxResponseBytes()};
-    const std::wstring timedOut =
-        L"timed out after " + std::to_wstring(device.totalTimeoutMs) + L" ms";
+    const std::wstring timedOut = L"timed out after " + std::to_wstring(totalMs) + L" ms";
     if (limits.totalMs <= 0) return {nullptr, kTimeout, timedOut};
 
     WireResult result = Exchange(request, limits);
     // What is left of the limit after a redirect is no limit that anyone knows.
     if (result.error == kTimeout && redirects > 0) return {nullptr, kTimeout, timedOut};
-    if (result.error != 0) return {nullptr, result.error, std::move(result.remark)};
-    if (!IsRedirect(result.status) || result.location.empty()) return Answer(std::move(result), {});
+    if (result.error != 0 || !IsRedirect(result.status) || result.location.empty())
+      return OutcomeOf(std::move(result), {});
     if (request.verb != "GET") {
-      return Answer(std::move(result), L"a redirect, which is followed for GET only");
+      return OutcomeOf(std::move(result), L"a redirect, which is followed for GET only");
     }
     std::optional<std::string> target = RedirectWithinOrigin(request.url, result.location);
-    if (!target) return Answer(std::move(result), L"a redirect that leaves the device");
+    if (!target) return OutcomeOf(std::move(result), L"a redirect that leaves the device");
     request.url = *std::move(target);
   }
   return {nullptr, kRedirectFailed, L"more than " + std::to_wstring(kMaxRedirects) + L" redirects"};
@@ -78,8 +80,9 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
 
 WireResult CurlRequest::Exchange(const WireRequest& request, const ExchangeLimits& limits) {
   CurlEasy handle = m_device->Pool().Take(m_port);
-  WireResult result =
-      CurlExchange(request, limits, m_device->Trust(), Cancelled()).Run(handle.get());
+  CurlExchange exchange(request, limits, m_device->Trust(), Cancelled());
+  WireResult result = exchange.Run(handle.get());
+  m_sentBytes.store(exchange.BodySent());
   if (result.error == 0 && result.reusable) m_device->Pool().GiveBack(m_port, std::move(handle));
   return result;
 }

@@ -2,6 +2,7 @@
 #ifndef CORVANE_HOST_HTTP_REQUEST_CURL_H_
 #define CORVANE_HOST_HTTP_REQUEST_CURL_H_
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -12,7 +13,7 @@
 
 namespace Corvane::Host {
 
-class CurlRequest final : public RequestBase {
+class CurlRequest : public RequestBase {
  public:
   CurlRequest(std::shared_ptr<NetworkDevice> device, std::shared_ptr<LastFailure> lastFailure,
               std::uint32_t port);
@@ -22,12 +23,19 @@ class CurlRequest final : public RequestBase {
   std::wstring Describe(const RequestSettings& settings) const override;
   Outcome Perform(const RequestSettings& settings) override;
 
- private:
+  NetworkDevice& Device() const { return *m_device; }
   std::string Url(const RequestSettings& settings) const;
+  // The response that `result` is, or its error.
+  static Outcome OutcomeOf(WireResult result, std::wstring remark);
+  // Bytes of the body that the connection has taken.
+  std::atomic<std::uint64_t>& SentBytes() { return m_sentBytes; }
+
+ private:
   WireResult Exchange(const WireRequest& request, const ExchangeLimits& limits);
 
   const std::shared_ptr<NetworkDevice> m_device;
   const std::uint32_t m_port;  // as asked for
+  std::atomic<std::uint64_t> m_sentBytes{0};
 };
 
 }  // namespace Corvane::Host

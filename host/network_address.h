@@ -38,13 +38,25 @@ struct NetworkOptions {
 // error_codes.h. Every status is a response; only 200 leaves GetLastFailure empty.
 //
 // Credentials are sent only when the device asks for them, digest before basic, never anywhere
-// else. A request that sets a password uses its own; any other uses the address's, and without
-// those a bare user name answers with an empty password.
+// else; but for a streamed body, see below. A request that sets a password uses its own; any other
+// uses the address's, and without those a bare user name answers with an empty password.
 //
 // A redirect of a GET is followed, at most 5 times, when scheme, host and port stay; any other
 // redirect is the response. A body is sent a second time only after a 401.
 //
-// CreateIPPHTTPRequest is still missing: E_NOTIMPL.
+// CreateIPPHTTPRequest gives a request that is a TqHTTPRequestEx, too.
+// - Its SetOption is a limit in milliseconds. For an exchange in one piece, that in all, in place
+//   of `totalTimeoutMs`. For a streamed one, that of silence: how long one chunk may wait without
+//   the device taking a byte, and the response without one coming; without it, `totalTimeoutMs` is.
+//   A streamed document may take any time in all. The response is waited for, from GetResponse on,
+//   no longer in all than the longer of the two, however the device drips.
+// - A streamed exchange has a connection of its own, which is closed behind it. A failed step
+//   returns 0x8007 and the low half of GetLastError: kInvalidParameter for a verb other than POST
+//   and PUT, a body of SetRequestData, or not exactly one "Transfer-Encoding: chunked"; kOutOfOrder
+//   for one that is not its turn. Cancel ends a waiting chunk or response within 100 ms.
+// - A streamed body cannot be sent again in answer to a challenge. So a password (the request's,
+//   else the address's) goes out with it at once, as Basic, over TLS alone, unless there is a
+//   header Authorization. Over plain HTTP none goes out: the device's 401 is the response.
 //
 // GetMIBConnection gives an SNMP session to UDP port 161, without asking the network anything yet.
 // E_INVALIDARG, with the reason in GetLastFailure, for SnmpOptions that no agent can be spoken to

@@ -3,6 +3,7 @@
 
 #include "host/address_base.h"
 #include "host/http_request_curl.h"
+#include "host/ipp_request_curl.h"
 #include "host/mib_connection_netsnmp.h"
 #include "host/network_address.h"
 #include "host/network_device.h"
@@ -27,6 +28,9 @@ class NetworkAddress final : public AddressBase {
  protected:
   HTTPRequest* MakeRequest(std::uint32_t port) override {
     return new CurlRequest(m_device, Failure(), port);
+  }
+  HTTPRequest* MakeIPPRequest(std::uint32_t port) override {
+    return new CurlIPPRequest(m_device, Failure(), port);
   }
   HRESULT MakeConnection(MIBConnection** connection) override {
     *connection = MakeNetSnmpConnection(*m_device, Failure());

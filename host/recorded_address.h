@@ -19,7 +19,7 @@ namespace Corvane::Host {
 // A file above 64 MB fails the exchange. Credentials and time-outs are taken and mean nothing.
 // GetAddress gives "recorded.invalid", the display name is the folder. GetLastFailure tells of the
 // exchange that ended last on any thread; its text is the asking thread's until that asks again.
-// CreateIPPHTTPRequest and GetMIBConnection are still missing: E_NOTIMPL.
+// CreateIPPHTTPRequest (address_base.h) and GetMIBConnection: E_NOTIMPL.
 //
 // One reference, the caller's; null when `folder` is no folder.
 Address* CreateRecordedAddress(const std::filesystem::path& folder);

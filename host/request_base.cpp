@@ -1,9 +1,5 @@
 #include "host/request_base.h"
 
-#include <exception>
-#include <new>
-
-#include "host/error_codes.h"
 #include "host/text.h"
 
 namespace Corvane::Host {
@@ -39,10 +35,12 @@ void RequestBase::AddHeader(const wchar_t* name, const wchar_t* value) try {
 }
 
 void RequestBase::SetRequestData(const void* data, std::uint32_t size) try {
-  m_settings.body.clear();
+  m_body.clear();
+  m_settings.body = {};
   if (size == 0) return;
   if (data) {
-    m_settings.body.assign(static_cast<const char*>(data), size);
+    m_body.assign(static_cast<const char*>(data), size);
+    m_settings.body = m_body;
   } else {
     m_settingsError = kInvalidParameter;
   }
@@ -53,28 +51,37 @@ void RequestBase::SetRequestData(const void* data, std::uint32_t size) try {
 HRESULT RequestBase::GetResponse(HTTPResponse** response) {
   if (!response) return E_POINTER;
   *response = nullptr;
-  Outcome outcome = PerformOnce();
+  if (!m_outcome) Conclude(PerformOnce());
+  Outcome outcome = *std::exchange(m_outcome, std::nullopt);
   m_error = outcome.error;
-  Report(outcome);
   if (m_error != 0) return ResultFromError(m_error);
   m_response = std::move(outcome.response);
   *response = m_response.get();
   return S_OK;
 }
 
-Outcome RequestBase::PerformOnce() noexcept try {
+Outcome RequestBase::Begin() {
   // The response of the first exchange lives as long as the request, so there is no second.
   if (m_performed) return {nullptr, kRequestUsedUp, L"a request serves one exchange"};
   m_performed = true;
   if (m_settingsError != 0) return {nullptr, m_settingsError, L"a setting cannot be used"};
   if (m_cancelled.load()) return {nullptr, kOperationCancelled, L"cancelled"};
-  Outcome outcome = Perform(m_settings);
-  if (!outcome.response && outcome.error == 0) outcome.error = kInternalError;
-  return outcome;
-} catch (const std::bad_alloc&) {
-  return {nullptr, kOutOfMemory, {}};
-} catch (const std::exception&) {
-  return {nullptr, kInternalError, {}};
+  return {};
+}
+
+Outcome RequestBase::PerformOnce() noexcept {
+  return Guarded([this] {
+    Outcome outcome = Begin();
+    if (outcome.error == 0) outcome = Perform(m_settings);
+    if (!outcome.response && outcome.error == 0) outcome.error = kInternalError;
+    return outcome;
+  });
+}
+
+void RequestBase::Conclude(Outcome outcome) noexcept {
+  m_error = outcome.error;
+  Report(outcome);
+  m_outcome = std::move(outcome);
 }
 
 void RequestBase::Report(const Outcome& outcome) noexcept try {

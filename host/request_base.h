@@ -4,13 +4,17 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <memory>
+#include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "corvane/transport.h"
+#include "host/error_codes.h"
 #include "host/last_failure.h"
 
 namespace Corvane::Host {
@@ -22,7 +26,8 @@ struct RequestSettings {
   std::wstring password;
   std::wstring contentType;
   std::vector<std::pair<std::wstring, std::wstring>> headers;  // without Content-Type
-  std::string body;
+  std::string_view body;        // the request's, or its caller's for the time of the exchange
+  std::uint32_t timeoutMs = 0;  // in place of the device's limit; 0: none of its own
 };
 
 // Either a response or an error code other than 0.
@@ -52,7 +57,7 @@ class RequestBase : public HTTPRequest, public IDisposableImpl {
   void SetRequestData(const void* data, std::uint32_t size) override;
   // A failure is 0x8007 and the low half of GetLastError.
   HRESULT GetResponse(HTTPResponse** response) override;
-  // Means nothing to this host.
+  // Means nothing to a plain request.
   void SetOption(std::uint32_t) override {}
   std::uint32_t GetLastError() override { return m_error; }
   void Cancel() override { m_cancelled.store(true); }
@@ -64,21 +69,46 @@ class RequestBase : public HTTPRequest, public IDisposableImpl {
   virtual std::wstring Describe(const RequestSettings& settings) const = 0;
   virtual Outcome Perform(const RequestSettings& settings) = 0;
 
+  RequestSettings& Settings() { return m_settings; }
   const std::atomic<bool>& Cancelled() const { return m_cancelled; }
+  bool Performed() const { return m_performed; }
+  // What GetLastError tells until the next GetResponse.
+  void SetError(std::uint32_t error) { m_error = error; }
+  // A setting cannot be used: the exchange will fail.
+  void RefuseSetting(std::uint32_t error) { m_settingsError = error; }
+
+  // Begins the one exchange: an outcome without error when it may go on.
+  Outcome Begin();
+  // `exchange`, and the failure that its exception means.
+  template <typename Exchange>
+  static Outcome Guarded(Exchange exchange) noexcept;
+  Outcome PerformOnce() noexcept;
+  // The exchange has ended: GetResponse will give `outcome`, which is reported now.
+  void Conclude(Outcome outcome) noexcept;
 
  private:
   void Set(std::wstring* setting, const wchar_t* text) noexcept;
-  Outcome PerformOnce() noexcept;
   void Report(const Outcome& outcome) noexcept;
 
   const std::shared_ptr<LastFailure> m_lastFailure;
   RequestSettings m_settings;
-  std::uint32_t m_settingsError = 0;  // of the first setter that was given something unusable
+  std::string m_body;                 // that SetRequestData gave
+  std::uint32_t m_settingsError = 0;  // of the last setter that was given something unusable
   std::uint32_t m_error = 0;
   bool m_performed = false;
+  std::optional<Outcome> m_outcome;  // concluded, and not asked for yet
   std::unique_ptr<HTTPResponse> m_response;
   std::atomic<bool> m_cancelled{false};
 };
+
+template <typename Exchange>
+Outcome RequestBase::Guarded(Exchange exchange) noexcept try {
+  return exchange();
+} catch (const std::bad_alloc&) {
+  return {nullptr, kOutOfMemory, {}};
+} catch (const std::exception&) {
+  return {nullptr, kInternalError, {}};
+}
 
 }  // namespace Corvane::Host
 

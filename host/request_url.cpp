@@ -59,6 +59,8 @@ CurlUrl ParseUrl(const std::string& base, const std::string& relative) {
   return url;
 }
 
+std::size_t PathBegin(const std::string& url) { return url.find('/', url.find("//") + 2); }
+
 }  // namespace
 
 std::optional<std::string> UrlHost(std::wstring_view host) {
@@ -94,6 +96,18 @@ std::string EncodeTarget(std::string_view path) {
   return target;
 }
 
+UrlInHead SplitUrl(const std::string& url) {
+  UrlInHead split;
+  const CurlUrl parsed = ParseUrl(url, url);
+  if (!parsed) return split;
+  split.tls = url.starts_with("https:");
+  split.host = Part(parsed, CURLUPART_HOST);
+  const std::string port = Part(parsed, CURLUPART_PORT, CURLU_NO_DEFAULT_PORT);
+  if (!port.empty()) split.host += ':' + port;
+  split.target = url.substr(PathBegin(url));
+  return split;
+}
+
 std::optional<std::string> RedirectWithinOrigin(const std::string& url,
                                                 const std::string& location) {
   const CurlUrl source = ParseUrl(url, url);
@@ -111,7 +125,7 @@ std::optional<std::string> RedirectWithinOrigin(const std::string& url,
   // Only the path and the query are the device's word; the rest stays as it was.
   std::string path = Part(target, CURLUPART_PATH);
   if (const std::string query = Part(target, CURLUPART_QUERY); !query.empty()) path += '?' + query;
-  return url.substr(0, url.find('/', url.find("//") + 2)) + EncodeTarget(path);
+  return url.substr(0, PathBegin(url)) + EncodeTarget(path);
 }
 
 }  // namespace Corvane::Host

@@ -22,6 +22,15 @@ std::string Origin(std::string_view urlHost, std::uint32_t port, bool tls);
 // '%', all beyond ASCII. Applying it again changes nothing.
 std::string EncodeTarget(std::string_view path);
 
+// What a request head says of a URL that was made of the two above.
+struct UrlInHead {
+  bool tls = false;
+  std::string host;    // "[fe80::1]:631": no zone, and no port that is the scheme's own
+  std::string target;  // with the query
+};
+// Empty for a URL that curl would not take.
+UrlInHead SplitUrl(const std::string& url);
+
 // The URL on the device that a redirect from `url` leads to, whose field Location (RFC
 // 9110, 10.2.2) is given; none when scheme, host or port differ from those of `url`, or there is
 // user information.

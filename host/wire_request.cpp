@@ -39,16 +39,13 @@ const wchar_t* TakeCredentials(const RequestSettings& settings, const DeviceSett
              : nullptr;
 }
 
-const wchar_t* AddHeaderLine(std::wstring_view name, std::wstring_view value,
-                             WireRequest* request) {
-  const std::string narrowName = ToUtf8(name);
-  const std::string narrowValue = ToUtf8(value);
-  if (!IsToken(narrowName)) return L"a header name that is no token";
-  if (HasControl(narrowValue)) return L"a control character in a header";
+// Null, or why this header cannot go out. The texts in UTF-8 on success.
+const wchar_t* CheckHeader(std::wstring_view name, std::wstring_view value,
+                           std::pair<std::string, std::string>* header) {
+  *header = {ToUtf8(name), ToUtf8(value)};
+  if (!IsToken(header->first)) return L"a header name that is no token";
+  if (HasControl(header->second)) return L"a control character in a header";
   if (FramesMessage(name, value)) return L"a header that is the host's to write";
-  // "Name;" is how curl is told of a header without a value.
-  request->headerLines.push_back(narrowValue.empty() ? narrowName + ';'
-                                                     : narrowName + ": " + narrowValue);
   return nullptr;
 }
 
@@ -65,15 +62,12 @@ const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSet
 
   if (const wchar_t* const fault = TakeCredentials(settings, device, request)) return fault;
   for (const auto& [name, value] : settings.headers) {
-    if (const wchar_t* const fault = AddHeaderLine(name, value, request)) return fault;
+    if (const wchar_t* const fault = CheckHeader(name, value, &request->headers.emplace_back())) {
+      return fault;
+    }
   }
-  if (settings.contentType.empty()) {
-    request->headerLines.emplace_back("Content-Type:");  // none, where curl has one for POST
-  } else if (const wchar_t* const fault =
-                 AddHeaderLine(L"Content-Type", settings.contentType, request)) {
-    return fault;
-  }
-  request->headerLines.emplace_back("Expect:");  // many devices do not know 100-continue
+  request->contentType = ToUtf8(settings.contentType);
+  if (HasControl(request->contentType)) return L"a control character in a header";
   return nullptr;
 }
 

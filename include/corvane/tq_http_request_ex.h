@@ -8,9 +8,24 @@
 
 namespace Corvane {
 
-// Reached from an HTTPRequest by a checked dynamic cast. The caller frames chunks itself (RFC
-// 9112, 7.1): the host writes the bytes that it is given. Operations with a counterpart in
+// Of HTTPRequest::GetResponse after a whole chunked body: the device has taken every byte, and its
+// answer did not come, broke off or is none. It may have printed the document, so nobody should send it
+// again without asking. GetLastError tells what went wrong.
+constexpr HRESULT kAnswerLost = static_cast<HRESULT>(0x83E8F5FA);
+
+// Reached from an HTTPRequest by a checked dynamic cast. Operations with a counterpart in
 // HTTPRequest mean the same as there; those marked "host" are never called by the library.
+//
+// A streamed exchange: settings, with one header "Transfer-Encoding: chunked" among them;
+// BeginChunkedSend; WriteChunk for each chunk, which the caller frames itself (RFC 9112, 7.1), the
+// last one too; FinishChunkedSend; HTTPRequest::GetResponse. It is the request's one exchange.
+//
+// A device may answer before it has the whole body, as with 401 or 413. The sending then ends: the
+// operation under way sends no further byte, reads the rest of that response and fails;
+// GetLastError is its status, and GetResponse gives it. When the sending fails otherwise,
+// GetLastError is a system error code and GetResponse fails with it; with kAnswerLost when that
+// happens behind the whole body. A step that is not its turn
+// fails, sends nothing, and changes nothing else but GetLastError.
 class CORVANE_API TqHTTPRequestEx {
  public:
   TqHTTPRequestEx();
@@ -23,22 +38,31 @@ class CORVANE_API TqHTTPRequestEx {
   virtual void SetPassword(const wchar_t* password) = 0;
   virtual void SetMethod(const wchar_t* verb) = 0;
   virtual void SetContentType(const wchar_t* contentType) = 0;
-  virtual void Cancel() = 0;  // host
+  virtual void Cancel() = 0;  // host: ends a wait on another thread soon
   virtual void SetRequestData(const void* data, std::uint32_t size) = 0;
-  virtual bool IsSending() = 0;  // host
-  // Pointer-sized: a 32-bit setting on one path of the caller, the device's host text on the other.
+  // host: a body is on its way: from BeginChunkedSend to FinishChunkedSend or a failure, or within
+  // SendBody. Any thread.
+  virtual bool IsSending() = 0;
+  // Pointer-sized: a time-out in milliseconds on one path of the caller, 0 for none of its own; on
+  // the other the very pointer that the address's GetAddress gives, which changes nothing.
   virtual void SetOption(std::uintptr_t option) = 0;
-  virtual void SetHeader(const wchar_t* name, const wchar_t* value) = 0;  // host
-  virtual std::uint32_t GetLastError() = 0;                               // host
-  // A whole body at once, `size` bytes; a failure shows as that of HTTPRequest::GetResponse.
+  virtual void SetHeader(const wchar_t* name, const wchar_t* value) = 0;  // host: replaces
+  // As HTTPRequest::GetLastError; after a failed step of a streamed exchange, of that.
+  virtual std::uint32_t GetLastError() = 0;  // host
+  // A whole body at once, `size` bytes, not copied: performs the exchange. GetResponse then gives
+  // the response, or its failure; GetLastError has that at once.
   virtual void SendBody(const void* data, std::uint32_t size) = 0;
-  // Begins a chunked body; `context` comes back with each chunk.
+  // Begins a chunked body: connects and sends the head. `context` comes back with each chunk.
   virtual HRESULT BeginChunkedSend(std::uintptr_t context) = 0;
-  // One framed chunk, `size` bytes, written unchanged. Returns when the device has taken it.
+  // One framed chunk, `size` bytes, written unchanged. Returns when the connection has taken it,
+  // however long a slow device lets it wait, or with a failure. 0 bytes are no chunk: that sends
+  // nothing.
   virtual HRESULT WriteChunk(const void* data, std::uint32_t size, std::uintptr_t context) = 0;
-  // The body is complete; the response comes from HTTPRequest::GetResponse.
+  // The body is complete; the response comes from HTTPRequest::GetResponse, which fails without it.
   virtual HRESULT FinishChunkedSend() = 0;
-  virtual std::uint64_t GetSentBytes() = 0;  // host
+  // host: bytes of the body, framing and all, that the connection has taken. Any thread.
+  virtual std::uint64_t GetSentBytes() = 0;
+  // What SendBody will be given; another size there fails the exchange. Nothing elsewhere.
   virtual void SetContentLength(std::uint32_t size) = 0;
 
   virtual ~TqHTTPRequestEx();

@@ -30,16 +30,9 @@ struct Exchanged {
   std::wstring failure;
 };
 
-inline Exchanged Exchange(const Owned<Address>& address, const std::wstring& path,
-                          const std::function<void(HTTPRequest*)>& configure = {},
-                          std::uint32_t port = 8080) {
+// What GetResponse of a configured request gives.
+inline Exchanged GetExchanged(const Owned<Address>& address, HTTPRequest* request) {
   Exchanged seen;
-  HTTPRequest* made = nullptr;
-  EXPECT_EQ(address->CreateHTTPRequest(&made, port), S_OK);
-  if (!made) return seen;
-  const Owned<HTTPRequest> request(made);
-  request->SetURI(path.c_str());
-  if (configure) configure(request.get());
   HTTPResponse* response = reinterpret_cast<HTTPResponse*>(&seen);  // must be overwritten
   seen.result = request->GetResponse(&response);
   seen.error = request->GetLastError();
@@ -51,6 +44,18 @@ inline Exchanged Exchange(const Owned<Address>& address, const std::wstring& pat
   seen.body.assign(content, response->GetContentLength());
   EXPECT_EQ(content[seen.body.size()], '\0');
   return seen;
+}
+
+inline Exchanged Exchange(const Owned<Address>& address, const std::wstring& path,
+                          const std::function<void(HTTPRequest*)>& configure = {},
+                          std::uint32_t port = 8080) {
+  HTTPRequest* made = nullptr;
+  EXPECT_EQ(address->CreateHTTPRequest(&made, port), S_OK);
+  if (!made) return {};
+  const Owned<HTTPRequest> request(made);
+  request->SetURI(path.c_str());
+  if (configure) configure(request.get());
+  return GetExchanged(address, request.get());
 }
 
 inline void PostText(HTTPRequest* request, const std::string& body) {

@@ -37,22 +37,36 @@ int ListenOnLoopback(int backlog, std::uint16_t* port) {
   return listener;
 }
 
+bool LoopbackConnection::ReceiveMore() {
+  char block[4096];
+  const ssize_t bytes = recv(m_socket, block, sizeof(block), 0);
+  if (bytes > 0) m_buffered.append(block, static_cast<std::size_t>(bytes));
+  return bytes > 0;
+}
+
+std::string LoopbackConnection::TakeRequest(std::size_t size) {
+  const std::lock_guard lock(m_server->m_mutex);
+  m_server->m_requests.push_back(m_buffered.substr(0, size));
+  m_buffered.erase(0, size);
+  return m_server->m_requests.back();
+}
+
 std::string LoopbackConnection::ReadRequest() {
-  while (true) {
+  do {
     const std::size_t end = m_buffered.find("\r\n\r\n");
-    const std::size_t size =
-        end == m_buffered.npos ? end : end + 4 + ContentLength(m_buffered.substr(0, end));
-    if (m_buffered.size() >= size) {
-      const std::lock_guard lock(m_server->m_mutex);
-      m_server->m_requests.push_back(m_buffered.substr(0, size));
-      m_buffered.erase(0, size);
-      return m_server->m_requests.back();
-    }
-    char block[4096];
-    const ssize_t bytes = recv(m_socket, block, sizeof(block), 0);
-    if (bytes <= 0) return {};
-    m_buffered.append(block, static_cast<std::size_t>(bytes));
-  }
+    if (end == m_buffered.npos) continue;
+    const std::size_t size = end + 4 + ContentLength(m_buffered.substr(0, end));
+    if (m_buffered.size() >= size) return TakeRequest(size);
+  } while (ReceiveMore());
+  return {};
+}
+
+std::string LoopbackConnection::ReadThrough(std::string_view mark) {
+  do {
+    const std::size_t at = m_buffered.find(mark);
+    if (at != m_buffered.npos) return TakeRequest(at + mark.size());
+  } while (ReceiveMore());
+  return {};
 }
 
 bool LoopbackConnection::Send(std::string_view bytes) {

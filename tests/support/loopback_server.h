@@ -19,6 +19,9 @@ class LoopbackConnection {
  public:
   // The next request, head and Content-Length body; empty when the client is gone.
   std::string ReadRequest();
+  // Everything through `mark`, raw: a chunked request through its last chunk; empty when the client
+  // is gone. Counts as a request, too.
+  std::string ReadThrough(std::string_view mark);
   // False when the client is gone.
   bool Send(std::string_view bytes);
   // Ends this side; the client's stays open.
@@ -26,6 +29,9 @@ class LoopbackConnection {
   // Waits so long; false when the client went meanwhile.
   bool Pause(int milliseconds);
   void WaitForClose();
+
+  bool ReceiveMore();
+  std::string TakeRequest(std::size_t size);
 
   class LoopbackServer* const m_server;
   const int m_socket;

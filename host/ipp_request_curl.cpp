@@ -1,0 +1,124 @@
+#include "host/ipp_request_curl.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <utility>
+
+#include "host/error_codes.h"
+#include "host/request_head.h"
+#include "host/text.h"
+#include "host/wire_request.h"
+
+namespace Corvane::Host {
+
+CurlIPPRequest::CurlIPPRequest(std::shared_ptr<NetworkDevice> device,
+                               std::shared_ptr<LastFailure> lastFailure, std::uint32_t port)
+    : CurlRequest(std::move(device), std::move(lastFailure), port) {}
+
+void CurlIPPRequest::SetOption(std::uint32_t option) { Settings().timeoutMs = option; }
+
+void CurlIPPRequest::SetOption(std::uintptr_t option) {
+  if (option == reinterpret_cast<std::uintptr_t>(Device().Host().c_str())) return;
+  if (option > std::numeric_limits<std::uint32_t>::max()) return RefuseSetting(kInvalidParameter);
+  SetOption(static_cast<std::uint32_t>(option));
+}
+
+void CurlIPPRequest::SetHeader(const wchar_t* name, const wchar_t* value) {
+  std::erase_if(Settings().headers, [name](const auto& header) {
+    return EqualsIgnoreCase(header.first, OrEmpty(name));
+  });
+  AddHeader(name, value);
+}
+
+void CurlIPPRequest::SendBody(const void* data, std::uint32_t size) {
+  if (Performed()) return SetError(kOutOfOrder);
+  if ((!data && size != 0) || m_contentLength.value_or(size) != size) {
+    RefuseSetting(kInvalidParameter);
+  }
+  m_sending.store(true);
+  Settings().body = {static_cast<const char*>(data), data ? size : 0};
+  Conclude(PerformOnce());
+  Settings().body = {};
+  m_sending.store(false);
+}
+
+HRESULT CurlIPPRequest::BeginChunkedSend(std::uintptr_t) {
+  if (Performed()) return OutOfOrder();
+  m_sending.store(true);
+  Outcome failure = Guarded([this] {
+    Outcome begun = Begin();
+    return begun.error == 0 ? OpenStream() : std::move(begun);
+  });
+  return failure.error == 0 && !failure.response ? S_OK : EndStream(std::move(failure));
+}
+
+// An outcome without error and response: the stream is open.
+Outcome CurlIPPRequest::OpenStream() {
+  const DeviceSettings device = Device().Settings();
+  WireRequest request;
+  request.url = Url(Settings());
+  std::string head;
+  const wchar_t* fault = BuildWireRequest(Settings(), device, &request);
+  if (!fault) fault = BuildStreamedHead(request, &head);
+  if (fault) return {nullptr, kInvalidParameter, fault};
+
+  StreamLimits limits;
+  limits.connectMs = device.connectTimeoutMs;
+  limits.silenceMs = Settings().timeoutMs != 0 ? Settings().timeoutMs : device.totalTimeoutMs;
+  limits.responseMs = std::max<std::int64_t>(limits.silenceMs, device.totalTimeoutMs);
+  limits.maxBodyBytes = Device().MaxResponseBytes();
+  m_stream = std::make_unique<StreamedExchange>(limits, Cancelled());
+  if (m_stream->Open(request.url, Device().Trust(), head)) return {};
+  return OutcomeOf(m_stream->Receive(), L"before the body was sent");
+}
+
+HRESULT CurlIPPRequest::WriteChunk(const void* data, std::uint32_t size, std::uintptr_t) {
+  if (m_streamError != 0) return ResultFromError(m_streamError);
+  if (!m_stream || m_finished) return OutOfOrder();
+  Outcome failure = Guarded([this, data, size]() -> Outcome {
+    if (!data && size != 0) return {nullptr, kInvalidParameter, L"a chunk without data"};
+    if (m_stream->Send({static_cast<const char*>(data), size}, &SentBytes())) return {};
+    return OutcomeOf(m_stream->Receive(), L"before the whole body was sent");
+  });
+  return failure.error == 0 && !failure.response ? S_OK : EndStream(std::move(failure));
+}
+
+HRESULT CurlIPPRequest::FinishChunkedSend() {
+  if (m_streamError != 0) return ResultFromError(m_streamError);
+  if (!m_stream || m_finished) return OutOfOrder();
+  m_finished = true;
+  m_sending.store(false);
+  return S_OK;
+}
+
+HRESULT CurlIPPRequest::GetResponse(HTTPResponse** response) {
+  if (response && m_stream) {
+    Conclude(Guarded([this]() -> Outcome {
+      if (!m_finished) return {nullptr, kOutOfOrder, L"the streamed body was not finished"};
+      return OutcomeOf(m_stream->Receive(), {});
+    }));
+    m_stream.reset();
+    m_sending.store(false);
+    const HRESULT result = CurlRequest::GetResponse(response);
+    return FAILED(result) && m_finished ? kAnswerLost : result;
+  }
+  return CurlRequest::GetResponse(response);
+}
+
+// `failure`: an error, or a response that came too early, whose status is the error then.
+HRESULT CurlIPPRequest::EndStream(Outcome failure) {
+  m_streamError = failure.error != 0 ? failure.error : failure.response->GetStatusCode();
+  m_stream.reset();
+  Conclude(std::move(failure));
+  SetError(m_streamError);
+  m_sending.store(false);
+  return ResultFromError(m_streamError);
+}
+
+HRESULT CurlIPPRequest::OutOfOrder() {
+  SetError(kOutOfOrder);
+  return ResultFromError(kOutOfOrder);
+}
+
+}  // namespace Corvane::Host

@@ -1,0 +1,63 @@
+// The extended request to a device on the network: a body streamed while it is made.
+#ifndef CORVANE_HOST_IPP_REQUEST_CURL_H_
+#define CORVANE_HOST_IPP_REQUEST_CURL_H_
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "host/http_request_curl.h"
+#include "host/streamed_exchange.h"
+
+namespace Corvane::Host {
+
+// A plain request until BeginChunkedSend; that makes its one exchange a streamed one, over a
+// connection of its own that nothing else uses before or after.
+class CurlIPPRequest final : public CurlRequest, public TqHTTPRequestEx {
+ public:
+  CurlIPPRequest(std::shared_ptr<NetworkDevice> device, std::shared_ptr<LastFailure> lastFailure,
+                 std::uint32_t port);
+  const char* GetTypeName() override { return "Corvane::Host::CurlIPPRequest"; }
+
+  // Of both interfaces.
+  const wchar_t* GetURI() override { return CurlRequest::GetURI(); }
+  void SetURI(const wchar_t* path) override { CurlRequest::SetURI(path); }
+  void SetUserName(const wchar_t* userName) override { CurlRequest::SetUserName(userName); }
+  void SetPassword(const wchar_t* password) override { CurlRequest::SetPassword(password); }
+  void SetMethod(const wchar_t* verb) override { CurlRequest::SetMethod(verb); }
+  void SetContentType(const wchar_t* type) override { CurlRequest::SetContentType(type); }
+  void SetRequestData(const void* data, std::uint32_t size) override {
+    CurlRequest::SetRequestData(data, size);
+  }
+  std::uint32_t GetLastError() override { return CurlRequest::GetLastError(); }
+  void Cancel() override { CurlRequest::Cancel(); }
+
+  HRESULT GetResponse(HTTPResponse** response) override;
+  void SetOption(std::uint32_t option) override;
+
+  void SetOption(std::uintptr_t option) override;
+  void SetHeader(const wchar_t* name, const wchar_t* value) override;
+  void SetContentLength(std::uint32_t size) override { m_contentLength = size; }
+  void SendBody(const void* data, std::uint32_t size) override;
+  HRESULT BeginChunkedSend(std::uintptr_t context) override;
+  HRESULT WriteChunk(const void* data, std::uint32_t size, std::uintptr_t context) override;
+  HRESULT FinishChunkedSend() override;
+  bool IsSending() override { return m_sending.load(); }
+  std::uint64_t GetSentBytes() override { return SentBytes().load(); }
+
+ private:
+  Outcome OpenStream();
+  HRESULT EndStream(Outcome failure);
+  HRESULT OutOfOrder();
+
+  std::optional<std::uint32_t> m_contentLength;
+  std::unique_ptr<StreamedExchange> m_stream;  // from a good begin to the response or a failure
+  bool m_finished = false;                     // its body
+  std::uint32_t m_streamError = 0;             // what ended it early
+  std::atomic<bool> m_sending{false};
+};
+
+}  // namespace Corvane::Host
+
+#endif  // CORVANE_HOST_IPP_REQUEST_CURL_H_

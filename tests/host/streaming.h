@@ -1,0 +1,64 @@
+// A request of an address whose body is streamed.
+#ifndef CORVANE_TESTS_HOST_STREAMING_H_
+#define CORVANE_TESTS_HOST_STREAMING_H_
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+#include "host/error_codes.h"
+#include "tests/host/exchange.h"
+
+namespace Corvane::Test {
+
+// The last chunk of a body, without trailers (RFC 9112, 7.1).
+constexpr char kLastChunk[] = "0\r\n\r\n";
+
+inline std::string Framed(std::string_view data) {
+  char size[16];
+  snprintf(size, sizeof(size), "%zX\r\n", data.size());
+  return size + std::string(data) + "\r\n";
+}
+
+// A device on a loopback port, asked for as 631.
+inline Host::NetworkOptions PrinterOptions(std::uint16_t port) {
+  Host::NetworkOptions options = LoopbackOptions(port);
+  options.portMap[631] = port;
+  return options;
+}
+
+// POST /ipp, configured for a chunked body.
+struct Streaming {
+  explicit Streaming(const Owned<Address>& owner, std::uint32_t port = 631) : address(owner) {
+    HTTPRequest* made = nullptr;
+    EXPECT_EQ(address->CreateIPPHTTPRequest(&made, port), S_OK);
+    request.reset(made);
+    extended = dynamic_cast<TqHTTPRequestEx*>(made);
+    EXPECT_NE(extended, nullptr);
+    request->SetMethod(L"POST");
+    request->SetURI(L"/ipp");
+    request->AddHeader(L"Transfer-Encoding", L"chunked");
+    request->AddHeader(L"Content-Type", L"application/ipp");
+  }
+
+  HRESULT Begin() { return extended->BeginChunkedSend(1); }
+  HRESULT Write(std::string_view chunk) {
+    return extended->WriteChunk(chunk.data(), static_cast<std::uint32_t>(chunk.size()), 1);
+  }
+  // The rest of an exchange whose chunks are written, but for the last.
+  Exchanged Finish() {
+    EXPECT_EQ(Write(kLastChunk), S_OK);
+    EXPECT_EQ(extended->FinishChunkedSend(), S_OK);
+    return Respond();
+  }
+  Exchanged Respond() { return GetExchanged(address, request.get()); }
+
+  const Owned<Address>& address;
+  Owned<HTTPRequest> request;
+  TqHTTPRequestEx* extended = nullptr;
+};
+
+}  // namespace Corvane::Test
+
+#endif  // CORVANE_TESTS_HOST_STREAMING_H_
