@@ -185,6 +185,7 @@ std::vector<std::string> AttributeMap::Values(std::string_view path) const {
   const std::vector<std::string_view> names = Split(path);
   const auto members = std::span<const std::string_view>(names).subspan(1);
   std::vector<std::string> values;
+  if (names.front().empty()) return values;  // that of values before any name
   for (std::size_t i = 0; i < m_attributes.size(); ++i) {
     if (Bytes(m_attributes[i].position, m_attributes[i].size) != names.front()) continue;
     ValuePicker picker(members, &values);

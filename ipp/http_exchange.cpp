@@ -1,7 +1,6 @@
 // A request to the printer over the host's transport, and the document with it.
-#include <cstdio>
 #include <cstring>
-#include <new>
+#include <string_view>
 
 #include "core/text.h"
 #include "core/trace.h"
@@ -22,14 +21,6 @@ constexpr wchar_t kMediaType[] = L"application/ipp";
 
 constexpr std::uint32_t kHttpOk = 200;
 constexpr std::uint32_t kHttpUnauthorized = 401;
-
-// The host's word for an answer that was lost after the printer had the document.
-constexpr HRESULT kAnswerLost = static_cast<HRESULT>(0x83E8F5FA);
-
-// An uninitialised array, null when there is no memory: documents are large.
-std::unique_ptr<char[]> Allocate(int size) {
-  return std::unique_ptr<char[]>(new (std::nothrow) char[static_cast<std::size_t>(size)]);
-}
 
 UniqueBstr WideOrEmpty(const char* text) { return BstrFromUtf8(text ? text : ""); }
 
@@ -86,14 +77,13 @@ HRESULT IPPOperations::Exchange(int operation, HTTPResponse** response, IPPReque
   m_httpRequest->SetOption(m_timeoutMs);
   if (operation != IPPOperation::kPrintJob) m_documentLength = 0;
   int length = 0;
-  std::unique_ptr<char[]> body;
+  ChunkBuffer body;
   if (const HRESULT result = FormBody(operation, request, &body, &length); result != S_OK) {
     return result;
   }
   static const IPPHeaderMap kNoHeaders;
   AddHttpHeaders(request ? request->GetExtraHTTPHeader() : kNoHeaders, m_httpRequest.Get());
-  m_httpRequest->SetRequestData(body.get(), static_cast<std::uint32_t>(length));
-  body.reset();
+  m_httpRequest->SetRequestData(body.Data(), static_cast<std::uint32_t>(length));
 
   HTTPResponse* answer = nullptr;
   if (FAILED(m_httpRequest->GetResponse(&answer))) {
@@ -134,7 +124,7 @@ HRESULT IPPOperations::BeginPrintJob(HTTPResponse** response, IPPRequestBase* re
   HandOverCredentials(request);
 
   int length = 0;
-  std::unique_ptr<char[]> body;
+  ChunkBuffer body;
   if (const HRESULT result = FormBody(IPPOperation::kPrintJob, request, &body, &length);
       result != S_OK) {
     return result;
@@ -144,8 +134,7 @@ HRESULT IPPOperations::BeginPrintJob(HTTPResponse** response, IPPRequestBase* re
   if (!chunked) {
     extended->SetOption(reinterpret_cast<std::uintptr_t>(m_address->GetAddress()));
     extended->SetContentLength(static_cast<std::uint32_t>(length));
-    extended->SendBody(body.get(), static_cast<std::uint32_t>(length));
-    body.reset();
+    extended->SendBody(body.Data(), static_cast<std::uint32_t>(length));
     return ReadPrintJobResponse(response);
   }
   m_httpRequest->AddHeader(L"Transfer-Encoding", L"chunked");
@@ -155,31 +144,24 @@ HRESULT IPPOperations::BeginPrintJob(HTTPResponse** response, IPPRequestBase* re
     return AbandonRequest();
   }
   m_chunked = extended;
-  return WriteChunk(body.get(), length, context);
+  return WriteChunk(&body, length, context);
 }
 
 HRESULT IPPOperations::SendNextChunk(HTTPResponse** response, int pieceLength, void* context) {
   if (pieceLength < 0 || pieceLength > m_documentLength) return E_FAIL;
-  const HRESULT written = WriteChunk(m_document.get(), pieceLength, context);
+  const HRESULT written = WriteChunk(&m_document, pieceLength, context);
   if (written != S_OK || pieceLength != 0) return written;
   if (FAILED(m_chunked->FinishChunkedSend())) return AbandonRequest();
   m_chunked = nullptr;
   return ReadPrintJobResponse(response);
 }
 
-// RFC 9112, 7.1. An empty piece makes the last chunk.
-HRESULT IPPOperations::WriteChunk(const char* piece, int length, void* context) {
-  char sizeLine[32];
-  const int sizeLength =
-      std::snprintf(sizeLine, sizeof(sizeLine), "%X\r\n", static_cast<unsigned>(length));
-  const int total = sizeLength + length + 2;
-  const std::unique_ptr<char[]> chunk = Allocate(total);
-  if (!chunk) return E_FAIL;
-  std::memcpy(chunk.get(), sizeLine, static_cast<std::size_t>(sizeLength));
-  if (length > 0) std::memcpy(chunk.get() + sizeLength, piece, static_cast<std::size_t>(length));
-  std::memcpy(chunk.get() + sizeLength + length, "\r\n", 2);
-  const HRESULT written = m_chunked->WriteChunk(chunk.get(), static_cast<std::uint32_t>(total),
-                                                reinterpret_cast<std::uintptr_t>(context));
+// An empty piece makes the last chunk.
+HRESULT IPPOperations::WriteChunk(ChunkBuffer* piece, int length, void* context) {
+  const HRESULT written = piece->AsChunk(length, [&](std::string_view chunk) {
+    return m_chunked->WriteChunk(chunk.data(), static_cast<std::uint32_t>(chunk.size()),
+                                 reinterpret_cast<std::uintptr_t>(context));
+  });
   return FAILED(written) ? AbandonRequest() : S_OK;
 }
 
@@ -252,32 +234,28 @@ void IPPOperations::AddHttpHeaders(const IPPHeaderMap& headers, HTTPRequest* req
 }
 
 // The request, and behind it the document where there is one.
-HRESULT IPPOperations::FormBody(int operation, IPPRequestBase* request,
-                                std::unique_ptr<char[]>* body, int* length) {
-  if (m_documentLength > kMaxDocument) return E_FAIL;
-  *body = Allocate(m_documentLength + kIPPRequestSize);
-  if (!*body) return E_FAIL;
-  const HRESULT result = FormIPPRequestBasedOnOperation(body->get(), operation, length, request);
+HRESULT IPPOperations::FormBody(int operation, IPPRequestBase* request, ChunkBuffer* body,
+                                int* length) {
+  if (!body->Allocate(m_documentLength + kIPPRequestSize)) return E_FAIL;
+  const HRESULT result = FormIPPRequestBasedOnOperation(body->Data(), operation, length, request);
   if (result != S_OK) return result;
-  if (operation == IPPOperation::kPrintJob) AddPrinterFileBufferToRequestData(body->get(), length);
+  if (operation == IPPOperation::kPrintJob) AddPrinterFileBufferToRequestData(body->Data(), length);
   return S_OK;
 }
 
-void IPPOperations::AddPrinterFileBufferToRequestData(char* body, int* length) const {
+void IPPOperations::AddPrinterFileBufferToRequestData(char* body, int* length) {
   TraceScope trace(L"Corvane::IPPOperations::AddPrinterFileBufferToRequestData");
   if (*length == 0 || m_documentLength == 0) return;
-  std::memcpy(body + *length, m_document.get(), static_cast<std::size_t>(m_documentLength));
+  std::memcpy(body + *length, m_document.Data(), static_cast<std::size_t>(m_documentLength));
   *length += m_documentLength;
 }
 
 HRESULT IPPOperations::SetPrinterFileBufferContent(const void* bytes, int length) {
   TraceScope trace(L"Corvane::IPPOperations::SetPrinterFileBufferContent");
   if (!bytes || length < 0 || length > kMaxDocument) return E_FAIL;
-  m_document.reset();
   m_documentLength = 0;
-  m_document = Allocate(length);
-  if (!m_document) return E_OUTOFMEMORY;
-  std::memcpy(m_document.get(), bytes, static_cast<std::size_t>(length));
+  if (!m_document.Allocate(length)) return E_OUTOFMEMORY;
+  std::memcpy(m_document.Data(), bytes, static_cast<std::size_t>(length));
   m_documentLength = length;
   return S_OK;
 }

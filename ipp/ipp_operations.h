@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -14,6 +13,7 @@
 #include "corvane/ipp_response.h"
 #include "corvane/transport.h"
 #include "ipp/attribute_map.h"
+#include "ipp/chunk_buffer.h"
 #include "ipp/owned_chars.h"
 #include "ipp/request_buffer.h"
 
@@ -63,10 +63,10 @@ class IPPOperations {
   // of the document buffer as the next; a pieceLength of 0 ends the document. `context` goes to the
   // host with every chunk.
   //
-  // Results: 0 the chunk was sent, or the response has HTTP status 200 and a body; 1 the host lost
-  // the answer on the way (its code 0x83E8F5FA); 1026 HTTP status 401; the host's failure for no
-  // response; else E_FAIL. After a chunk that could not be sent the last error is the host's code,
-  // an early HTTP status among them, the request is given back, and the next call begins anew.
+  // Results: 0 the chunk was sent, or the response has HTTP status 200 and a body; 1 for the host's
+  // kAnswerLost; 1026 for HTTP status 401; the host's failure for no response; else E_FAIL. After a
+  // chunk that could not be sent the last error is the host's code, an early HTTP status among
+  // them, the request is given back, and the next call begins anew.
   virtual HRESULT SendPrintJobRequest(HTTPResponse** response, IPPRequestBase* request,
                                       bool chunked, int pieceLength, void* context, bool secure);
 
@@ -89,11 +89,11 @@ class IPPOperations {
                                                  IPPRequestBase* request);
 
   // Reads `length` bytes. 0, or E_FAIL for what is no whole IPP 2.x message, for the refusal of a
-  // job operation (but client-error-not-possible), and when one attribute was asked for, by
-  // SetAttributeName and an output, and is not in the answer. A name of "all", a list with "," and
-  // Get-Jobs ask for none in particular: then `value` is filled if there is such an attribute. A
-  // message without its end tag succeeds and leaves `value` alone. What was read stays until the
-  // next decoding, after a failure, too.
+  // job operation (but client-error-not-possible), and when an output is given and the attribute of
+  // SetAttributeName is not in the answer. A name of "all", a list with "," and Get-Jobs ask for no
+  // attribute in particular: then `value` is filled if there is such a one. A message without its
+  // end tag succeeds and leaves `value` alone. What was read stays until the next decoding, after a
+  // failure, too.
   virtual HRESULT ParseIPPContent(const unsigned char* body, int length, VARIANT* value);
 
   // Writes "requested-attributes" with `name` as its value, under the tag that the attribute has in
@@ -160,7 +160,7 @@ class IPPOperations {
   // each unless the caller named one like it.
   static void AddHttpHeaders(const IPPHeaderMap& headers, HTTPRequest* request);
   // Copies the document behind the request's *length bytes, if there are both, and adds its length.
-  void AddPrinterFileBufferToRequestData(char* body, int* length) const;
+  void AddPrinterFileBufferToRequestData(char* body, int* length);
 
   // --- Pieces of decoding.
 
@@ -182,13 +182,12 @@ class IPPOperations {
   bool OpenRequest(bool secure);
   void AddressRequest();
   void HandOverCredentials(IPPRequestBase* request) const;
-  HRESULT FormBody(int operation, IPPRequestBase* request, std::unique_ptr<char[]>* body,
-                   int* length);
+  HRESULT FormBody(int operation, IPPRequestBase* request, ChunkBuffer* body, int* length);
   HRESULT Exchange(int operation, HTTPResponse** response, IPPRequestBase* request);
   HRESULT BeginPrintJob(HTTPResponse** response, IPPRequestBase* request, bool chunked,
                         void* context, bool secure);
   HRESULT SendNextChunk(HTTPResponse** response, int pieceLength, void* context);
-  HRESULT WriteChunk(const char* piece, int length, void* context);
+  HRESULT WriteChunk(ChunkBuffer* piece, int length, void* context);
   HRESULT ReadPrintJobResponse(HTTPResponse** response);
   HRESULT AbandonRequest();
 
@@ -204,7 +203,7 @@ class IPPOperations {
   RefPtr<HTTPRequest> m_httpRequest;     // of the current exchange
   TqHTTPRequestEx* m_chunked = nullptr;  // the same, while a chunked document is on its way
   std::uint32_t m_timeoutMs = 0;
-  std::unique_ptr<char[]> m_document;
+  ChunkBuffer m_document;
   int m_documentLength = 0;
 
   OwnedChars m_jobUri;

@@ -159,7 +159,7 @@ HRESULT IPPOperations::FormIPPRequestBasedOnOperation(char* buffer, int operatio
       result = AddPrintJobAttr(buffer, &position, request);
       break;
     case IPPOperation::kPrintJobWithCredentials:
-      AddPrintJobAttr(buffer, &position, request);
+      result = AddPrintJobAttr(buffer, &position, request);
       HandOverCredentials(request);
       break;
     default:

@@ -59,6 +59,8 @@ std::int32_t ToInteger(const std::string& text) {
 }
 
 _variant_t ArrayOf(const std::vector<std::string>& texts) {
+  std::vector<UniqueBstr> converted;
+  for (const std::string& text : texts) converted.push_back(BstrFromUtf8(text));
   VARIANT array;
   VariantInit(&array);
   array.parray = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
@@ -67,7 +69,7 @@ _variant_t ArrayOf(const std::vector<std::string>& texts) {
   _variant_t owned(array, false);
   BSTR* elements = nullptr;
   _com_util::CheckError(SafeArrayAccessData(array.parray, reinterpret_cast<void**>(&elements)));
-  for (const std::string& text : texts) *elements++ = BstrFromUtf8(text).Release();
+  for (UniqueBstr& text : converted) *elements++ = text.Release();
   SafeArrayUnaccessData(array.parray);
   return owned;
 }
@@ -263,9 +265,9 @@ HRESULT IPPOperations::FormResponseStructure(IPPResponseBase* out) {
   }
   std::string reasons;
   for (const std::string& reason : m_attributes.Entries("job-state-reasons")) {
-    if (!reasons.empty()) reasons += ',';
-    reasons += reason;
+    reasons += reason + ',';
   }
+  if (!reasons.empty()) reasons.pop_back();
   if (!reasons.empty()) out->SetJobStateReasons(reasons.c_str());
   return S_OK;
 }

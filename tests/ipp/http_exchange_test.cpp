@@ -14,7 +14,6 @@ namespace Corvane::Test {
 namespace {
 
 constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80072EE2);
-constexpr HRESULT kAnswerLost = static_cast<HRESULT>(0x83E8F5FA);
 
 class HttpExchangeTest : public ::testing::Test {
  protected:
