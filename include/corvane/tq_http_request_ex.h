@@ -9,8 +9,8 @@
 namespace Corvane {
 
 // Of HTTPRequest::GetResponse after a whole chunked body: the device has taken every byte, and its
-// answer did not come, broke off or is none. It may have printed the document, so nobody should send it
-// again without asking. GetLastError tells what went wrong.
+// answer did not come, broke off or is none. It may have printed the document, so nobody should
+// send it again without asking. GetLastError tells what went wrong.
 constexpr HRESULT kAnswerLost = static_cast<HRESULT>(0x83E8F5FA);
 
 // Reached from an HTTPRequest by a checked dynamic cast. Operations with a counterpart in
