@@ -110,7 +110,7 @@ Token PatternLexer::TakeRelation(Relation relation, std::size_t bytes) {
 
 Token PatternLexer::TakeName() {
   std::size_t length = NameLength(m_rest);
-  if (length == 0) return Take(Token::Kind::kInvalid, 1);
+  if (length == 0) return Take(Token::Kind::kInvalid, m_rest.size());
   if (length < m_rest.size() && m_rest[length] == ':') {
     const std::size_t local = NameLength(m_rest.substr(length + 1));
     if (local == 0) return Take(Token::Kind::kInvalid, length + 1);
