@@ -6,6 +6,7 @@
 #include "cache/reg_cache_provider.h"
 #include "collection/data_collection_impl.h"
 #include "collection/device_identity.h"
+#include "collection/ipp_data_mapper.h"
 #include "collection/oid_data_mapper.h"
 #include "collection/xml_data_mapper.h"
 #include "core/dom_class.h"
@@ -51,8 +52,8 @@ struct Fit {
   std::optional<std::wstring> identity;
 };
 
-// Without a mapper when the device does not answer the map's protocol or there is no provider for
-// it yet. The mapper takes its own reference to the provider.
+// Without a mapper when the device does not answer the map's protocol. The mapper takes its own
+// reference to the provider.
 Fit TryDataMap(Address* address, DataMapSpec* spec, bool identify) {
   Fit fit;
   const DataMapTypeEnum type = spec->GetDataMapType();
@@ -61,6 +62,15 @@ Fit TryDataMap(Address* address, DataMapSpec* spec, bool identify) {
     if (!provider) return fit;
     fit.mapper =
         RefPtr<DataCollectionImpl>::Share(new (std::nothrow) OIDDataMapper(provider.Get(), spec));
+    if (identify) fit.identity = IdentityOf(provider.Get());
+    return fit;
+  }
+  if (type == DataMapTypeIPP) {
+    const auto provider = RefPtr<IPPProviderImpl>::Adopt(IPPProviderImpl::Create(
+        address, IPPDataMapper::ResourceUriOf(spec).c_str(), false, kIPPDefaultFlags));
+    if (!provider) return fit;
+    fit.mapper =
+        RefPtr<DataCollectionImpl>::Share(new (std::nothrow) IPPDataMapper(provider.Get(), spec));
     if (identify) fit.identity = IdentityOf(provider.Get());
     return fit;
   }

@@ -58,4 +58,12 @@ std::optional<std::wstring> IdentityOf(OIDProvider* provider) {
   return WithoutUrn(value.bstrVal ? value.bstrVal : L"");
 }
 
+std::optional<std::wstring> IdentityOf(IPPProvider* provider) {
+  _variant_t value;
+  if (provider->GetValue("printer-uuid", &value) != S_OK || value.vt != VT_BSTR) {
+    return std::nullopt;
+  }
+  return WithoutUrn(value.bstrVal);
+}
+
 }  // namespace Corvane

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "corvane/data_map_spec.h"
+#include "corvane/ipp_provider.h"
 #include "corvane/oid_provider.h"
 #include "corvane/xml_provider.h"
 
@@ -15,6 +16,8 @@ namespace Corvane {
 // Nothing when the device does not answer. One exchange at most.
 std::optional<std::wstring> IdentityOf(IXMLProvider* provider, DataMapTypeEnum type);
 std::optional<std::wstring> IdentityOf(OIDProvider* provider);
+// The printer's UUID, without an exchange.
+std::optional<std::wstring> IdentityOf(IPPProvider* provider);
 
 }  // namespace Corvane
 

@@ -23,6 +23,18 @@ UniqueBstr Widen(UINT codePage, std::string_view narrow) {
   return wide;
 }
 
+std::string Narrowed(UINT codePage, std::wstring_view wide) {
+  if (wide.empty() || wide.size() > kMaxConvertible) return {};
+  const int chars = static_cast<int>(wide.size());
+  const int bytes =
+      WideCharToMultiByte(codePage, 0, wide.data(), chars, nullptr, 0, nullptr, nullptr);
+  std::string narrow(static_cast<std::size_t>(std::max(bytes, 0)), '\0');
+  if (bytes > 0) {
+    WideCharToMultiByte(codePage, 0, wide.data(), chars, narrow.data(), bytes, nullptr, nullptr);
+  }
+  return narrow;
+}
+
 }  // namespace
 
 bool EqualsIgnoreAsciiCase(std::wstring_view a, std::wstring_view b) {
@@ -34,17 +46,9 @@ UniqueBstr BstrFromNarrow(std::string_view narrow) { return Widen(CP_ACP, narrow
 
 UniqueBstr BstrFromUtf8(std::string_view utf8) { return Widen(CP_UTF8, utf8); }
 
-std::string Narrow(std::wstring_view wide) {
-  if (wide.empty() || wide.size() > kMaxConvertible) return {};
-  const int chars = static_cast<int>(wide.size());
-  const int bytes =
-      WideCharToMultiByte(CP_ACP, 0, wide.data(), chars, nullptr, 0, nullptr, nullptr);
-  std::string narrow(static_cast<std::size_t>(std::max(bytes, 0)), '\0');
-  if (bytes > 0) {
-    WideCharToMultiByte(CP_ACP, 0, wide.data(), chars, narrow.data(), bytes, nullptr, nullptr);
-  }
-  return narrow;
-}
+std::string Narrow(std::wstring_view wide) { return Narrowed(CP_ACP, wide); }
+
+std::string Utf8(std::wstring_view wide) { return Narrowed(CP_UTF8, wide); }
 
 HRESULT CopyToBuffer(std::wstring_view text, wchar_t* buffer, std::uint32_t bufferSize,
                      std::uint32_t* requiredLength) {

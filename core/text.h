@@ -16,9 +16,10 @@ bool EqualsIgnoreAsciiCase(std::wstring_view a, std::wstring_view b);
 // the other side lacks become its replacement character. A text too long to convert (2 GB) gives an
 // empty one.
 UniqueBstr BstrFromNarrow(std::string_view narrow);
-// The same from UTF-8, whatever the system's code page.
-UniqueBstr BstrFromUtf8(std::string_view utf8);
 std::string Narrow(std::wstring_view wide);
+// The same with UTF-8, whatever the system's code page.
+UniqueBstr BstrFromUtf8(std::string_view utf8);
+std::string Utf8(std::wstring_view wide);
 
 // Copies `text` with its terminator when `bufferSize` characters hold it: 0, else E_OUTOFMEMORY,
 // with a null buffer too. *requiredLength is the text's length + 1 in either case.

@@ -29,6 +29,22 @@ std::string DateTime(std::string_view bytes) {
   return text;
 }
 
+// The one charset besides UTF-8 that printers answer in, when they are asked to (RFC 8011, 5.1.8).
+constexpr char kLatin1[] = "iso-8859-1";
+
+std::string Utf8FromLatin1(std::string_view latin1) {
+  std::string utf8;
+  for (const char c : latin1) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) {
+      utf8 += c;
+    } else {
+      utf8 += {static_cast<char>(0xC0 | byte >> 6), static_cast<char>(0x80 | (byte & 0x3F))};
+    }
+  }
+  return utf8;
+}
+
 std::string WithCommas(std::string_view octets) {
   std::string text(octets);
   std::replace_if(
@@ -57,8 +73,8 @@ class ValuePicker {
       : m_path(path), m_values(values) {}
   ValuePicker(const ValuePicker&) = delete;
   ValuePicker& operator=(const ValuePicker&) = delete;
-  // What was still open is over.
-  ~ValuePicker() {
+  // What is still open is over.
+  void Finish() {
     if (m_gathered > 0) m_values->push_back(std::move(m_set));
   }
 
@@ -145,6 +161,7 @@ std::vector<std::string_view> Split(std::string_view path) {
 
 void AttributeMap::Reset(std::span<const unsigned char> answer) {
   m_bytes.assign(answer.begin(), answer.end());
+  m_isLatin1 = false;
   m_attributes.clear();
   m_entries.clear();
 }
@@ -157,6 +174,12 @@ void AttributeMap::BeginAttribute(std::size_t position, std::size_t size) {
 void AttributeMap::Add(Kind kind, std::size_t position, std::size_t size) {
   m_entries.push_back(
       {static_cast<std::uint32_t>(position), static_cast<std::uint16_t>(size), kind});
+}
+
+void AttributeMap::TakeCharset() {
+  const Attribute& attribute = m_attributes.back();
+  if (Bytes(attribute.position, attribute.size) != "attributes-charset") return;
+  m_isLatin1 = Bytes(m_entries.back().position, m_entries.back().size) == kLatin1;
 }
 
 void AttributeMap::AddText(std::string_view name, std::string_view value) {
@@ -207,6 +230,7 @@ std::vector<std::string> AttributeMap::Values(std::string_view path) const {
           picker.Value(Text(entry));
       }
     }
+    picker.Finish();
   }
   return values;
 }
@@ -224,7 +248,7 @@ std::string AttributeMap::Text(const Entry& entry) const {
   switch (entry.kind) {
     case Kind::kText:
     case Kind::kMemberName:
-      return std::string(bytes);
+      return TextOf(bytes);
     case Kind::kNumber:
       return NumberAt(bytes, 0);
     case Kind::kBoolean:
@@ -243,6 +267,10 @@ std::string AttributeMap::Text(const Entry& entry) const {
       return kIPPSetEnd;
   }
   return {};
+}
+
+std::string AttributeMap::TextOf(std::string_view bytes) const {
+  return m_isLatin1 ? Utf8FromLatin1(bytes) : std::string(bytes);
 }
 
 }  // namespace Corvane

@@ -39,10 +39,12 @@ class AttributeMap {
   void BeginAttribute(std::size_t position, std::size_t size);
   // A number has the bytes that its kind says.
   void Add(Kind kind, std::size_t position, std::size_t size);
+  // The value added last, if it is that of "attributes-charset", says what the bytes of texts mean.
+  void TakeCharset();
   // One text that the answer does not hold. Values added next have no name until one begins.
   void AddText(std::string_view name, std::string_view value);
 
-  // The texts of all values, markers and members among them as they arrived.
+  // The texts of all values in UTF-8, markers and members among them as they arrived.
   std::vector<std::string> Entries(std::string_view name) const;
   // The first of them.
   std::optional<std::string> First(std::string_view name) const;
@@ -67,8 +69,10 @@ class AttributeMap {
   }
   std::span<const Entry> EntriesOf(std::size_t attribute) const;
   std::string Text(const Entry& entry) const;
+  std::string TextOf(std::string_view bytes) const;
 
   std::string m_bytes;
+  bool m_isLatin1 = false;  // its texts; else they are UTF-8
   std::vector<Attribute> m_attributes;
   std::vector<Entry> m_entries;  // of each attribute in turn
 };

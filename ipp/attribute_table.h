@@ -21,9 +21,8 @@ struct IPPAttributeRow {
   int valueKind;  // an IPPValueKind
 };
 
-// Clients address rows by position, so the order is fixed. The table departs from the IANA registry
-// where printers of old did: "sides" and "job-sheets" in all their forms are integers, and
-// "job-media-sheet" has no final s.
+// The order is fixed. The table departs from the IANA registry where devices in the field do:
+// "sides" and "job-sheets" in all their forms are integers, and "job-media-sheet" has no final s.
 extern const std::array<IPPAttributeRow, 110> kIPPAttributeTable;
 
 }  // namespace Corvane

@@ -29,7 +29,7 @@ class ChunkBuffer {
   // Null without room.
   char* Data() { return m_bytes ? m_bytes.get() + kFront : nullptr; }
 
-  // Calls `write` with the chunk of the first `length` bytes, none of which it may keep.
+  // With room: calls `write` with the chunk of the first `length` bytes, none of which it may keep.
   template <typename Write>
   auto AsChunk(int length, Write write) {
     char line[kFront];

@@ -28,7 +28,7 @@ bool HasBody(HTTPResponse* response) {
   return response->GetContentLength() > 0 && response->GetContent();
 }
 
-// A copy of a credential leaves nothing in memory.
+// A wide copy of a credential, wiped when it goes.
 class CredentialCopy {
  public:
   explicit CredentialCopy(const char* text) : m_text(WideOrEmpty(text)) {}
@@ -53,7 +53,7 @@ HRESULT IPPOperations::SendIPPRequest(int operation, HTTPResponse** response,
   *response = nullptr;
   if (operation < kFirstOperation || operation > kLastOperation) return E_FAIL;
   if (!OpenRequest(secure)) return E_FAIL;
-  AddressRequest();
+  AddressRequest(nullptr);
   return Exchange(operation, response, request);
 }
 
@@ -68,12 +68,18 @@ HRESULT IPPOperations::SendIPPRequest(HTTPRequest* httpRequest, IPPRequestBase* 
   if (!response || operation < kFirstOperation || operation > kLastOperation) return E_FAIL;
   m_chunked = nullptr;
   m_httpRequest = RefPtr<HTTPRequest>::Share(httpRequest);
-  AddressRequest();
-  HandOverCredentials(request);
+  AddressRequest(request);
   return Exchange(operation, response, request);
 }
 
 HRESULT IPPOperations::Exchange(int operation, HTTPResponse** response, IPPRequestBase* request) {
+  const HRESULT result = ExchangeOnce(operation, response, request);
+  if (result != S_OK) EndExchange();
+  return result;
+}
+
+HRESULT IPPOperations::ExchangeOnce(int operation, HTTPResponse** response,
+                                    IPPRequestBase* request) {
   m_httpRequest->SetOption(m_timeoutMs);
   if (operation != IPPOperation::kPrintJob) m_documentLength = 0;
   int length = 0;
@@ -106,8 +112,10 @@ HRESULT IPPOperations::SendPrintJobRequest(HTTPResponse** response, IPPRequestBa
   TraceScope trace(L"Corvane::IPPOperations::SendPrintJobRequest");
   if (response) *response = nullptr;
   if (!m_address || !response) return E_FAIL;
-  return m_chunked ? SendNextChunk(response, pieceLength, context)
-                   : BeginPrintJob(response, request, chunked, context, secure);
+  const HRESULT result = m_chunked ? SendNextChunk(response, pieceLength, context)
+                                   : BeginPrintJob(response, request, chunked, context, secure);
+  if (!*response && !m_chunked) EndExchange();
+  return result;
 }
 
 HRESULT IPPOperations::BeginPrintJob(HTTPResponse** response, IPPRequestBase* request, bool chunked,
@@ -117,7 +125,7 @@ HRESULT IPPOperations::BeginPrintJob(HTTPResponse** response, IPPRequestBase* re
           L"failed to createhttpRequest");
     return E_FAIL;
   }
-  AddressRequest();
+  AddressRequest(nullptr);
   if (auto* const attributes = dynamic_cast<IPPRequestAttributes*>(request)) {
     AddHttpHeaders(attributes->GetExtraHTTPHeader(), m_httpRequest.Get());
   }
@@ -158,6 +166,7 @@ HRESULT IPPOperations::SendNextChunk(HTTPResponse** response, int pieceLength, v
 
 // An empty piece makes the last chunk.
 HRESULT IPPOperations::WriteChunk(ChunkBuffer* piece, int length, void* context) {
+  if (!piece->Data() && !piece->Allocate(length)) return E_FAIL;
   const HRESULT written = piece->AsChunk(length, [&](std::string_view chunk) {
     return m_chunked->WriteChunk(chunk.data(), static_cast<std::uint32_t>(chunk.size()),
                                  reinterpret_cast<std::uintptr_t>(context));
@@ -168,10 +177,9 @@ HRESULT IPPOperations::WriteChunk(ChunkBuffer* piece, int length, void* context)
 HRESULT IPPOperations::ReadPrintJobResponse(HTTPResponse** response) {
   HTTPResponse* answer = nullptr;
   const HRESULT result = m_httpRequest->GetResponse(&answer);
-  if (result == kAnswerLost) return S_FALSE;
   if (FAILED(result)) {
     SetLastError(m_httpRequest->GetLastError());
-    return result;
+    return result == kAnswerLost ? S_FALSE : result;
   }
   if (!answer) return E_FAIL;
   const std::uint32_t status = answer->GetStatusCode();
@@ -183,22 +191,21 @@ HRESULT IPPOperations::ReadPrintJobResponse(HTTPResponse** response) {
 
 HRESULT IPPOperations::AbandonRequest() {
   SetLastError(m_httpRequest->GetLastError());
-  m_chunked = nullptr;
-  m_httpRequest.Reset();
+  EndExchange();
   return E_FAIL;
 }
 
 bool IPPOperations::OpenRequest(bool secure) {
-  m_chunked = nullptr;
-  m_httpRequest.Reset();
+  EndExchange();
   if (!m_address) return false;
   const std::uint32_t port = secure ? kSecurePort : kIppPort;
   return m_address->CreateIPPHTTPRequest(m_httpRequest.Receive(), port) == S_OK && m_httpRequest;
 }
 
-void IPPOperations::AddressRequest() {
+void IPPOperations::AddressRequest(IPPRequestBase* credentials) {
   m_httpRequest->SetMethod(L"POST");
   m_httpRequest->SetURI(WideOrEmpty(m_resourceUri.Get()).Get());
+  HandOverCredentials(credentials);
   m_httpRequest->SetContentType(kMediaType);
 }
 

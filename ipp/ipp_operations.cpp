@@ -27,5 +27,18 @@ HRESULT IPPOperations::SetAttributeName(const char* name) {
 HRESULT IPPOperations::SetRequestedUserName(const char* name) {
   return SetText(&m_requestedUserName, name);
 }
+HRESULT IPPOperations::SetCharset(const char* charset) { return SetText(&m_charset, charset); }
+HRESULT IPPOperations::SetLanguage(const char* language) { return SetText(&m_language, language); }
+
+HRESULT IPPOperations::SetPrinterURI(const wchar_t* uri) {
+  if (!uri || !*uri) return E_FAIL;
+  m_printerUri = uri;
+  return S_OK;
+}
+
+void IPPOperations::EndExchange() {
+  m_chunked = nullptr;
+  m_httpRequest.Reset();
+}
 
 }  // namespace Corvane

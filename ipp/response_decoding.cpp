@@ -102,8 +102,7 @@ HRESULT IPPOperations::ParseIPPResponse(HTTPResponse* response, VARIANT* value, 
 
 HRESULT IPPOperations::ParseIPPContent(const unsigned char* body, int length, VARIANT* value) {
   TraceScope trace(L"Corvane::IPPOperations::ParseIPPContent");
-  m_position = 0;
-  m_unread = length;
+  m_length = length;
   return ReadResponseData(body, value) == -1 ? E_FAIL : S_OK;
 }
 
@@ -111,14 +110,13 @@ int IPPOperations::ReadResponseData(const unsigned char* body, VARIANT* value) {
   TraceScope trace(L"Corvane::IPPOperations::ReadResponseData");
   m_attributes.Reset({});
   if (!body) return -1;
-  if (m_unread > 0) m_attributes.Reset({body, static_cast<std::size_t>(m_position + m_unread)});
+  m_position = 0;
+  m_unread = m_length;
+  if (m_length > 0) m_attributes.Reset({body, static_cast<std::size_t>(m_length)});
   unsigned char header[kHeaderSize];
   if (CopyContentToBuffer(header, body, kHeaderSize) < kHeaderSize) return -1;
   if (header[0] != kMajorVersion) return -1;
-  m_minorVersion = header[1];
   m_statusCode = ShortAt(header + 2);
-  m_requestId = static_cast<std::uint32_t>(ShortAt(header + 4)) << 16 |
-                static_cast<std::uint32_t>(ShortAt(header + 6));
   m_attributes.AddText("status-code", std::to_string(m_statusCode));
   if (m_statusCode != IPPStatus::kOk) {
     trace.Message(kTraceInfo, L"IPP status is not success %d", m_statusCode);
@@ -212,6 +210,7 @@ bool IPPOperations::ReadValue(const unsigned char* body, int tag) {
     default:
       // Out-of-band values, as "unknown", and types to come have no text.
       if (tag >= IPPTag::kText && tag <= IPPTag::kMimeMediaType) add(Kind::kText);
+      if (tag == IPPTag::kCharset) m_attributes.TakeCharset();
   }
   return true;
 }

@@ -4,8 +4,11 @@ set(expected
   CreateDataCollectionFromDataMapSpecsCollection
   CreateDataCollectionFromFile
   CreateDataCollectionFromXML
+  CreateIPPPrintProvider
+  CreateIPPProvider
   CreateIPPRequest
   CreateIPPResponse
+  CreateSecureIPPPrintProvider
   CreateOIDProvider
   CreatePrintDataCacheProvider
   CreateQUARNProvider

@@ -6,6 +6,7 @@
 #include "corvane/data_collection.h"
 #include "corvane/data_map_spec_collection.h"
 #include "corvane/ipp_data_item_spec.h"
+#include "corvane/ipp_provider.h"
 #include "corvane/ipp_request.h"
 #include "corvane/ipp_response.h"
 #include "corvane/next_oid_data_item_spec.h"

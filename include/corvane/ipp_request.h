@@ -17,7 +17,8 @@ constexpr std::uint32_t kIPPJobGroup = 1;  // of a Print-Job request
 // One attribute of the caller's own. `value` is read by `valueTag` (RFC 8010, 3.5.2), numbers as
 // they lie in memory: integer and enum the first one, rangeOfInteger two (lower, upper), resolution
 // three (cross-feed, feed, units), boolean the first byte, everything else as NUL-terminated text,
-// in which a "," separates values. Name and text must end within their arrays.
+// in which a "," separates values of octetString, text, name, keyword, uri, uriScheme, charset,
+// naturalLanguage and mimeMediaType. Name and text end with their arrays at the latest.
 struct IPPAttributeStruct {
   std::uint32_t group;
   std::int32_t valueTag;
@@ -95,6 +96,7 @@ class IPPRequestBase : public Corvane::IDisposable {
   virtual void AddIPPRequest(std::uint32_t group, const void* blob, std::int32_t size) = 0;
   // A copy, kept even when there is one of that name: then both are sent.
   virtual void AddIPPRequest(const IPPAttributeStruct& attribute) = 0;
+  // What the owner of a job puts into the HTTP header "Authorization" of its requests.
   virtual void SetAuthorizationHeader(const std::wstring& value) = 0;
   virtual std::wstring GetAuthorizationHeader() = 0;
   virtual IPPHeaderMap& GetExtraHTTPHeader() = 0;

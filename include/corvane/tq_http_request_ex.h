@@ -14,7 +14,8 @@ namespace Corvane {
 constexpr HRESULT kAnswerLost = static_cast<HRESULT>(0x83E8F5FA);
 
 // Reached from an HTTPRequest by a checked dynamic cast. Operations with a counterpart in
-// HTTPRequest mean the same as there; those marked "host" are never called by the library.
+// HTTPRequest mean the same as there, where the library calls them, but for SetOption; those marked
+// "host" it never calls.
 //
 // A streamed exchange: settings, with one header "Transfer-Encoding: chunked" among them;
 // BeginChunkedSend; WriteChunk for each chunk, which the caller frames itself (RFC 9112, 7.1), the
@@ -44,7 +45,8 @@ class CORVANE_API TqHTTPRequestEx {
   // SendBody. Any thread.
   virtual bool IsSending() = 0;
   // Pointer-sized: a time-out in milliseconds on one path of the caller, 0 for none of its own; on
-  // the other the very pointer that the address's GetAddress gives, which changes nothing.
+  // the other the pointer that the address's GetAddress gives, which changes nothing. The host
+  // knows its own text by its place, and anybody's by not fitting 32 bits.
   virtual void SetOption(std::uintptr_t option) = 0;
   virtual void SetHeader(const wchar_t* name, const wchar_t* value) = 0;  // host: replaces
   // As HTTPRequest::GetLastError; after a failed step of a streamed exchange, of that.
@@ -58,9 +60,11 @@ class CORVANE_API TqHTTPRequestEx {
   // however long a slow device lets it wait, or with a failure. 0 bytes are no chunk: that sends
   // nothing.
   virtual HRESULT WriteChunk(const void* data, std::uint32_t size, std::uintptr_t context) = 0;
-  // The body is complete; the response comes from HTTPRequest::GetResponse, which fails without it.
+  // The body is complete; the response comes from HTTPRequest::GetResponse, which without this step
+  // fails and ends the exchange.
   virtual HRESULT FinishChunkedSend() = 0;
-  // host: bytes of the body, framing and all, that the connection has taken. Any thread.
+  // host: bytes of a streamed body, framing and all, that the connection has taken; of one in a
+  // piece, when its exchange is over. Any thread.
   virtual std::uint64_t GetSentBytes() = 0;
   // What SendBody will be given; another size there fails the exchange. Nothing elsewhere.
   virtual void SetContentLength(std::uint32_t size) = 0;

@@ -149,7 +149,7 @@ TEST_F(HttpExchangeTest, HandsCredentialsToTheCallersRequest) {
   EXPECT_EQ(
       (std::vector<std::wstring>{
           L"CreateIPPHTTPRequest 443", L"SetMethod POST", L"SetURI /ipp/print",
-          L"SetContentType application/ipp", L"SetUserName user\x00E9", L"SetPassword secret",
+          L"SetUserName user\x00E9", L"SetPassword secret", L"SetContentType application/ipp",
           L"SetOption 0", L"AddHeader X-Cache-Control-Too: 1", L"AddHeader Connection: Keep-Alive",
           L"AddHeader Pragma: no-cache", L"SetRequestData", L"GetResponse"}),
       m_device.calls);
@@ -207,6 +207,12 @@ TEST_F(HttpExchangeTest, PrintsInChunks) {
   EXPECT_EQ(L"CreateIPPHTTPRequest 631", m_device.calls[2]);
 }
 
+TEST_F(HttpExchangeTest, EndsAJobThatHadNoDocument) {
+  EXPECT_HR(Print(true, 0), S_OK);
+  EXPECT_HR(Print(true, 0), S_OK);
+  EXPECT_TRUE(m_device.lastRequestBody.ends_with("\r\n0\r\n\r\n"));
+}
+
 TEST_F(HttpExchangeTest, JudgesTheAnswerToAPrintJob) {
   static const struct {
     const char* name;
@@ -226,7 +232,10 @@ TEST_F(HttpExchangeTest, JudgesTheAnswerToAPrintJob) {
     EXPECT_HR(Print(false, 0), test.result);
     EXPECT_EQ(nullptr, m_response);
     EXPECT_HR(Piece("x"), S_OK);
+    SetLastError(7);
     EXPECT_HR(Print(true, 0), test.result);
+    EXPECT_EQ(test.answer.error != 0 ? test.answer.error : 7, GetLastError());
+    EXPECT_EQ(L"~HTTPRequest", m_device.calls.back());
   }
 }
 

@@ -23,6 +23,7 @@ class FakeDevice final : public Address, public IDisposableImpl {
 
   // Answers of a path on a port, GET and POST alike; without one the status is 404.
   std::map<std::pair<std::uint32_t, std::wstring>, Answer> answers;
+  std::wstring host = L"printer.example";
   HRESULT createResult = S_OK;  // of CreateHTTPRequest
   bool nullRequest = false;
   MIBConnection* snmp = nullptr;  // what GetMIBConnection gives; the device answers none without it
@@ -53,7 +54,7 @@ class FakeDevice final : public Address, public IDisposableImpl {
   std::uint32_t Release() override { return DisposeImpl(); }
 
   const wchar_t* GetDisplayName() override { return L"fake"; }
-  const wchar_t* GetAddress() override { return L"printer.example"; }
+  const wchar_t* GetAddress() override { return host.c_str(); }
   std::uint32_t GetMappedPort(std::uint32_t port) override { return port; }
   const wchar_t* GetLastFailure() override { return L""; }
   HRESULT CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) override;

@@ -1,0 +1,89 @@
+// The IPP provider: a printer that speaks the Internet Printing Protocol (RFC 8010, RFC 8011).
+#ifndef CORVANE_IPP_PROVIDER_H_
+#define CORVANE_IPP_PROVIDER_H_
+
+#include <cstdint>
+
+#include "corvane/address.h"
+#include "corvane/disposable.h"
+#include "corvane/ipp_request.h"
+#include "corvane/ipp_response.h"
+
+namespace Corvane {
+
+// What the thread's last error tells of a creation that gave null. Besides these: 87 for a null
+// argument, a printer URI of the wrong scheme for the function or one that cannot be parsed; 1796
+// for a port other than 631 and 443; and what the exchange left (see GetIPPValue).
+constexpr std::uint32_t kIPPNotOnDevice = 0x20000001;     // port 80 answers, 631 does not
+constexpr std::uint32_t kIPPDeviceSilent = 0x20000002;    // neither does
+constexpr std::uint32_t kIPPPathTooShort = 0x20000003;    // of a printer URI: below 4 characters
+constexpr std::uint32_t kIPPNoResourcePath = 0x20000004;  // an empty path or resource URI
+
+// Belongs to one thread at a time. Texts are UTF-8. Results: 0 is success, E_FAIL every failure
+// that nothing else is said of; outputs are then as they were.
+class IPPProvider : public Corvane::IDisposable {
+ public:
+  virtual ~IPPProvider() = default;
+
+  // A printer attribute, as it was when the provider was made; of a name "first_OR_second" the
+  // first one that the printer has. VT_BSTR, or VT_ARRAY | VT_BSTR of several values; the caller
+  // clears it. Numbers and enumerations are decimal text, booleans "0" and "1", a resolution
+  // "600,600,3", a range "1,99", a time ISO 8601. "media-col.media-size" is a member of a
+  // collection, and a whole collection one text "IPP_Set_Start,member,value,...,IPP_Set_End".
+  virtual HRESULT GetValue(const char* name, VARIANT* value) = 0;
+  // The same asked of the printer now, by its plain name: an attribute of the job at `uri`, or of
+  // the printer. `resourceUri` is the path on the printer; null is the provider's own. `flags` are
+  // kept for the exchange. A failure to reach the printer leaves its reason as the last error: 1027
+  // for HTTP status 401, another HTTP status, or the host's code.
+  virtual HRESULT GetIPPValue(const char* attributeName, bool forJob, VARIANT* value,
+                              const char* uri, const char* resourceUri, std::uint32_t flags) = 0;
+  // Job operations. None of them is there yet: E_NOTIMPL, and nothing is sent.
+  virtual HRESULT PrintUri(IPPRequestBase* request, IPPResponseBase* response) = 0;
+  virtual HRESULT SendURI(IPPRequestBase* request, IPPResponseBase* response) = 0;
+  virtual HRESULT CreateJob(IPPRequestBase* request, IPPResponseBase* response) = 0;
+  virtual HRESULT CancelJob(IPPRequestBase* request, IPPResponseBase* response) = 0;
+  virtual HRESULT PrintJob(IPPRequestBase* request, IPPResponseBase* response, const void* buffer,
+                           std::int32_t length, bool chunked) = 0;
+  virtual HRESULT PrintJobWrite(IPPRequestBase* request, IPPResponseBase* response,
+                                const void* buffer, std::int32_t length) = 0;
+  // Milliseconds for connecting, sending and receiving, 30,000 each at first; not checked. The host
+  // takes one limit: the longest of them goes to each of its requests from now on.
+  virtual void SetTimeouts(std::uint32_t connectMs, std::uint32_t sendMs,
+                           std::uint32_t receiveMs) = 0;
+  // Whether a printer with an ipps URI takes the credentials of `request`, tried on a request of
+  // the host's own, which has one exchange and needs no settings. 0: yes, and the authorization
+  // value of `request`, if any, is added to httpRequest's headers. E_FAIL, by last error: 1025 the
+  // provider has no ipps URI; 1027 refused; 1280 anything else that the printer answered;
+  // kIPPPathTooShort no resource URI; or what the exchange left.
+  virtual HRESULT CheckAuthorization(HTTPRequest* httpRequest, IPPRequestBase* request) = 0;
+};
+
+}  // namespace Corvane
+
+extern "C" {
+
+// The printer at a path, "/ipp/print", of the device. The device must answer on port 631, unless
+// its host text is a USB port name (USB001 ...), and tell its printer attributes: one exchange,
+// whose values GetValue has. Host texts other than IP literals are not looked up: such a device is
+// silent. One reference, the caller's, or null with a last error. A connection attempt takes as
+// long as the system lets it.
+CORVANE_API Corvane::IPPProvider* CreateIPPProvider(Corvane::Address* address,
+                                                    const char* resourceUri);
+// The printer at a URI, "ipp://192.0.2.7/ipp/print": its path counts, with query and fragment; the
+// device is the address. Schemes are compared exactly.
+CORVANE_API Corvane::IPPProvider* CreateIPPPrintProvider(Corvane::Address* address,
+                                                         const wchar_t* printerUri);
+// The same for "ipps://...", over TLS on port 443. `flags` are kept for the exchanges.
+CORVANE_API Corvane::IPPProvider* CreateSecureIPPPrintProvider(Corvane::Address* address,
+                                                               const wchar_t* printerUri,
+                                                               std::uint32_t flags);
+
+}  // extern "C"
+
+namespace Corvane {
+using ::CreateIPPPrintProvider;
+using ::CreateIPPProvider;
+using ::CreateSecureIPPPrintProvider;
+}  // namespace Corvane
+
+#endif  // CORVANE_IPP_PROVIDER_H_

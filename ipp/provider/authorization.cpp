@@ -1,0 +1,51 @@
+// Whether a secure printer takes the caller's credentials.
+#include "core/text.h"
+#include "core/trace.h"
+#include "ipp/ipp_codes.h"
+#include "ipp/provider/ipp_provider_impl.h"
+#include "platform/system.h"
+
+namespace Corvane {
+namespace {
+
+constexpr DWORD kNoSecureUri = 1025;
+constexpr DWORD kRefused = 1027;
+constexpr DWORD kUnexpectedAnswer = 1280;
+
+constexpr std::uint32_t kHttpOk = 200;
+constexpr std::uint32_t kHttpUnauthorized = 401;
+
+HRESULT Fail(DWORD error) {
+  SetLastError(error);
+  return E_FAIL;
+}
+
+}  // namespace
+
+HRESULT IPPProviderImpl::CheckAuthorization(HTTPRequest* httpRequest, IPPRequestBase* request) {
+  TraceScope trace(L"Corvane::IPPProviderImpl::CheckAuthorization");
+  m_jobOperations = std::make_unique<IPPOperations>(m_address.Get());
+  if (m_jobOperations->SetResourceURI(Utf8(m_resourceUri).c_str()) != S_OK) {
+    return Fail(kIPPPathTooShort);
+  }
+  m_jobOperations->SetPrinterURI(m_printerUri.c_str());
+  if (m_jobOperations->PrinterUri().find(L"ipps") == std::wstring::npos) return Fail(kNoSecureUri);
+
+  HTTPResponse* response = nullptr;
+  const HRESULT sent = m_jobOperations->SendIPPRequest(
+      httpRequest, request, IPPOperation::kPrintJobWithCredentials, &response);
+  if (FAILED(sent)) return sent;
+  if (FAILED(m_jobOperations->ParseIPPResponse(response, nullptr))) return Fail(kUnexpectedAnswer);
+  const std::wstring authorization = request->GetAuthorizationHeader();
+  if (!authorization.empty()) httpRequest->AddHeader(L"Authorization", authorization.c_str());
+  switch (response->GetStatusCode()) {
+    case kHttpOk:
+      return S_OK;
+    case kHttpUnauthorized:
+      return Fail(kRefused);
+    default:
+      return Fail(kUnexpectedAnswer);
+  }
+}
+
+}  // namespace Corvane

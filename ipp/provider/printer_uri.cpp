@@ -1,0 +1,51 @@
+#include "ipp/provider/printer_uri.h"
+
+#include <string_view>
+
+#include "corvane/ipp_provider.h"
+#include "platform/system.h"
+
+namespace Corvane {
+namespace {
+
+// What a part of a URI may have in characters.
+constexpr DWORD kMaxScheme = 32;
+constexpr DWORD kMaxHost = 256;
+constexpr DWORD kMaxPath = 2048;
+
+bool Refuse(DWORD error) {
+  SetLastError(error);
+  return false;
+}
+
+}  // namespace
+
+PrinterUriKind KindOfPrinterUri(const wchar_t* uri) {
+  if (!uri) return PrinterUriKind::kOther;
+  const std::wstring_view text = uri;
+  if (text.starts_with(L"ipps")) return PrinterUriKind::kIpps;
+  if (text.starts_with(L"ipp")) return PrinterUriKind::kIpp;
+  if (text.starts_with(L"http")) return PrinterUriKind::kHttp;
+  if (text.starts_with(L"https")) return PrinterUriKind::kHttps;
+  return PrinterUriKind::kOther;
+}
+
+bool SplitPrinterUri(const wchar_t* uri, std::wstring* resourcePath, std::wstring* wholeUri) {
+  if (!*uri) return Refuse(kIPPPathTooShort);
+  URL_COMPONENTSW parts{};
+  parts.dwStructSize = sizeof(parts);
+  parts.dwSchemeLength = kMaxScheme;
+  parts.dwHostNameLength = kMaxHost;
+  parts.dwUrlPathLength = kMaxPath;
+  if (!InternetCrackUrlW(uri, 0, 0, &parts)) return Refuse(ERROR_INVALID_PARAMETER);
+  if (parts.nPort != 631 && parts.nPort != 443 && parts.nPort != 0) {
+    return Refuse(ERROR_UNKNOWN_PORT);
+  }
+  if (parts.dwUrlPathLength == 0) return Refuse(kIPPNoResourcePath);
+  if (parts.dwUrlPathLength < 4) return Refuse(kIPPPathTooShort);
+  resourcePath->assign(parts.lpszUrlPath);
+  wholeUri->assign(parts.lpszScheme);
+  return true;
+}
+
+}  // namespace Corvane
