@@ -103,10 +103,11 @@ HRESULT IPPDataMapper::GetValue(const wchar_t* name, VARIANT* value) {
   return S_OK;
 }
 
-// A dot may belong to the item's own name, a prefix never.
+// A dot may belong to the item's own name, a prefix never. The map's parameters are no item.
 IPPDataItemSpec* IPPDataMapper::FindItem(std::wstring_view name) const {
   const std::size_t colon = name.find(L':');
   if (colon != std::wstring_view::npos) name.remove_prefix(colon + 1);
+  if (name == kParameters) return nullptr;
   return dynamic_cast<IPPDataItemSpec*>(m_spec->GetDataItemSpec(std::wstring(name)));
 }
 

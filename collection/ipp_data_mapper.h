@@ -38,8 +38,7 @@ class IPPDataMapper : public DataCollectionImpl, public IDisposableImpl {
 
   // `name` is "name", "prefix:name", or either with "." and three digits: of an attribute with
   // several values, "marker:Level.002" is the second one. Without digits it is all of them, joined
-  // by
-  // ",". S_FALSE when there are fewer; E_FAIL when the printer has no such attribute, cannot be
+  // by ",". S_FALSE when there are fewer; E_FAIL when the printer has no such attribute, cannot be
   // reached, or for a "Command" that is neither Get-Printer-Attributes nor Get-Job-Attributes.
   HRESULT GetValue(const wchar_t* name, VARIANT* value) override;
   std::wstring GetDataMapName() override;
