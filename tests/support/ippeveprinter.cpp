@@ -117,7 +117,7 @@ Ippeveprinter::~Ippeveprinter() {
   End(&m_bus);
 }
 
-bool Ippeveprinter::Start(const std::string& options) {
+bool Ippeveprinter::Start(const std::string& options, std::uint16_t port) {
   std::filesystem::create_directories(SpoolFolder());
   if (!StartBus()) {
     m_failure = "dbus-daemon (Debian's package dbus-daemon) did not start: ";
@@ -125,7 +125,8 @@ bool Ippeveprinter::Start(const std::string& options) {
     return false;
   }
   for (int start = 0; start < kStarts; ++start) {
-    close(ListenOnLoopback(1, &m_port));  // free again, and not soon given to another
+    m_port = port;
+    if (port == 0) close(ListenOnLoopback(1, &m_port));  // free, and not soon given to another
     if (StartPrinter(options)) return true;
     End(&m_printer);
   }

@@ -1,4 +1,4 @@
-// A real IPP printer for a test, on a loopback port of its own with a temporary folder of its own
+// A real IPP printer for a test, on a loopback port with a temporary folder of its own
 // (Linux).
 #ifndef CORVANE_TESTS_SUPPORT_IPPEVEPRINTER_H_
 #define CORVANE_TESTS_SUPPORT_IPPEVEPRINTER_H_
@@ -24,9 +24,12 @@ class Ippeveprinter {
   ~Ippeveprinter();
 
   // Starts it with more options of its command line ("-f application/pdf"), as the shell reads
-  // them, and waits until it answers. False, with the reason in Failure(), when it does not.
-  bool Start(const std::string& options = {});
+  // them, and waits until it answers. False, with the reason in Failure(), when it does not. 0 is a
+  // free port.
+  bool Start(const std::string& options = {}, std::uint16_t port = 0);
   std::uint16_t Port() const { return m_port; }
+  // Where it runs; for what its command needs.
+  const TempFolder& Folder() const { return m_folder; }
   // Where it keeps the documents of its jobs.
   std::filesystem::path SpoolFolder() const { return m_folder.Path() / "spool"; }
   const std::string& Failure() const { return m_failure; }

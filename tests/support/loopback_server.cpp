@@ -23,17 +23,31 @@ std::size_t ContentLength(std::string_view head) {
 }  // namespace
 
 int ListenOnLoopback(int backlog, std::uint16_t* port) {
-  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof(address);
-  if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-      listen(listener, backlog) != 0 ||
-      getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+  *port = 0;
+  return ListenOnLoopbackPort(backlog, AF_INET, port);
+}
+
+int ListenOnLoopbackPort(int backlog, int family, std::uint16_t* port) {
+  sockaddr_in ip4{};
+  ip4.sin_family = AF_INET;
+  ip4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ip4.sin_port = htons(*port);
+  sockaddr_in6 ip6{};
+  ip6.sin6_family = AF_INET6;
+  ip6.sin6_addr = in6addr_loopback;
+  ip6.sin6_port = htons(*port);
+  const bool isIp6 = family == AF_INET6;
+  auto* const address =
+      isIp6 ? reinterpret_cast<sockaddr*>(&ip6) : reinterpret_cast<sockaddr*>(&ip4);
+  socklen_t size = isIp6 ? sizeof(ip6) : sizeof(ip4);
+  const int listener = socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int reuse = *port != 0;  // what is left of a test before may still wait there
+  if (setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof(reuse)) != 0 ||
+      bind(listener, address, size) != 0 || listen(listener, backlog) != 0 ||
+      getsockname(listener, address, &size) != 0) {
     throw std::system_error(errno, std::generic_category(), "listen");
   }
-  *port = ntohs(address.sin_port);
+  *port = ntohs(isIp6 ? ip6.sin6_port : ip4.sin_port);
   return listener;
 }
 
@@ -91,8 +105,10 @@ void LoopbackConnection::WaitForClose() {
   }
 }
 
-LoopbackServer::LoopbackServer(Script script)
-    : m_script(std::move(script)), m_listener(ListenOnLoopback(SOMAXCONN, &m_port)) {
+LoopbackServer::LoopbackServer(Script script, std::uint16_t port, int family)
+    : m_script(std::move(script)),
+      m_port(port),
+      m_listener(ListenOnLoopbackPort(SOMAXCONN, family, &m_port)) {
   m_acceptor = std::thread([this] { Accept(); });
 }
 

@@ -1,6 +1,8 @@
-// A device that misbehaves to a script: a small HTTP server on a free loopback port (Linux).
+// A device that misbehaves to a script: a small HTTP server on a loopback port (Linux).
 #ifndef CORVANE_TESTS_SUPPORT_LOOPBACK_SERVER_H_
 #define CORVANE_TESTS_SUPPORT_LOOPBACK_SERVER_H_
+
+#include <sys/socket.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -44,7 +46,8 @@ class LoopbackServer {
  public:
   using Script = std::function<void(LoopbackConnection&)>;
 
-  explicit LoopbackServer(Script script);
+  // On a free port when `port` is 0; throws std::system_error when another has it.
+  explicit LoopbackServer(Script script, std::uint16_t port = 0, int family = AF_INET);
   LoopbackServer(const LoopbackServer&) = delete;
   LoopbackServer& operator=(const LoopbackServer&) = delete;
   ~LoopbackServer();
@@ -74,6 +77,8 @@ class LoopbackServer {
 
 // A listening loopback socket with a port that the system chose; the caller's to close.
 int ListenOnLoopback(int backlog, std::uint16_t* port);
+// The same on [::1] or 127.0.0.1; *port is the one wanted, or 0.
+int ListenOnLoopbackPort(int backlog, int family, std::uint16_t* port);
 
 }  // namespace Corvane::Test
 
