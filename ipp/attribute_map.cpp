@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <utility>
 
 namespace Corvane {
@@ -162,13 +163,21 @@ std::vector<std::string_view> Split(std::string_view path) {
 void AttributeMap::Reset(std::span<const unsigned char> answer) {
   m_bytes.assign(answer.begin(), answer.end());
   m_isLatin1 = false;
+  m_job = m_jobCount = 0;
   m_attributes.clear();
   m_entries.clear();
 }
 
+// The last job that can be counted has all the rest.
+void AttributeMap::BeginGroup(bool ofJob) {
+  constexpr auto kMaxJobs = std::numeric_limits<std::uint16_t>::max();
+  if (ofJob && m_jobCount < kMaxJobs) ++m_jobCount;
+  m_job = ofJob ? m_jobCount : std::uint16_t{0};
+}
+
 void AttributeMap::BeginAttribute(std::size_t position, std::size_t size) {
   m_attributes.push_back({static_cast<std::uint32_t>(position), static_cast<std::uint16_t>(size),
-                          static_cast<std::uint32_t>(m_entries.size())});
+                          m_job, static_cast<std::uint32_t>(m_entries.size())});
 }
 
 void AttributeMap::Add(Kind kind, std::size_t position, std::size_t size) {
@@ -233,6 +242,21 @@ std::vector<std::string> AttributeMap::Values(std::string_view path) const {
     picker.Finish();
   }
   return values;
+}
+
+std::vector<AttributeMap::OfJob> AttributeMap::JobAttributes(
+    std::span<const std::string_view> names) const {
+  std::vector<OfJob> found;
+  for (std::size_t i = 0; i < m_attributes.size(); ++i) {
+    const Attribute& attribute = m_attributes[i];
+    if (attribute.job == 0) continue;
+    const auto name = std::ranges::find(names, Bytes(attribute.position, attribute.size));
+    if (name == names.end()) continue;
+    OfJob& each = found.emplace_back(
+        OfJob{attribute.job, static_cast<std::size_t>(name - names.begin()), {}});
+    for (const Entry& entry : EntriesOf(i)) each.texts.push_back(Text(entry));
+  }
+  return found;
 }
 
 std::span<const AttributeMap::Entry> AttributeMap::EntriesOf(std::size_t attribute) const {

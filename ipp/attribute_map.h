@@ -35,6 +35,8 @@ class AttributeMap {
 
   // Forgets everything and keeps a copy of an answer, into which the positions below point.
   void Reset(std::span<const unsigned char> answer);
+  // The attributes from now on are those of another job, or of none.
+  void BeginGroup(bool ofJob);
   // The name of the values added from now on, which may be one that was there before.
   void BeginAttribute(std::size_t position, std::size_t size);
   // A number has the bytes that its kind says.
@@ -52,6 +54,15 @@ class AttributeMap {
   // and an octet string, is one text between its markers, joined by ",".
   std::vector<std::string> Values(std::string_view path) const;
 
+  // Attributes of jobs: of which, counted from 1, which of the `names`, and its entries.
+  struct OfJob {
+    std::size_t job;
+    std::size_t name;
+    std::vector<std::string> texts;
+  };
+  std::vector<OfJob> JobAttributes(std::span<const std::string_view> names) const;
+  std::size_t JobCount() const { return m_jobCount; }
+
  private:
   struct Entry {
     std::uint32_t position;
@@ -61,6 +72,7 @@ class AttributeMap {
   struct Attribute {
     std::uint32_t position;
     std::uint16_t size;
+    std::uint16_t job;
     std::uint32_t firstEntry;
   };
 
@@ -73,6 +85,8 @@ class AttributeMap {
 
   std::string m_bytes;
   bool m_isLatin1 = false;  // its texts; else they are UTF-8
+  std::uint16_t m_job = 0;  // of the attributes added now; 0 for none
+  std::uint16_t m_jobCount = 0;
   std::vector<Attribute> m_attributes;
   std::vector<Entry> m_entries;  // of each attribute in turn
 };

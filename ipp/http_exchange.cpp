@@ -184,14 +184,23 @@ HRESULT IPPOperations::ReadPrintJobResponse(HTTPResponse** response) {
   if (!answer) return E_FAIL;
   const std::uint32_t status = answer->GetStatusCode();
   if (status == kHttpUnauthorized) return IPPStatus::kNotAuthenticated;
-  if (status != kHttpOk || !HasBody(answer)) return E_FAIL;
+  if (status != kHttpOk || !HasBody(answer)) {
+    SetLastError(status);
+    return E_FAIL;
+  }
   *response = answer;
   return S_OK;
 }
 
+// A printer that answers before it has the document may say why: what it says is decoded.
 HRESULT IPPOperations::AbandonRequest() {
-  SetLastError(m_httpRequest->GetLastError());
+  const std::uint32_t error = m_httpRequest->GetLastError();
+  HTTPResponse* early = nullptr;
+  if (error == kHttpOk && SUCCEEDED(m_httpRequest->GetResponse(&early)) && early) {
+    ParseIPPResponse(early, nullptr);
+  }
   EndExchange();
+  SetLastError(error);
   return E_FAIL;
 }
 

@@ -15,6 +15,7 @@
 #include "corvane/transport.h"
 #include "ipp/attribute_map.h"
 #include "ipp/chunk_buffer.h"
+#include "ipp/ipp_job.h"
 #include "ipp/owned_chars.h"
 #include "ipp/request_buffer.h"
 
@@ -66,9 +67,10 @@ class IPPOperations {
   // host with every chunk.
   //
   // Results: 0 the chunk was sent, or the response has HTTP status 200 and a body; 1 for the host's
-  // kAnswerLost; 1026 for HTTP status 401; the host's failure for no response; else E_FAIL. After a
-  // chunk that could not be sent the last error is the host's code, an early HTTP status among
-  // them, the request is given back, and the next call begins anew.
+  // kAnswerLost; 1026 for HTTP status 401; the host's failure for no response; else E_FAIL, with
+  // the HTTP status as the last error. After a chunk that could not be sent the last error is the
+  // host's code, an early HTTP status among them, the request is given back, and the next call
+  // begins anew; the body of an early status 200 has been decoded.
   virtual HRESULT SendPrintJobRequest(HTTPResponse** response, IPPRequestBase* request,
                                       bool chunked, int pieceLength, void* context, bool secure);
 
@@ -131,6 +133,8 @@ class IPPOperations {
   // kMaxDocument change nothing and give E_FAIL; E_OUTOFMEMORY leaves none.
   HRESULT SetPrinterFileBufferContent(const void* bytes, int length);
 
+  // Whether a chunked document is on its way.
+  bool IsSendingChunks() const { return m_chunked != nullptr; }
   // Gives the request, and its response, back to the host. What was decoded stays.
   void EndExchange();
 
@@ -194,6 +198,8 @@ class IPPOperations {
   std::vector<std::string> ValuesOf(std::string_view name) const {
     return m_attributes.Values(name);
   }
+  // The jobs that the answer tells of, in its order.
+  std::vector<IPPJob> Jobs() const;
   // "Pending" of 3 to "Completed" of 9 (RFC 8011, 5.3.7); leaves *text alone for others.
   static void GetJobState(int state, const char** text);
 

@@ -132,7 +132,10 @@ int IPPOperations::ReadAttributes(const unsigned char* body, VARIANT* value) {
       const bool found = GetValueFromIPPMap(m_attributeName.Get(), value);
       return found || !value || !AsksForOneValue() ? 0 : -1;
     }
-    if (tag < IPPTag::kFirstValue) continue;
+    if (tag < IPPTag::kFirstValue) {
+      m_attributes.BeginGroup(tag == IPPTag::kJobAttributes);
+      continue;
+    }
     if (!ReadName(body, tag) || !ReadValue(body, tag)) return -1;
   }
   return 0;
@@ -270,6 +273,8 @@ HRESULT IPPOperations::FormResponseStructure(IPPResponseBase* out) {
   if (!reasons.empty()) out->SetJobStateReasons(reasons.c_str());
   return S_OK;
 }
+
+std::vector<IPPJob> IPPOperations::Jobs() const { return JobsOf(m_attributes); }
 
 void IPPOperations::GetJobState(int state, const char** text) {
   static constexpr const char* kStates[] = {

@@ -19,6 +19,21 @@ constexpr std::uint32_t kIPPDeviceSilent = 0x20000002;    // neither does
 constexpr std::uint32_t kIPPPathTooShort = 0x20000003;    // of a printer URI: below 4 characters
 constexpr std::uint32_t kIPPNoResourcePath = 0x20000004;  // an empty path or resource URI
 
+// The same of a print job. Besides these: 1462 for a document of 0 bytes; 87 for null sets or bytes
+// and a negative length; 1280 for a provider that was made without a printer URI; 1460 when the
+// printer was not idle, or had no room, for an hour; 995 when it aborted the job; 1026 for HTTP
+// status 401 as the answer to a document; the IPP status (RFC 8011, appendix B) of a refusal; else
+// what the exchange left, an HTTP status among that.
+constexpr std::uint32_t kIPPPrinterStateUnknown = 0x20000010;  // it does not tell; nothing was sent
+constexpr std::uint32_t kIPPPrinterBusy =
+    0x20000011;  // server-error-busy: it has not taken the job
+// It has every byte, but neither its answer nor its lists of jobs could be had: sending the
+// document again may print it twice. After every other failure it is not printed.
+constexpr std::uint32_t kIPPPerhapsPrinted = 0x20000012;
+
+// The result of a print job that was cancelled at the printer, at its panel or by another program.
+constexpr HRESULT S_DEVICECANCELED = static_cast<HRESULT>(0x902A010A);
+
 // Belongs to one thread at a time. Texts are UTF-8. Results: 0 is success, E_FAIL every failure
 // that nothing else is said of; outputs are then as they were.
 class IPPProvider : public Corvane::IDisposable {
@@ -37,15 +52,44 @@ class IPPProvider : public Corvane::IDisposable {
   // for HTTP status 401, another HTTP status, or the host's code.
   virtual HRESULT GetIPPValue(const char* attributeName, bool forJob, VARIANT* value,
                               const char* uri, const char* resourceUri, std::uint32_t flags) = 0;
-  // Job operations. None of them is there yet: E_NOTIMPL, and nothing is sent.
+
+  // Job operations. `request` says what to print, for whom and how; what the printer answers goes
+  // into `response`: its IPP status, which may be a refusal with a result of 0, and the job.
+  // E_FAIL without the text that an operation needs sends nothing; else the last error is that of
+  // the exchange.
+
+  // The printer fetches the document at the request's document URI, which must be there.
   virtual HRESULT PrintUri(IPPRequestBase* request, IPPResponseBase* response) = 0;
+  // The same as a document of the job at the request's job URI.
   virtual HRESULT SendURI(IPPRequestBase* request, IPPResponseBase* response) = 0;
+  // A job without documents; the request's job name must be there.
   virtual HRESULT CreateJob(IPPRequestBase* request, IPPResponseBase* response) = 0;
+  // Drops what of a document is not sent yet, and cancels the job at the request's job URI if the
+  // printer lists it among those of the requesting user that go on; else the one printed last
+  // through this provider; else the user's first. Its URI is the request's from then on. 0 when
+  // there was one, whatever the printer said to it, 1 when there was none. It is asked on port 631,
+  // an ipps printer too, but then without the authorization value.
   virtual HRESULT CancelJob(IPPRequestBase* request, IPPResponseBase* response) = 0;
+  // Prints `length` bytes, copied. Not chunked, they are the document: the call ends with its
+  // outcome. They are sent up to ten times, two seconds apart, to a printer that says it is busy.
+  //
+  // Chunked, they are its first piece, of any size. The call waits until the printer is idle; then
+  // PrintJobWrite sends the rest, while two threads watch: one asks every second how the job fares,
+  // the other every five whether the printer's spool has room. They end with the job, and so does
+  // the second for good: of the next jobs of this provider the spool is not watched. A document
+  // that is not finished is dropped by the next PrintJob, by CancelJob and with the provider.
+  //
+  // 0: printed, or on its way. S_DEVICECANCELED. E_FAIL, by last error as above. The authorization
+  // value of `request` becomes one of its extra headers.
   virtual HRESULT PrintJob(IPPRequestBase* request, IPPResponseBase* response, const void* buffer,
                            std::int32_t length, bool chunked) = 0;
+  // The next piece; one of 0 bytes ends the document, and the call gives its outcome. Waits while
+  // the printer's spool is full. Every result but 0 ends the job: without one, E_FAIL and 87. When
+  // the connection breaks, or the answer does not come, the job is looked up, and `response` tells
+  // what the printer lists.
   virtual HRESULT PrintJobWrite(IPPRequestBase* request, IPPResponseBase* response,
                                 const void* buffer, std::int32_t length) = 0;
+
   // Milliseconds for connecting, sending and receiving, 30,000 each at first; not checked. The host
   // takes one limit: the longest of them goes to each of its requests from now on.
   virtual void SetTimeouts(std::uint32_t connectMs, std::uint32_t sendMs,

@@ -94,6 +94,7 @@ IPPProviderImpl::IPPProviderImpl(Address* address, std::unique_ptr<IPPOperations
 
 IPPProviderImpl::~IPPProviderImpl() {
   TraceScope trace(L"Corvane::IPPProviderImpl::~IPPProviderImpl");
+  StopAllThreadsRunning();
 }
 
 const char* IPPProviderImpl::GetTypeName() { return kClassIdentification; }

@@ -7,9 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "core/critical_section.h"
 #include "core/ref_ptr.h"
+#include "core/unique_handle.h"
 #include "corvane/ipp_provider.h"
 #include "ipp/ipp_operations.h"
+#include "ipp/provider/current_job.h"
 #include "ipp/provider/printer_uri.h"
 
 namespace Corvane {
@@ -28,7 +31,8 @@ struct IPPQuery {
 };
 
 // creation.cpp makes it, device_checks.cpp asks whether there is a printer, value_queries.cpp reads
-// it, job_operations.cpp prints.
+// it, job_listing.cpp looks for jobs, job_operations.cpp makes and cancels them, print_job.cpp
+// sends documents, status_polling.cpp watches meanwhile.
 class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
  public:
   // Null with a last error; null arguments leave that alone.
@@ -65,12 +69,30 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
   void SetTimeouts(std::uint32_t connectMs, std::uint32_t sendMs, std::uint32_t receiveMs) override;
   HRESULT CheckAuthorization(HTTPRequest* httpRequest, IPPRequestBase* request) override;
 
-  // The jobs of the request's user, as the printer lists them now: the first one's facts go into
-  // the set. Asks for ended jobs when `selectState` is true, else for those that go on. 1 when
-  // there is none.
+  // The request's job, else the one being printed, else the first that the printer lists for the
+  // request's user: its facts go into the set. Asks for ended jobs when `selectState` is true, else
+  // for those that go on. 1 when there is none.
   virtual HRESULT GetJobs(IPPRequestBase* request, IPPResponseBase* response, bool selectState);
-  // 0 when the job of the current user has ended, 1 when it goes on or cannot be seen.
+  // 0 when the job being printed has ended, which also is its print status from now on; 1 when it
+  // goes on or cannot be seen.
   virtual HRESULT GetJobs(bool selectState);
+
+  // 1 the printer is idle and has room for a document, 0 it is not or has not, 2 it does not tell.
+  int CheckForPrinterReadyState();
+  // 0, or E_FAIL when the printer does not tell its state.
+  HRESULT GetPrinterState(std::wstring* state, std::wstring* reasons);
+
+  // What the two polling threads and the sender tell each other. Any thread.
+  void SetPrintStatus();
+  std::uint32_t GetPrintStatus();
+  std::uint32_t GetbPrinteStatusThreadPoll();
+  void SetPrintReadyStatus();  // no more polling of the printer, ever
+  HANDLE GetPrintStatusEventHandle() const { return m_printStatusEvent.Get(); }
+  HANDLE GetPrintReadyStatusEventHandle() const { return m_printReadyEvent.Get(); }
+  // Milliseconds; less when the polling of the printer is to end.
+  void PauseBetweenPolls(std::uint32_t milliseconds) const;
+  // Ends and joins the polling threads, which takes one exchange at most, and closes the events.
+  void StopAllThreadsRunning();
 
   // The values of GetValue, in UTF-8; none for what the printer did not tell.
   std::vector<std::string> ValuesOf(const std::string& name) const;
@@ -82,10 +104,43 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
  private:
   static constexpr std::uint32_t kDefaultTimeoutMs = 30000;
 
+  // How something ended: a result, and what the last error is then.
+  struct Outcome {
+    HRESULT result = S_OK;
+    DWORD error = 0;
+  };
+  enum class JobSearch { kNotFound, kFound, kUnknown };
+  // How the printer has ended a job before its time.
+  enum class DeviceEnd { kNone, kAborted, kCancelled };
+
   bool SetUris(const wchar_t* resourceUri, const wchar_t* printerUri);
   bool IsSecure() const;
   // A fresh exchange with the resource, the URI and the time-out of this provider.
   std::unique_ptr<IPPOperations> NewExchange() const;
+
+  HRESULT RunJobOperation(int operation, IPPRequestBase* request, IPPResponseBase* response,
+                          bool secure);
+
+  Outcome BeginJob(IPPRequestBase* request, const void* buffer, std::int32_t length);
+  Outcome PrintWhole(IPPRequestBase* request, IPPResponseBase* response);
+  Outcome BeginChunks(IPPRequestBase* request, IPPResponseBase* response, std::int32_t length);
+  Outcome AwaitIdlePrinter();
+  Outcome AwaitRoomInSpool();
+  Outcome SendPiece(IPPRequestBase* request, IPPResponseBase* response, const void* buffer,
+                    std::int32_t length);
+  Outcome SendLastChunk(IPPRequestBase* request, IPPResponseBase* response);
+  Outcome ReadAnswer(HTTPResponse* answer, IPPRequestBase* request, IPPResponseBase* response);
+  Outcome JudgeStatus(IPPResponseBase* response);
+  Outcome AnswerIsLost(IPPRequestBase* request, IPPResponseBase* response, DWORD error);
+  Outcome DocumentIsCut(IPPRequestBase* request, IPPResponseBase* response, DWORD error);
+  JobSearch LookUpJob(IPPRequestBase* request, IPPResponseBase* response, bool again);
+  Outcome EndJob(Outcome outcome);
+
+  void StartPolling();
+  void StartJobsThread();
+  void ResumeJobsThread();
+  void MarkJobEnded(DeviceEnd end);
+  DeviceEnd EndAtDevice();
 
   const RefPtr<Address> m_address;
   const std::unique_ptr<IPPOperations> m_operations;  // holds the values of GetValue
@@ -94,7 +149,23 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
   std::wstring m_resourceUri;
   std::wstring m_printerUri;  // empty when the provider was made from a path
   std::uint64_t m_fetchTime = 0;
+
+  CurrentJob m_currentJob;
+  UniqueHandle m_jobsThread;
+  UniqueHandle m_printerStatusThread;
+  UniqueHandle m_printStatusEvent;  // the job has ended, or the threads must stop
+  UniqueHandle m_printReadyEvent;   // the printer's spool has room
+  UniqueHandle m_pollingEndEvent;   // set when m_pollPrinterStatus is not
+  CriticalSection m_printStatusLock;
+  std::uint32_t m_printStatus = 0;           // guarded by m_printStatusLock: the job has ended
+  DeviceEnd m_deviceEnd = DeviceEnd::kNone;  // guarded by m_printStatusLock
+  CriticalSection m_printerStatusLock;
+  std::uint32_t m_pollPrinterStatus = 1;  // guarded by m_printerStatusLock
 };
+
+// The polling threads, whose argument is the provider. 0; 1 without a provider or its event.
+unsigned __stdcall GetJobsPollingThread(void* provider);
+unsigned __stdcall GetPrinterStatusPollingThread(void* provider);
 
 }  // namespace Corvane
 

@@ -13,10 +13,6 @@ namespace {
 
 constexpr std::string_view kAlternative = "_OR_";
 
-const char* StateAttribute(bool selectState) {
-  return selectState ? "job-state" : "job-state-reasons";
-}
-
 std::vector<std::string> Alternatives(std::string_view name) {
   std::vector<std::string> alternatives;
   for (std::size_t separator = 0; separator != std::string_view::npos;) {
@@ -45,25 +41,6 @@ std::vector<std::string> FirstValues(const IPPOperations& answer,
     if (!values.empty()) return values;
   }
   return {};
-}
-
-// The text of a value; of several, all with "," between them.
-std::wstring TextOf(const _variant_t& value) {
-  if (value.vt == VT_BSTR) return value.bstrVal ? value.bstrVal : L"";
-  if (value.vt != (VT_ARRAY | VT_BSTR)) return {};
-  std::wstring joined;
-  BSTR* texts = nullptr;
-  if (FAILED(SafeArrayAccessData(value.parray, reinterpret_cast<void**>(&texts)))) return {};
-  for (ULONG i = 0; i < value.parray->rgsabound[0].cElements; ++i) {
-    if (i > 0) joined += L',';
-    joined += texts[i] ? texts[i] : L"";
-  }
-  SafeArrayUnaccessData(value.parray);
-  return joined;
-}
-
-bool HasEnded(const std::wstring& state) {
-  return state == L"7" || state == L"8" || state == L"9";  // canceled, aborted, completed
 }
 
 }  // namespace
@@ -127,75 +104,6 @@ HRESULT IPPProviderImpl::GetIPPValue(const char* attributeName, bool forJob, VAR
                   L"ptrIPPOperations->ParseIPPResponse(httpResponse,&value) GetIPPValue done");
   }
   return result;
-}
-
-HRESULT IPPProviderImpl::GetJobs(IPPRequestBase* request, IPPResponseBase* response,
-                                 bool selectState) {
-  TraceScope trace(L"Corvane::IPPProviderImpl::GetJobs");
-  if (!request || !request->GetRequestingUserName()) return E_FAIL;
-  const std::unique_ptr<IPPOperations> exchange = NewExchange();
-  exchange->SetAttributeName(StateAttribute(selectState));
-  exchange->SetRequestedUserName(request->GetRequestingUserName());
-  exchange->SetConnectionFlags(m_operations->ConnectionFlags());
-  HTTPResponse* answer = nullptr;
-  if (FAILED(exchange->SendIPPRequest(IPPOperation::kGetJobs, &answer, request, IsSecure()))) {
-    trace.Message(kTraceSevere, L"GetJobs(struct)..SendIPPRequest() failed");
-    return E_FAIL;
-  }
-  _variant_t value;
-  if (FAILED(exchange->ParseIPPResponse(answer, &value))) {
-    trace.Message(kTraceSevere, L"GetJobs(struct)..ParseIPPResponse() failed");
-    return E_FAIL;
-  }
-  if (value.vt == VT_EMPTY) {
-    trace.Message(kTraceInfo,
-                  L"May be we ask for which-jobs=completed but job is still in process else may be "
-                  L"reverse condition");
-    return S_FALSE;
-  }
-  return exchange->FormResponseStructure(response) == S_OK ? S_OK : S_FALSE;
-}
-
-HRESULT IPPProviderImpl::GetJobs(bool selectState) {
-  TraceScope trace(L"Corvane::IPPProviderImpl::GetJobs");
-  const std::unique_ptr<IPPOperations> exchange = NewExchange();
-  exchange->SetAttributeName(StateAttribute(selectState));
-  exchange->SetRequestedUserName(m_operations->RequestedUserName());
-  HTTPResponse* answer = nullptr;
-  if (FAILED(exchange->SendIPPRequest(IPPOperation::kGetJobs, &answer, nullptr, IsSecure()))) {
-    trace.Message(kTraceSevere, L"GetJobs()..SendIPPRequest() failed");
-    return S_FALSE;
-  }
-  _variant_t asked;
-  if (FAILED(exchange->ParseIPPResponse(answer, &asked))) {
-    trace.Message(kTraceSevere, L"GetJobs()..ParseIPPResponse() failed");
-    return S_FALSE;
-  }
-  _variant_t value;
-  exchange->GetValueFromIPPMap("job-state", &value);
-  const std::wstring state = TextOf(value);
-  if (state.empty()) {
-    trace.Message(kTraceInfo, L"value is empty");
-    return S_FALSE;
-  }
-  value.Clear();
-  exchange->GetValueFromIPPMap("job-state-reasons", &value);
-  const std::wstring reasons = TextOf(value);
-  trace.Message(kTraceInfo, L"Print Job state=%ls and JobstateReasons=%ls", state.c_str(),
-                reasons.c_str());
-  if (HasEnded(state)) {
-    trace.Message(kTraceInfo, L"Job is canceled or completed");
-    return S_OK;
-  }
-  if (reasons.find(L"canceled") != std::wstring::npos) {
-    trace.Message(kTraceInfo,
-                  L"job-state-reasons can be job-canceled-at-device, canceled-by-user, "
-                  L"canceled-by-operator,printer-stopped");
-    return S_OK;
-  }
-  trace.Message(kTraceInfo, L"Job is continuing..Print Job state=%ls and JobstateReasons=%ls",
-                state.c_str(), reasons.c_str());
-  return S_FALSE;
 }
 
 bool IPPProviderImpl::IsSecure() const {

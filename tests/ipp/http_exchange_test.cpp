@@ -218,13 +218,14 @@ TEST_F(HttpExchangeTest, JudgesTheAnswerToAPrintJob) {
     const char* name;
     FakeDevice::Answer answer;
     HRESULT result;
+    DWORD error;  // 7: as it was
   } kCases[] = {
-      {"not authenticated", {"x", 401, S_OK, false, false, 0}, 1026},
-      {"server error", {"x", 500, S_OK, false, false, 0}, E_FAIL},
-      {"no body", {"", 200, S_OK, false, false, 0}, E_FAIL},
-      {"no response", {"x", 200, S_OK, true, false, 0}, E_FAIL},
-      {"the host's failure", {"x", 200, kHostFailure, false, false, 12002}, kHostFailure},
-      {"the answer was lost", {"x", 200, kAnswerLost, false, false, 12030}, S_FALSE},
+      {"not authenticated", {"x", 401, S_OK, false, false, 0}, 1026, 7},
+      {"server error", {"x", 500, S_OK, false, false, 0}, E_FAIL, 500},
+      {"no body", {"", 200, S_OK, false, false, 0}, E_FAIL, 200},
+      {"no response", {"x", 200, S_OK, true, false, 0}, E_FAIL, 7},
+      {"the host's failure", {"x", 200, kHostFailure, false, false, 12002}, kHostFailure, 12002},
+      {"the answer was lost", {"x", 200, kAnswerLost, false, false, 12030}, S_FALSE, 12030},
   };
   for (const auto& test : kCases) {
     SCOPED_TRACE(test.name);
@@ -234,7 +235,7 @@ TEST_F(HttpExchangeTest, JudgesTheAnswerToAPrintJob) {
     EXPECT_HR(Piece("x"), S_OK);
     SetLastError(7);
     EXPECT_HR(Print(true, 0), test.result);
-    EXPECT_EQ(test.answer.error != 0 ? test.answer.error : 7, GetLastError());
+    EXPECT_EQ(test.error, GetLastError());
     EXPECT_EQ(L"~HTTPRequest", m_device.calls.back());
   }
 }

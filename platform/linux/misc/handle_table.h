@@ -13,7 +13,7 @@
 
 namespace Corvane {
 
-enum class HandleKind { kRegistryKey, kPrinter };
+enum class HandleKind { kRegistryKey, kPrinter, kWaitable };
 
 // What a handle stands for. Locks itself: several threads may use one handle. Each class has a
 // constant kKind of its own.

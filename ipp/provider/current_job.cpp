@@ -1,0 +1,74 @@
+#include "ipp/provider/current_job.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <mutex>
+
+#include "ipp/ipp_operations.h"
+
+namespace Corvane {
+namespace {
+
+// Both clocks count whole seconds, and the printer's job may begin before ours does.
+constexpr std::chrono::seconds kClockSlack{2};
+
+std::string OrEmpty(const char* text) { return text ? text : ""; }
+
+}  // namespace
+
+void CurrentJob::Begin(const char* user, const char* account, const char* name) {
+  const std::lock_guard lock(m_lock);
+  m_begin = Clock::now();
+  m_user = OrEmpty(user);
+  m_account = OrEmpty(account);
+  m_name = OrEmpty(name);
+  m_id.reset();
+}
+
+void CurrentJob::Identify(std::int32_t id) {
+  const std::lock_guard lock(m_lock);
+  m_id = id;
+}
+
+bool CurrentJob::IsIdentified() const {
+  const std::lock_guard lock(m_lock);
+  return m_id.has_value();
+}
+
+const IPPJob* CurrentJob::FindIn(const std::vector<IPPJob>& jobs, std::string_view uri) {
+  if (!uri.empty()) {
+    const auto named =
+        std::find_if(jobs.begin(), jobs.end(), [uri](const IPPJob& job) { return job.uri == uri; });
+    if (named != jobs.end()) return &*named;
+  }
+  const std::lock_guard lock(m_lock);
+  if (!m_begin) return jobs.empty() ? nullptr : &jobs.front();
+  const IPPJob* best = nullptr;
+  const auto rank = [this](const IPPJob& job) {
+    return std::pair(job.name == m_name, job.id.value_or(0));
+  };
+  for (const IPPJob& job : jobs) {
+    if (CanBe(job) && (!best || rank(job) > rank(*best))) best = &job;
+  }
+  if (best && best->id && !HasEnded(best->state)) m_id = best->id;
+  return best;
+}
+
+bool CurrentJob::CanBe(const IPPJob& job) const {
+  if (m_id && job.id) return *m_id == *job.id;
+  if (!job.user.empty() && job.user != m_user && job.user != m_account) return false;
+  if (!job.createdAt || !job.answeredAt) return true;
+  const std::chrono::seconds age(std::int64_t{*job.answeredAt} - *job.createdAt);
+  return age <= Clock::now() - *m_begin + kClockSlack;
+}
+
+void FillFromJob(const IPPJob& job, IPPResponseBase* response) {
+  const char* state = nullptr;
+  IPPOperations::GetJobState(static_cast<int>(std::strtol(job.state.c_str(), nullptr, 10)), &state);
+  response->SetJobURI(job.uri.empty() ? nullptr : job.uri.c_str());
+  response->SetJobID(job.id.value_or(0));
+  response->SetJobState(state);
+  response->SetJobStateReasons(job.reasons.empty() ? nullptr : job.reasons.c_str());
+}
+
+}  // namespace Corvane
