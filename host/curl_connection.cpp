@@ -6,6 +6,8 @@
 
 #include "host/curl_errors.h"
 #include "host/error_codes.h"
+#include "host/peer_key.h"
+#include "host/pinned_trust.h"
 
 namespace Corvane::Host {
 
@@ -35,6 +37,8 @@ std::uint32_t CurlConnection::Open(const std::string& url, const TlsTrust& trust
     m_why = L"no connection within " + std::to_wstring(connectMs) + L" ms";
   } else if (code == CURLE_ABORTED_BY_CALLBACK) {
     m_why = L"cancelled";
+  } else if (code == CURLE_SSL_PINNEDPUBKEYNOTMATCH) {
+    m_why = KeyChanged(handle, trust);
   } else {
     m_why = Words(code, m_message);
   }
@@ -65,6 +69,8 @@ short CurlConnection::Await(short events, int milliseconds) const {
   pollfd polled{m_socket, events, 0};
   return poll(&polled, 1, milliseconds) > 0 ? polled.revents : short{0};
 }
+
+std::string CurlConnection::ShownKey() const { return PeerKey(m_handle.get()); }
 
 int CurlConnection::OnProgress(void* cancelled, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
   return static_cast<const std::atomic<bool>*>(cancelled)->load() ? 1 : 0;

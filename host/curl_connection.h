@@ -38,6 +38,9 @@ class CurlConnection {
   // Waits for poll's `events`, or so long; those that came.
   short Await(short events, int milliseconds) const;
 
+  // As PeerKey, of an open connection.
+  std::string ShownKey() const;
+
   const std::wstring& Why() const { return m_why; }
 
  private:

@@ -3,8 +3,10 @@
 #define CORVANE_HOST_CURL_EXCHANGE_H_
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,7 +32,10 @@ struct WireRequest {
 
 struct ExchangeLimits {
   std::int64_t connectMs = 0;
-  std::int64_t totalMs = 0;  // above 0
+  std::int64_t totalMs = 0;  // 0: none but the next two, which else mean nothing
+  // Without a byte of the body taken, or without a line or a byte of the response.
+  std::int64_t silenceMs = 0;
+  std::int64_t responseMs = 0;  // the response in all, from the end of the body
   std::size_t maxBodyBytes = 0;
 };
 
@@ -38,7 +43,7 @@ struct ExchangeLimits {
 // device, digest (RFC 7616) before basic (RFC 7617), to the URL's own host and port: no redirect is
 // followed here, no proxy or .netrc of the environment asked. A request body is sent again only
 // when the device refused it with 401, never because a connection broke: the device may have acted
-// on it.
+// on it. A limit of silence and a cancel take effect within about a second.
 class CurlExchange {
  public:
   CurlExchange(const WireRequest& request, const ExchangeLimits& limits, const TlsTrust& trust,
@@ -47,10 +52,12 @@ class CurlExchange {
   CurlExchange& operator=(const CurlExchange&) = delete;
 
   WireResult Run(CURL* handle);
-  // Bytes of the request's body that curl took, in the last attempt; after Run.
-  std::size_t BodySent() const { return m_bodySent; }
+  // Bytes of the request's body that the connection took, in the last attempt; after Run.
+  std::size_t BodySent() const;
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   bool Configure();
   bool ConfigureTransfer();
   bool ConfigureMessage();
@@ -64,6 +71,9 @@ class CurlExchange {
   bool HeaderReceived(std::string_view line);
   std::size_t ReadBody(char* out, std::size_t size);
   bool RewindBody(std::int64_t offset);
+  void AttemptBegins();
+  void AnswerMoved();
+  bool GoesOn(std::int64_t bodySent);
 
   static std::size_t OnHeader(char* data, std::size_t size, std::size_t count, void* self);
   static std::size_t OnWrite(char* data, std::size_t size, std::size_t count, void* self);
@@ -80,7 +90,15 @@ class CurlExchange {
   CURL* m_handle = nullptr;
   CurlList m_headerLines;
   CurlMessage m_message{};
-  std::size_t m_bodySent = 0;
+  std::size_t m_bodySent = 0;  // taken by curl
+  int m_resends = 0;
+  // Of the last attempt.
+  bool m_requested = false;                        // its head has gone out
+  bool m_answered = false;                         // a final response has begun
+  std::int64_t m_bodySeen = 0;                     // taken by the connection, at the last look
+  Clock::time_point m_moved;                       // when a byte last went the way that counts
+  std::optional<Clock::time_point> m_waitedSince;  // for the response, or its rest
+
   bool m_headComplete = true;  // what follows a complete head are a body and trailers
   bool m_outOfMemory = false;
   bool m_surplus = false;  // bytes came behind the end of the body

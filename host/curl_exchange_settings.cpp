@@ -17,7 +17,7 @@ bool CurlExchange::Configure() {
 
 bool CurlExchange::ConfigureTransfer() {
   return Set(CURLOPT_CONNECTTIMEOUT_MS, CurlMilliseconds(m_limits.connectMs)) &&
-         Set(CURLOPT_TIMEOUT_MS, CurlMilliseconds(m_limits.totalMs)) &&
+         Set(CURLOPT_TIMEOUT_MS, m_limits.totalMs == 0 ? 0L : CurlMilliseconds(m_limits.totalMs)) &&
          Set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(m_limits.maxBodyBytes)) &&
          Set(CURLOPT_ERRORBUFFER, m_message.data()) && Set(CURLOPT_HEADERFUNCTION, &OnHeader) &&
          Set(CURLOPT_HEADERDATA, this) && Set(CURLOPT_WRITEFUNCTION, &OnWrite) &&

@@ -12,7 +12,11 @@ bool ConfigureSafety(CURL* handle, const TlsTrust& trust) {
   const auto set = [handle](CURLoption option, auto value) {
     return curl_easy_setopt(handle, option, value) == CURLE_OK;
   };
-  const long verify = trust.verify ? 1 : 0;
+  const long verify = trust.verify && !trust.pin ? 1 : 0;
+  // Curl looks at the key when the handshake ends, before it sends, and reuses no connection that
+  // was held to another.
+  if (trust.pin && !set(CURLOPT_PINNEDPUBLICKEY, trust.pin->key.c_str())) return false;
+  if (!trust.pinFile.empty() && !set(CURLOPT_CERTINFO, 1L)) return false;
   if (!trust.caFile.empty() &&
       // Without the folder, the system's certificates would count beside the file's.
       !(set(CURLOPT_CAINFO, trust.caFile.c_str()) &&

@@ -4,19 +4,24 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "host/curl_handles.h"
+#include "host/pin_file.h"
 
 namespace Corvane::Host {
 
 struct TlsTrust {
   bool verify = true;
-  std::string caFile;  // empty: the system's certificates
+  std::string caFile;            // empty: the system's certificates
+  std::string pinFile;           // empty: no keys are recorded
+  std::optional<PinnedKey> pin;  // the one key to show, whoever vouches for it
 };
 
 // Nothing but HTTP/1.1 to the URL's own host, whatever the environment says; the certificates of
-// `trust`. `trust` must outlive the exchange. False: the handle must not be used.
+// `trust`, or its one key. With a pin file, PeerKey tells the key that was shown. False: the handle
+// must not be used.
 bool ConfigureSafety(CURL* handle, const TlsTrust& trust);
 
 // As curl takes a limit: never its 0 for none.

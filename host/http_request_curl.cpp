@@ -1,9 +1,11 @@
 #include "host/http_request_curl.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
 #include "host/error_codes.h"
+#include "host/pinned_trust.h"
 #include "host/request_url.h"
 #include "host/text.h"
 #include "host/wire_request.h"
@@ -43,6 +45,15 @@ Outcome CurlRequest::OutcomeOf(WireResult result, std::wstring remark) {
   return outcome;
 }
 
+ExchangeLimits CurlRequest::Limits(const RequestSettings& settings,
+                                   const DeviceSettings& device) const {
+  ExchangeLimits limits;
+  limits.connectMs = device.connectTimeoutMs;
+  limits.totalMs = settings.timeoutMs != 0 ? settings.timeoutMs : device.totalTimeoutMs;
+  limits.maxBodyBytes = m_device->MaxResponseBytes();
+  return limits;
+}
+
 Outcome CurlRequest::Perform(const RequestSettings& settings) {
   const DeviceSettings device = m_device->Settings();
   WireRequest request;
@@ -51,21 +62,27 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
     return {nullptr, kInvalidParameter, fault};
   }
 
-  const std::uint32_t totalMs =
-      settings.timeoutMs != 0 ? settings.timeoutMs : device.totalTimeoutMs;
+  ExchangeLimits limits = Limits(settings, device);
+  const std::int64_t totalMs = limits.totalMs;
   const Clock::time_point start = Clock::now();
+  const std::int64_t connectMs =
+      totalMs == 0 ? limits.connectMs : std::min(limits.connectMs, totalMs);
+  SettledTrust settled = SettleTrust(m_device->Trust(), request.url, connectMs, Cancelled());
+  if (settled.error != 0) return {nullptr, settled.error, std::move(settled.remark)};
   for (int redirects = 0; redirects <= kMaxRedirects; ++redirects) {
     const auto elapsed =
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
-    const ExchangeLimits limits{device.connectTimeoutMs,
-                                static_cast<std::int64_t>(totalMs) - elapsed,
-                                m_device->MaxResponseBytes()};
     const std::wstring timedOut = L"timed out after " + std::to_wstring(totalMs) + L" ms";
-    if (limits.totalMs <= 0) return {nullptr, kTimeout, timedOut};
+    if (totalMs != 0) {
+      limits.totalMs = totalMs - elapsed;
+      if (limits.totalMs <= 0) return {nullptr, kTimeout, timedOut};
+    }
 
-    WireResult result = Exchange(request, limits);
+    WireResult result = Exchange(request, limits, settled.trust);
     // What is left of the limit after a redirect is no limit that anyone knows.
-    if (result.error == kTimeout && redirects > 0) return {nullptr, kTimeout, timedOut};
+    if (result.error == kTimeout && redirects > 0 && totalMs != 0) {
+      return {nullptr, kTimeout, timedOut};
+    }
     if (result.error != 0 || !IsRedirect(result.status) || result.location.empty())
       return OutcomeOf(std::move(result), {});
     if (request.verb != "GET") {
@@ -78,9 +95,10 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
   return {nullptr, kRedirectFailed, L"more than " + std::to_wstring(kMaxRedirects) + L" redirects"};
 }
 
-WireResult CurlRequest::Exchange(const WireRequest& request, const ExchangeLimits& limits) {
+WireResult CurlRequest::Exchange(const WireRequest& request, const ExchangeLimits& limits,
+                                 const TlsTrust& trust) {
   CurlEasy handle = m_device->Pool().Take(m_port);
-  CurlExchange exchange(request, limits, m_device->Trust(), Cancelled());
+  CurlExchange exchange(request, limits, trust, Cancelled());
   WireResult result = exchange.Run(handle.get());
   m_sentBytes.store(exchange.BodySent());
   if (result.error == 0 && result.reusable) m_device->Pool().GiveBack(m_port, std::move(handle));

@@ -22,6 +22,8 @@ class CurlRequest : public RequestBase {
  protected:
   std::wstring Describe(const RequestSettings& settings) const override;
   Outcome Perform(const RequestSettings& settings) override;
+  virtual ExchangeLimits Limits(const RequestSettings& settings,
+                                const DeviceSettings& device) const;
 
   NetworkDevice& Device() const { return *m_device; }
   std::string Url(const RequestSettings& settings) const;
@@ -31,7 +33,8 @@ class CurlRequest : public RequestBase {
   std::atomic<std::uint64_t>& SentBytes() { return m_sentBytes; }
 
  private:
-  WireResult Exchange(const WireRequest& request, const ExchangeLimits& limits);
+  WireResult Exchange(const WireRequest& request, const ExchangeLimits& limits,
+                      const TlsTrust& trust);
 
   const std::shared_ptr<NetworkDevice> m_device;
   const std::uint32_t m_port;  // as asked for

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/error_codes.h"
+#include "host/pinned_trust.h"
 #include "host/request_head.h"
 #include "host/text.h"
 #include "host/wire_request.h"
@@ -31,6 +32,21 @@ void CurlIPPRequest::SetHeader(const wchar_t* name, const wchar_t* value) {
   AddHeader(name, value);
 }
 
+std::int64_t CurlIPPRequest::SilenceMs(const RequestSettings& settings,
+                                       const DeviceSettings& device) {
+  return settings.timeoutMs != 0 ? settings.timeoutMs : device.totalTimeoutMs;
+}
+
+ExchangeLimits CurlIPPRequest::Limits(const RequestSettings& settings,
+                                      const DeviceSettings& device) const {
+  ExchangeLimits limits = CurlRequest::Limits(settings, device);
+  if (!m_sending.load()) return limits;
+  limits.totalMs = 0;
+  limits.silenceMs = SilenceMs(settings, device);
+  limits.responseMs = std::max<std::int64_t>(limits.silenceMs, device.totalTimeoutMs);
+  return limits;
+}
+
 void CurlIPPRequest::SendBody(const void* data, std::uint32_t size) {
   if (Performed()) return SetError(kOutOfOrder);
   if ((!data && size != 0) || m_contentLength.value_or(size) != size) {
@@ -40,6 +56,7 @@ void CurlIPPRequest::SendBody(const void* data, std::uint32_t size) {
   Settings().body = {static_cast<const char*>(data), data ? size : 0};
   Conclude(PerformOnce());
   Settings().body = {};
+  m_wholeSent = size != 0 && SentBytes().load() == size;
   m_sending.store(false);
 }
 
@@ -65,11 +82,13 @@ Outcome CurlIPPRequest::OpenStream() {
 
   StreamLimits limits;
   limits.connectMs = device.connectTimeoutMs;
-  limits.silenceMs = Settings().timeoutMs != 0 ? Settings().timeoutMs : device.totalTimeoutMs;
+  limits.silenceMs = SilenceMs(Settings(), device);
   limits.responseMs = std::max<std::int64_t>(limits.silenceMs, device.totalTimeoutMs);
   limits.maxBodyBytes = Device().MaxResponseBytes();
+  SettledTrust settled = SettleTrust(Device().Trust(), request.url, limits.connectMs, Cancelled());
+  if (settled.error != 0) return {nullptr, settled.error, std::move(settled.remark)};
   m_stream = std::make_unique<StreamedExchange>(limits, Cancelled());
-  if (m_stream->Open(request.url, Device().Trust(), head)) return {};
+  if (m_stream->Open(request.url, settled.trust, head)) return {};
   return OutcomeOf(m_stream->Receive(), L"before the body was sent");
 }
 
@@ -100,10 +119,11 @@ HRESULT CurlIPPRequest::GetResponse(HTTPResponse** response) {
     }));
     m_stream.reset();
     m_sending.store(false);
-    const HRESULT result = CurlRequest::GetResponse(response);
-    return FAILED(result) && m_finished ? kAnswerLost : result;
+    m_wholeSent = m_finished;
   }
-  return CurlRequest::GetResponse(response);
+  const HRESULT result = CurlRequest::GetResponse(response);
+  const bool lost = response && std::exchange(m_wholeSent, false) && FAILED(result);
+  return lost ? kAnswerLost : result;
 }
 
 // `failure`: an error, or a response that came too early, whose status is the error then.

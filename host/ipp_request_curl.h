@@ -46,7 +46,13 @@ class CurlIPPRequest final : public CurlRequest, public TqHTTPRequestEx {
   bool IsSending() override { return m_sending.load(); }
   std::uint64_t GetSentBytes() override { return SentBytes().load(); }
 
+ protected:
+  ExchangeLimits Limits(const RequestSettings& settings,
+                        const DeviceSettings& device) const override;
+
  private:
+  // Of a body that may take any time in all.
+  static std::int64_t SilenceMs(const RequestSettings& settings, const DeviceSettings& device);
   Outcome OpenStream();
   HRESULT EndStream(Outcome failure);
   HRESULT OutOfOrder();
@@ -54,7 +60,9 @@ class CurlIPPRequest final : public CurlRequest, public TqHTTPRequestEx {
   std::optional<std::uint32_t> m_contentLength;
   std::unique_ptr<StreamedExchange> m_stream;  // from a good begin to the response or a failure
   bool m_finished = false;                     // its body
-  std::uint32_t m_streamError = 0;             // what ended it early
+  bool m_wholeSent =
+      false;  // the device may have acted on the body, whose response is not told yet
+  std::uint32_t m_streamError = 0;  // what ended it early
   std::atomic<bool> m_sending{false};
 };
 

@@ -18,7 +18,9 @@ struct NetworkOptions {
   std::map<std::uint32_t, std::uint32_t> portMap;  // port asked for -> port connected to
   std::set<std::uint32_t> tlsPorts = {443};  // ports, as asked for, that are spoken to with TLS
   std::string caFile;  // PEM certificates to trust instead of the system's; empty: the system's
-  bool verifyCertificates = true;          // chain and host name
+  bool verifyCertificates = true;  // chain and host name
+  std::string pinFile;  // UTF-8 path of the keys that devices are known by, see below; empty: none
+  bool secretsOverTlsOnly = false;         // a request without TLS goes without credentials
   std::uint32_t connectTimeoutMs = 5'000;  // one exchange's connecting
   std::uint32_t totalTimeoutMs = 30'000;   // one exchange in all, however slowly the device drips
   std::size_t maxResponseBytes = std::size_t{64}
@@ -41,15 +43,33 @@ struct NetworkOptions {
 // else; but for a streamed body, see below. A request that sets a password uses its own; any other
 // uses the address's, and without those a bare user name answers with an empty password.
 //
+// With `secretsOverTlsOnly`, a request without TLS goes without any user name and password, its
+// own or the address's, and without a header Authorization: the device's 401 is the response.
+//
+// With a `pinFile`, trust is by first use. The first key that a host and port show over TLS is
+// recorded there, and every later connection, of any program with this file, must show it; who
+// vouches for the certificate does not count, neither does `caFile` or `verifyCertificates`. The
+// first use makes one connection more, which carries nothing. Another key, a file that is broken or
+// larger than 1 MiB, or one that a new key cannot be written to fails the exchange with
+// kSecureFailure before a byte of the request has gone out, and GetLastFailure tells which line of
+// which file to remove. A line is "HOST:PORT sha256//BASE64": the host as given here, in lower case
+// (an IPv6 literal in brackets); the port connected to; the hash of the key as
+// CURLOPT_PINNEDPUBLICKEY takes it. Beside the file lies "FILE.lock", which writers lock, and for a
+// moment "FILE.new"; a lock that somebody keeps is a kTimeout.
+//
 // A redirect of a GET is followed, at most 5 times, when scheme, host and port stay; any other
-// redirect is the response. A body is sent a second time only after a 401.
+// redirect is the response. A body is sent again only after a 401, at most twice.
 //
 // CreateIPPHTTPRequest gives a request that is a TqHTTPRequestEx, too.
-// - Its SetOption is a limit in milliseconds. For an exchange in one piece, that in all, in place
-//   of `totalTimeoutMs`. For a streamed one, that of silence: how long one chunk may wait without
-//   the device taking a byte, and the response without one coming; without it, `totalTimeoutMs` is.
-//   A streamed document may take any time in all. The response is waited for, from GetResponse on,
-//   no longer in all than the longer of the two, however the device drips.
+// - Its SetOption is a limit in milliseconds. For a body of SetRequestData or none, that of the
+//   exchange in all, in place of `totalTimeoutMs`. For one of SendBody or a streamed one, that of
+//   silence: how long the body may wait without the device taking a byte, and the response without
+//   one coming (of its head, behind SendBody, a line); without it, `totalTimeoutMs` is. Such a
+//   document may take any time in all. The response is waited for, from GetResponse on or from the
+//   end of the body of SendBody, no longer in all than the longer of the two, however the device
+//   drips. SendBody ends up to a second later than these limits say. An error status that comes
+//   before the whole body of SendBody is out ends the sending; when the device resets the
+//   connection at once, kConnectionError may be seen in its place.
 // - A streamed exchange has a connection of its own, which is closed behind it. A failed step
 //   returns 0x8007 and the low half of GetLastError: kInvalidParameter for a verb other than POST
 //   and PUT, a body of SetRequestData, or not exactly one "Transfer-Encoding: chunked"; kOutOfOrder

@@ -39,9 +39,9 @@ std::shared_ptr<NetworkDevice> NetworkDevice::Create(const NetworkOptions& optio
 NetworkDevice::NetworkDevice(const NetworkOptions& options, std::string urlHost)
     : m_options(WithoutCredentials(options)),
       m_urlHost(std::move(urlHost)),
-      m_trust{options.verifyCertificates, options.caFile},
+      m_trust{options.verifyCertificates, options.caFile, options.pinFile, std::nullopt},
       m_settings{options.connectTimeoutMs, options.totalTimeoutMs, options.userName,
-                 options.password} {}
+                 options.password, options.secretsOverTlsOnly} {}
 
 std::uint32_t NetworkDevice::MappedPort(std::uint32_t port) const {
   const auto entry = m_options.portMap.find(port);

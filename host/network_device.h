@@ -14,12 +14,14 @@
 
 namespace Corvane::Host {
 
-// What may change while the address lives. A request takes it when its exchange begins.
+// What a request takes when its exchange begins. All but the last may change while the address
+// lives.
 struct DeviceSettings {
   std::uint32_t connectTimeoutMs = 0;
   std::uint32_t totalTimeoutMs = 0;
   std::wstring userName;
   std::wstring password;
+  bool secretsOverTlsOnly = false;
 };
 
 // Any thread.

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "host/error_codes.h"
+#include "host/time_remarks.h"
 
 namespace Corvane::Host {
 namespace {
@@ -50,8 +51,7 @@ bool StreamedExchange::Send(std::string_view bytes, std::atomic<std::uint64_t>* 
         break;
       case Step::kWait:
         if (Clock::now() >= end) {
-          return m_reader.Fail(kTimeout, L"the device took nothing for " +
-                                             std::to_wstring(m_limits.silenceMs) + L" ms");
+          return m_reader.Fail(kTimeout, NothingTaken(m_limits.silenceMs));
         }
         Pause(m_writable ? kRead : kReadWrite, end);
         break;
@@ -107,11 +107,9 @@ void StreamedExchange::ReceiveResponse() {
     if (step == Step::kMoved) silent = now + silence;
     if (m_reader.Done()) return;
     if (now >= end) {
-      m_reader.Fail(kTimeout,
-                    L"no whole response within " + std::to_wstring(m_limits.responseMs) + L" ms");
+      m_reader.Fail(kTimeout, NoWholeResponse(m_limits.responseMs));
     } else if (now >= silent) {
-      m_reader.Fail(kTimeout,
-                    L"the device was silent for " + std::to_wstring(m_limits.silenceMs) + L" ms");
+      m_reader.Fail(kTimeout, Silent(m_limits.silenceMs));
     } else if (step == Step::kWait) {
       Pause(kRead, std::min(silent, end));
     }

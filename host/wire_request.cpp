@@ -39,6 +39,16 @@ const wchar_t* TakeCredentials(const RequestSettings& settings, const DeviceSett
              : nullptr;
 }
 
+void DropSecrets(WireRequest* request) {
+  request->userName.clear();
+  request->password.clear();
+  std::erase_if(request->headers, [](const auto& header) {
+    const std::wstring name = Widen(header.first);
+    return EqualsIgnoreCase(name, L"authorization") ||
+           EqualsIgnoreCase(name, L"proxy-authorization");
+  });
+}
+
 // Null, or why this header cannot go out. The texts in UTF-8 on success.
 const wchar_t* CheckHeader(std::wstring_view name, std::wstring_view value,
                            std::pair<std::string, std::string>* header) {
@@ -68,6 +78,7 @@ const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSet
   }
   request->contentType = ToUtf8(settings.contentType);
   if (HasControl(request->contentType)) return L"a control character in a header";
+  if (device.secretsOverTlsOnly && !request->url.starts_with("https:")) DropSecrets(request);
   return nullptr;
 }
 

@@ -8,9 +8,9 @@
 
 namespace Corvane {
 
-// Of HTTPRequest::GetResponse after a whole chunked body: the device has taken every byte, and its
-// answer did not come, broke off or is none. It may have printed the document, so nobody should
-// send it again without asking. GetLastError tells what went wrong.
+// Of HTTPRequest::GetResponse after a whole body, chunked or of SendBody: the connection has taken
+// every byte, and the device's answer did not come, broke off or is none. It may have printed the
+// document, so nobody should send it again without asking. GetLastError tells what went wrong.
 constexpr HRESULT kAnswerLost = static_cast<HRESULT>(0x83E8F5FA);
 
 // Reached from an HTTPRequest by a checked dynamic cast. Operations with a counterpart in
@@ -51,8 +51,9 @@ class CORVANE_API TqHTTPRequestEx {
   virtual void SetHeader(const wchar_t* name, const wchar_t* value) = 0;  // host: replaces
   // As HTTPRequest::GetLastError; after a failed step of a streamed exchange, of that.
   virtual std::uint32_t GetLastError() = 0;  // host
-  // A whole body at once, `size` bytes, not copied: performs the exchange. GetResponse then gives
-  // the response, or its failure; GetLastError has that at once.
+  // A whole body at once, `size` bytes, not copied: performs the exchange. It may take any time, as
+  // long as the device takes bytes. GetResponse then gives the response, or the failure,
+  // kAnswerLost behind the whole body; GetLastError has the failure's code at once.
   virtual void SendBody(const void* data, std::uint32_t size) = 0;
   // Begins a chunked body: connects and sends the head. `context` comes back with each chunk.
   virtual HRESULT BeginChunkedSend(std::uintptr_t context) = 0;

@@ -130,6 +130,31 @@ TEST_F(RequestWire, CredentialsAnswerAChallengeAndNothingElse) {
   EXPECT_TRUE(requests[2].ends_with("\r\n\r\nbody")) << requests[2];
 }
 
+TEST_F(RequestWire, SecretsStayAtHomeWithoutTls) {
+  LoopbackServer server(LoopbackServer::AnswerEach(
+      "HTTP/1.1 401 No\r\nContent-Length: 0\r\nWWW-Authenticate: Basic realm=\"r\"\r\n\r\n"));
+  const std::function<void(HTTPRequest*)> kSettings[] = {
+      [](HTTPRequest* r) { r->SetPassword(L"secret"); },
+      [](HTTPRequest* r) { r->AddHeader(L"aUTHORIZATION", L"Bearer secret"); },
+      [](HTTPRequest* r) { r->AddHeader(L"Proxy-Authorization", L"Bearer secret"); },
+      [](HTTPRequest*) {}};
+  for (const bool only : {true, false}) {
+    Host::NetworkOptions options = LoopbackOptions(server.Port());
+    options.userName = L"admin";
+    options.password = L"secret";
+    options.secretsOverTlsOnly = only;
+    for (const auto& configure : kSettings) {
+      const std::size_t before = server.Requests().size();
+      const Exchanged seen = Exchange(NetworkDevice(options), L"/x", configure);
+      EXPECT_EQ(seen.status, 401U);
+      EXPECT_EQ(seen.failure.find(L"secret"), std::wstring::npos);
+      std::string sent;
+      for (std::size_t i = before; i < server.Requests().size(); ++i) sent += server.Requests()[i];
+      EXPECT_EQ(Has(sent, "uthorization:") || Has(sent, "UTHORIZATION:"), !only) << sent;
+    }
+  }
+}
+
 TEST_F(RequestWire, FollowsRedirectsWithinTheDeviceOnly) {
   const std::string other = "127.0.0.1:" + std::to_string(m_server.Port());
   const struct {

@@ -59,6 +59,28 @@ struct Streaming {
   TqHTTPRequestEx* extended = nullptr;
 };
 
+// POST /ipp, for a body of SendBody.
+struct OnePiece {
+  explicit OnePiece(const Owned<Address>& owner, std::uint32_t port = 631) : address(owner) {
+    HTTPRequest* made = nullptr;
+    EXPECT_EQ(address->CreateIPPHTTPRequest(&made, port), S_OK);
+    request.reset(made);
+    extended = dynamic_cast<TqHTTPRequestEx*>(made);
+    EXPECT_NE(extended, nullptr);
+    request->SetMethod(L"POST");
+    request->SetURI(L"/ipp");
+  }
+
+  void Send(std::string_view body) const {
+    extended->SendBody(body.data(), static_cast<std::uint32_t>(body.size()));
+  }
+  Exchanged Respond() const { return GetExchanged(address, request.get()); }
+
+  const Owned<Address>& address;
+  Owned<HTTPRequest> request;
+  TqHTTPRequestEx* extended = nullptr;
+};
+
 }  // namespace Corvane::Test
 
 #endif  // CORVANE_TESTS_HOST_STREAMING_H_
