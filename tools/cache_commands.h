@@ -5,18 +5,12 @@
 #include <string>
 
 #include "tools/cache_location.h"
-#include "tools/failure.h"
+#include "tools/command_result.h"
 
 namespace Corvane::Tool {
 
-// What a command prints, and how it ends. Problems are kCacheFailure.
-struct CommandResult {
-  ExitStatus status = kAllAnswered;
-  std::string output;
-  std::string problems;  // lines
-};
-
-// `specification` names a file, or is empty; the calling thread must hold COM. Throws Failure.
+// Both end with kCacheFailure when there are problems. `specification` names a file, or is empty;
+// the calling thread must hold COM. Throws Failure.
 CommandResult ShowCache(const CacheLocation& location, const std::string& specification, bool json);
 
 // Throws Failure.

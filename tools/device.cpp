@@ -18,7 +18,7 @@ namespace {
 constexpr std::string_view kRecordedPrefix = "recorded:";
 
 [[noreturn]] void RefuseDevice(std::string_view device, const std::string& text) {
-  throw Failure(kBadUsage, "--device " + EscapeText(device) + ": " + text);
+  throw Failure(kBadUsage, "device " + EscapeText(device) + ": " + text);
 }
 
 Ref<Address> OpenRecorded(const Options& options) {
@@ -53,11 +53,13 @@ Ref<Address> OpenOnNetwork(const Options& options) {
   network.portMap = given.portMap;
   network.tlsPorts.insert(given.tlsPorts.begin(), given.tlsPorts.end());
   network.caFile = given.caFile;
-  if (given.timeoutMs) {
-    network.totalTimeoutMs = *given.timeoutMs;
-    network.connectTimeoutMs = std::min(network.connectTimeoutMs, *given.timeoutMs);
+  const auto timeoutMs = given.timeoutMs ? given.timeoutMs : given.usualTimeoutMs;
+  if (timeoutMs) {
+    network.totalTimeoutMs = *timeoutMs;
+    network.connectTimeoutMs = std::min(network.connectTimeoutMs, *timeoutMs);
   }
-  network.snmp = SnmpOptionsOf(given.snmp, given.timeoutMs);
+  if (given.maxResponseBytes) network.maxResponseBytes = *given.maxResponseBytes;
+  network.snmp = SnmpOptionsOf(given.snmp, timeoutMs);
   Ref<Address> address(Host::CreateNetworkAddress(network));
   if (!address) RefuseDevice(options.device, "no such address");
   return address;
@@ -73,9 +75,10 @@ Ref<Address> OpenOnNetwork(const Options& options) {
 
 }  // namespace
 
+bool IsRecorded(const Options& options) { return options.device.starts_with(kRecordedPrefix); }
+
 Ref<Address> OpenDevice(const Options& options) {
-  if (options.device.starts_with(kRecordedPrefix)) return OpenRecorded(options);
-  return OpenOnNetwork(options);
+  return IsRecorded(options) ? OpenRecorded(options) : OpenOnNetwork(options);
 }
 
 }  // namespace Corvane::Tool

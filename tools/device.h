@@ -8,6 +8,8 @@
 
 namespace Corvane::Tool {
 
+bool IsRecorded(const Options& options);
+
 // Throws Failure with kBadUsage for an address that is none, a folder that is none, and options
 // that the kind of device does not have. Exchanges nothing with the device.
 Ref<Address> OpenDevice(const Options& options);

@@ -10,8 +10,8 @@ namespace Corvane::Tool {
 enum ExitStatus : int {
   kAllAnswered = 0,
   kSomeUnanswered = 1,
-  kBadUsage = 2,  // the command line, or a file named there that cannot be read
-  kNoDataMapFits = 3,
+  kBadUsage = 2,       // the command line, or a file named there that cannot be read
+  kNoAnswer = 3,       // no data map fits; of "jobs" and "probe" no answer from the device
   kSystemFailure = 4,  // no memory, or the output cannot be written
   kCacheFailure = 5,   // of "cache show" and "cache clear"
 };

@@ -13,9 +13,12 @@
 #include "tools/device.h"
 #include "tools/failure.h"
 #include "tools/handles.h"
+#include "tools/jobs.h"
 #include "tools/options.h"
 #include "tools/output_json.h"
 #include "tools/output_text.h"
+#include "tools/probe.h"
+#include "tools/probe_listing.h"
 #include "tools/session.h"
 #include "tools/specification.h"
 #include "tools/trace_printer.h"
@@ -104,10 +107,21 @@ ExitStatus RunQuery(const Options& options) {
   return PrintValues(options, session);
 }
 
-ExitStatus RunCacheCommand(const Options& options) {
-  const CommandResult result = options.command == Command::kCacheShow
-                                   ? ShowCache(*options.cache, options.specification, options.json)
-                                   : ClearCacheReporting(*options.cache);
+CommandResult ReportOf(const Options& options) {
+  switch (options.command) {
+    case Command::kProbe:
+      return ListFindings(Probe(options), options.json);
+    case Command::kJobs:
+      return ListJobs(options);
+    case Command::kCacheShow:
+      return ShowCache(*options.cache, options.specification, options.json);
+    default:
+      return ClearCacheReporting(*options.cache);
+  }
+}
+
+ExitStatus RunReport(const Options& options) {
+  const CommandResult result = ReportOf(options);
   std::cout << result.output;
   FlushOutput();
   PrintErrorLines(result.problems);
@@ -121,7 +135,7 @@ ExitStatus Run(int argc, const char* const* argv) {
   if (options->trace) trace.emplace(std::cerr);
   const ComInitialization com;
   const bool isQuery = options->command == Command::kGet || options->command == Command::kDump;
-  return isQuery ? RunQuery(*options) : RunCacheCommand(*options);
+  return isQuery ? RunQuery(*options) : RunReport(*options);
 }
 
 ExitStatus RunReporting(int argc, const char* const* argv) {

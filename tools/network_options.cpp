@@ -42,7 +42,7 @@ void NetworkOptionReader::AddTo(CLI::App& command) {
   command
       .add_option("--port", m_ports,
                   "connect to TO instead of the protocol's port FROM (QUARN 8080, WS 7627, "
-                  "PLSXML 80, SNMP 161)")
+                  "PLSXML 80, SNMP 161, IPP 631 and with TLS 443)")
       ->type_name("FROM=TO")
       ->allow_extra_args(false)
       ->group(kGroup);
@@ -59,7 +59,9 @@ void NetworkOptionReader::AddTo(CLI::App& command) {
                   "third of it each time")
       ->type_name("SECONDS")
       ->group(kGroup);
+}
 
+void NetworkOptionReader::AddSnmpTo(CLI::App& command) {
   const auto add = [&command](const char* name, std::string& value, const char* type,
                               const char* text) {
     command.add_option(name, value, text)->type_name(type)->group("SNMP");

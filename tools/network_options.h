@@ -14,6 +14,7 @@ class NetworkOptionReader {
  public:
   // The reader must outlive the parsing of `command`.
   void AddTo(CLI::App& command);
+  void AddSnmpTo(CLI::App& command);
 
   // What the arguments said, once they are parsed. Throws Failure with kBadUsage.
   NetworkArguments Take() const;

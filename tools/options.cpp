@@ -20,12 +20,14 @@ constexpr char kFooter[] =
     "  corvane get --device 192.0.2.7 --spec office-printer.xml \\\n"
     "      --cache 'registry:SOFTWARE\\Corvane' Model\n"
     "  corvane cache show --cache 'registry:SOFTWARE\\Corvane' --spec office-printer.xml\n"
+    "  corvane probe 192.0.2.7\n"
+    "  corvane jobs --device 192.0.2.7 --uri ipp://192.0.2.7/ipp/print --json\n"
     "\n"
     "Exit status:\n"
     "  0  every name has a value\n"
     "  1  some name has no value; the error stream says why\n"
     "  2  bad usage, or a file or printer named there that cannot be opened\n"
-    "  3  no data map of the specification fits the device\n"
+    "  3  no data map of the specification fits the device; \"probe\" and \"jobs\": no answer\n"
     "  4  the output cannot be written, or memory ran out\n"
     "  5  \"cache\" could not read or change the cache, or a part of it";
 
@@ -52,6 +54,18 @@ constexpr char kClearFooter[] =
     "Deletes the values of known protocols with a time in their .Expires, and the keys that are\n"
     "then empty. Everything else in the place stays, and is told.";
 
+constexpr char kProbeFooter[] =
+    "Prints a line for each of QUARN, WS, PLSXML, SNMP and IPP (at /ipp/print): protocol, port,\n"
+    "yes or no, model, serial number, UUID, name, and the state or what went wrong; \"-\" for "
+    "what\n"
+    "the device does not tell. All are asked at once, with 3 seconds for an exchange unless\n"
+    "--timeout says otherwise. Secrets of SNMP are taken as by \"get\".";
+
+constexpr char kJobsFooter[] =
+    "Prints a line for each job of the user: id, state, state reasons, name, user and URI; \"-\"\n"
+    "for what the printer does not tell. The connection is to port 631 of the device, with ipps\n"
+    "to 443, unless --uri or --port names another; the printer is told all of --uri.";
+
 void AddCacheOption(CLI::App& command, std::string& cache, const char* text) {
   command.add_option("--cache", cache, text)->type_name("CACHE");
 }
@@ -60,11 +74,16 @@ void AddSpecification(CLI::App& command, std::string& specification) {
   command.add_option("--spec", specification, "the data-map specification")->type_name("FILE");
 }
 
+void AddTrace(CLI::App& command, Options& options) {
+  command.add_flag("--trace", options.trace, "tell on the error stream what the library does");
+}
+
 void AddQueryOptions(CLI::App& command, Options& options, std::string& cache,
                      NetworkOptionReader& network) {
   command
       .add_option("--device", options.device,
-                  "the device: an IP address, a host name, or recorded:FOLDER")
+                  "the device: an IP address, a host name, or recorded:FOLDER (for an IPP data "
+                  "map an IP address)")
       ->type_name("ADDRESS")
       ->required();
   AddSpecification(command, options.specification);
@@ -73,9 +92,38 @@ void AddQueryOptions(CLI::App& command, Options& options, std::string& cache,
                  "keep values here, and answer fresh ones from here: registry:PATH (below "
                  "HKEY_LOCAL_MACHINE) or printer:NAME");
   command.add_flag("--json", options.json, "write one JSON object");
-  command.add_flag("--trace", options.trace, "tell on the error stream what the library does");
+  AddTrace(command, options);
   network.AddTo(command);
+  network.AddSnmpTo(command);
   command.footer(kQueryFooter);
+}
+
+void AddProbeOptions(CLI::App& command, Options& options, NetworkOptionReader& network) {
+  command
+      .add_option("ADDRESS", options.device,
+                  "the device: an IP address, a host name, or recorded:FOLDER")
+      ->type_name("")
+      ->required();
+  command.add_flag("--json", options.json, "write a JSON array of objects");
+  AddTrace(command, options);
+  network.AddTo(command);
+  network.AddSnmpTo(command);
+  command.footer(kProbeFooter);
+}
+
+void AddJobsOptions(CLI::App& command, Options& options, NetworkOptionReader& network) {
+  command.add_option("--device", options.device, "the device: an IP address or a host name")
+      ->type_name("ADDRESS")
+      ->required();
+  command
+      .add_option("--uri", options.printerUri, "the printer: ipp://HOST/PATH or ipps://HOST/PATH")
+      ->type_name("URI")
+      ->required();
+  command.add_option("--user", options.user, "whose jobs; yours unless given")->type_name("NAME");
+  command.add_flag("--completed", options.completed, "jobs that have ended, instead of the others");
+  command.add_flag("--json", options.json, "write a JSON array of objects");
+  network.AddTo(command);
+  command.footer(kJobsFooter);
 }
 
 }  // namespace
@@ -98,6 +146,12 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv) {
                  "what to read: an item's name, PREFIX:NAME, or NAME.002, a step of a walk")
       ->type_name("")
       ->required();
+
+  CLI::App& probe =
+      *app.add_subcommand("probe", "Tell which protocols a device answers, and as whom");
+  AddProbeOptions(probe, options, network);
+  CLI::App& jobs = *app.add_subcommand("jobs", "Print a user's jobs of an IPP printer");
+  AddJobsOptions(jobs, options, network);
 
   CLI::App& cache = *app.add_subcommand("cache", "Show or clear what a cache keeps");
   cache.require_subcommand(0, 1);
@@ -123,10 +177,12 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv) {
   if (cache.parsed() && !show.parsed() && !clear.parsed()) {
     ThrowUsage("cache: expected a command: show or clear");
   }
-  if (!get.parsed() && !dump.parsed() && !cache.parsed()) {
-    ThrowUsage("expected a command: get, dump or cache");
+  if (app.get_subcommands().empty()) {
+    ThrowUsage("expected a command: get, dump, probe, jobs or cache");
   }
   if (dump.parsed()) options.command = Command::kDump;
+  if (probe.parsed()) options.command = Command::kProbe;
+  if (jobs.parsed()) options.command = Command::kJobs;
   if (show.parsed()) options.command = Command::kCacheShow;
   if (clear.parsed()) options.command = Command::kCacheClear;
   options.network = network.Take();

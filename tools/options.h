@@ -2,6 +2,7 @@
 #ifndef CORVANE_TOOLS_OPTIONS_H_
 #define CORVANE_TOOLS_OPTIONS_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -14,7 +15,7 @@
 
 namespace Corvane::Tool {
 
-enum class Command { kGet, kDump, kCacheShow, kCacheClear };
+enum class Command { kGet, kDump, kProbe, kJobs, kCacheShow, kCacheClear };
 
 // How a device on the network is reached. Texts are UTF-8.
 struct NetworkArguments {
@@ -24,6 +25,11 @@ struct NetworkArguments {
   std::optional<std::uint32_t> timeoutMs;  // one exchange in all
   SnmpArguments snmp;
 
+  // Not of the command line: what a command itself settles.
+  std::optional<std::uint32_t> usualTimeoutMs;  // without `timeoutMs`, in place of the host's own
+  std::optional<std::size_t> maxResponseBytes;  // a longer body fails its exchange
+
+  // On the command line.
   bool AnyGiven() const {
     return !portMap.empty() || !tlsPorts.empty() || !caFile.empty() || timeoutMs.has_value() ||
            snmp.AnyGiven();
@@ -33,9 +39,12 @@ struct NetworkArguments {
 // Texts are UTF-8.
 struct Options {
   Command command = Command::kGet;
-  std::string device;              // of "get" and "dump"
-  std::string specification;       // empty only for "cache"
+  std::string device;              // of all but "cache"
+  std::string specification;       // of "get", "dump" and perhaps "cache show"
   std::vector<std::string> names;  // of "get"
+  std::string printerUri;          // of "jobs"
+  std::string user;                // of "jobs"; empty: who is logged in
+  bool completed = false;          // of "jobs"
   NetworkArguments network;
   std::optional<CacheLocation> cache;  // always of "cache"
   bool json = false;

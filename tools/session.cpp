@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "corvane/data_map_spec_collection.h"
+#include "corvane/ipp_data_item_spec.h"
+#include "corvane/ipp_provider.h"
 #include "corvane/mib_connection.h"
 #include "corvane/next_oid_data_item_spec.h"
 #include "corvane/static_data_item_spec.h"
@@ -41,14 +43,15 @@ Session::Session(Address& address, std::vector<DataMap> maps, ICacheProvider* ca
     problems += "\ndata map " + std::to_string(map.number) + " (" + LabelOf(map) + "): ";
     problems += WhyNotUsed(map);
   }
-  throw Failure(kNoDataMapFits, "no data map fits the device " +
-                                    EscapeText(TextOrEmpty(address.GetDisplayName())) + problems);
+  throw Failure(kNoAnswer, "no data map fits the device " +
+                               EscapeText(TextOrEmpty(address.GetDisplayName())) + problems);
 }
 
 bool Session::TryDataMap(DataMapSpec& map) {
   Ref<DataMapSpecCollection> specs(DataMapSpecCollection::CreateDataMapSpecCollection());
   if (!specs) throw std::bad_alloc();
   map.AddRef();  // the collection takes it over
+  SetLastError(0);
   specs->AddDataMapSpec(&map);
   return CreateDataCollectionFromDataMapSpecsCollection(&m_address, specs.Get(),
                                                         m_collection.Receive(), m_cache) == S_OK;
@@ -60,7 +63,7 @@ std::string Session::WhyNotUsed(const DataMap& map) const {
       return map.spec->GetProtocolType().empty() ? "no protocol"
                                                  : "this build has no protocol of that name";
     case DataMapTypeIPP:
-      return "this build has no provider for the protocol";
+      return WhyNoIpp();
     case DataMapTypeOID:
       return WhyNoSnmp();
     default:
@@ -75,6 +78,16 @@ std::string Session::WhyNoSnmp() const {
   Ref<MIBConnection> session;
   if (m_address.GetMIBConnection(session.Receive()) == E_NOTIMPL) return "the device has no SNMP";
   return failure.empty() ? "the device's SNMP agent describes no printer" : failure;
+}
+
+// The library asks port 631 first by a connection of its own, of which the address knows nothing.
+std::string Session::WhyNoIpp() const {
+  const DWORD error = GetLastError();
+  if (error == kIPPNotOnDevice) return "the device does not answer on port 631";
+  if (error == kIPPDeviceSilent)
+    return "the device is no IP address, or neither its port 631 nor 80 answers";
+  const std::string failure = LastFailureOf(m_address);
+  return failure.empty() ? "the device has no printer at the map's ResourceURI" : failure;
 }
 
 NamedValue Session::Query(const std::wstring& name) {
@@ -96,11 +109,13 @@ std::string Session::WhyNoValue(std::wstring_view name, HRESULT result) const {
   const std::wstring_view itemName =
       colon == std::wstring_view::npos ? name : name.substr(colon + 1);
   const Item* item = FindItem(itemName);
-  // Of a walk a name may have a step behind a dot.
-  if (!item && m_type == DataMapTypeOID) item = FindItem(itemName.substr(0, itemName.find(L'.')));
+  // Of a walk, and of an attribute with several values, a name may have a number behind a dot.
+  const bool hasNumbers = m_type == DataMapTypeOID || m_type == DataMapTypeIPP;
+  if (!item && hasNumbers) item = FindItem(itemName.substr(0, itemName.rfind(L'.')));
   if (!item) return "the data map has no such item";
   if (item->isStatic) return "a static item; its name is " + EscapeText(item->key);
-  return m_type == DataMapTypeOID ? WhyNoOidValue(*item, result) : WhyNoXmlValue(*item, result);
+  if (m_type == DataMapTypeOID) return WhyNoOidValue(*item, result);
+  return m_type == DataMapTypeIPP ? WhyNoIppValue() : WhyNoXmlValue(*item, result);
 }
 
 std::string Session::WhyNoXmlValue(const Item& item, HRESULT result) const {
@@ -123,6 +138,11 @@ std::string Session::WhyNoOidValue(const Item& item, HRESULT result) const {
          " numbers between dots";
 }
 
+std::string Session::WhyNoIppValue() const {
+  const std::string failure = LastFailureOf(m_address);
+  return failure.empty() ? "the printer has no such value" : failure;
+}
+
 std::vector<Session::Key> Session::Keys() const {
   std::vector<Key> keys;
   for (const Item& item : m_items) keys.push_back({item.key, item.isWalk});
@@ -136,8 +156,12 @@ std::wstring Session::StepKey(const std::wstring& walk, int step) {
 
 std::vector<Session::Item> Session::ItemsOf(DataMapSpec& map) {
   std::vector<Item> items;
+  // The parameters of an IPP map lie among its items, under this name.
+  const auto* const parameters =
+      dynamic_cast<const IPPDataItemSpec*>(map.GetDataItemSpec(L"IPPParams"));
   map.Begin();
   while (const NexoDataItem* const spec = map.GetNextDataItemSpec()) {
+    if (spec == parameters) continue;
     Item item;
     item.name = TextOrEmpty(spec->GetName());
     item.key = ItemKey(*spec);

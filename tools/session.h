@@ -31,7 +31,7 @@ class Session {
   // Tries the data maps in order, as the library does with a whole specification; but one by one,
   // which tells which one it took and what is wrong with the others. Exchanges data with the
   // device. `address` and `cache` must outlive the session; `cache` may be null, and gets the
-  // session's values when it goes. Throws Failure with kNoDataMapFits.
+  // session's values when it goes. Throws Failure with kNoAnswer.
   Session(Address& address, std::vector<DataMap> maps, ICacheProvider* cache);
 
   // May exchange data with the device.
@@ -61,10 +61,12 @@ class Session {
   bool TryDataMap(DataMapSpec& map);
   std::string WhyNotUsed(const DataMap& map) const;
   std::string WhyNoSnmp() const;
+  std::string WhyNoIpp() const;
   const Item* FindItem(std::wstring_view name) const;
   std::string WhyNoValue(std::wstring_view name, HRESULT result) const;
   std::string WhyNoXmlValue(const Item& item, HRESULT result) const;
   std::string WhyNoOidValue(const Item& item, HRESULT result) const;
+  std::string WhyNoIppValue() const;
 
   Address& m_address;
   ICacheProvider* const m_cache;

@@ -23,7 +23,7 @@ TEST(CommandLine, RefusesWhatItCannotUse) {
   const std::string spec = device.Specification();
   using Arguments = std::vector<std::string>;
   std::vector<std::pair<Arguments, std::string>> cases = {
-      {{}, "get, dump or cache"},
+      {{}, "get, dump, probe, jobs or cache"},
       {{"cache"}, "show or clear"},
       {{"cache", "show"}, "--cache"},
       {{"cache", "clear", "--cache", "registry:A", "--spec", spec}, "--spec"},
@@ -37,7 +37,19 @@ TEST(CommandLine, RefusesWhatItCannotUse) {
       {{"dump", "--device", device.Address(), "--spec", spec, "--snmp-user", "u"},
        "on the network"},
       {{"dump", "--device", "recorded:/no/where", "--spec", spec}, "folder"},
-      {{"dump", "--device", "http://h/", "--spec", spec}, "expected"}};
+      {{"dump", "--device", "http://h/", "--spec", spec}, "expected"},
+      {{"probe"}, "ADDRESS"},
+      {{"probe", "recorded:/no/where"}, "folder"},
+      {{"probe", device.Address(), "--timeout", "1"}, "on the network"},
+      {{"jobs", "--device", "h"}, "--uri"},
+      {{"jobs", "--device", device.Address(), "--uri", "ipp://h/p", "--user", "u"}, "recorded"},
+      {{"jobs", "--device", "h", "--uri", "ipp://h/p", "--user", std::string(256, 'u')}, "255"}};
+  for (const char* const uri :
+       {"", "http://h/p", "IPP://h/p", "ipp:/h/p", "ipp:///p", "ipp://:631/p", "ipp://u:p@h/p",
+        "ipp://h:0/p", "ipp://h:65536/p", "ipp://h:6x/p", "ipp://h:/p", "ipp://h/p#f", "ipp://h/ p",
+        "ipp://h/p\n", "ipp://h/\u00e4"}) {
+    cases.push_back({{"jobs", "--device", "h", "--uri", uri, "--user", "u"}, "expected ipp://"});
+  }
   const std::tuple<const char*, const char*, const char*> kOptions[] = {
       {"--port", "80", "FROM=TO"},         {"--port", "80=0", "1 to 65535"},
       {"--port", "65536=1", "1 to 65535"}, {"--tls", "4x", "--tls 4x"},

@@ -216,5 +216,13 @@ TEST(BadDevice, EndsInTimeWithACodeAndAMessage) {
   }
 }
 
+TEST(IppDevice, IsToldWhyItsNameDoesNotDo) {
+  const ProcessResult result = RunTool(
+      {"get", "--device", "localhost", "--spec", CORVANE_EXAMPLES "/ipp-printer.xml", "Model"});
+  EXPECT_EQ(result.exitStatus, 3);
+  EXPECT_NE(std::string::npos, result.error.find("data map 1 (IPP): the device is no IP address"))
+      << result.error;
+}
+
 }  // namespace
 }  // namespace Corvane::Test
