@@ -7,6 +7,8 @@
 //   Decode/...            ParseIPPContent with a new object; ippNew, ippReadIO, ippDelete
 //   DecodeAndRead/...     the same and 20 values by name, as VARIANTs and as std::strings: texts of
 //                         this decoder are made when somebody asks for them
+//   GetValue/corvane      those 20 by IPPProvider::GetValue, of a printer that has told them
+//   GetValue/libcups      ippFindAttribute and a std::string of each, of a decoded answer
 #include <benchmark/benchmark.h>
 #include <cups/ipp.h>
 
@@ -19,6 +21,7 @@
 
 #include "ipp/ipp_codes.h"
 #include "ipp/ipp_operations.h"
+#include "ipp/provider/ipp_provider_impl.h"
 
 namespace {
 
@@ -194,6 +197,31 @@ BENCHMARK_CAPTURE(CorvaneDecode, corvane, false)->Name("Decode/corvane");
 BENCHMARK_CAPTURE(CupsDecodes, libcups, false)->Name("Decode/libcups");
 BENCHMARK_CAPTURE(CorvaneDecode, corvane, true)->Name("DecodeAndRead/corvane");
 BENCHMARK_CAPTURE(CupsDecodes, libcups, true)->Name("DecodeAndRead/libcups");
+
+void CorvaneGetValue(benchmark::State& state) {
+  auto operations = std::make_unique<IPPOperations>(nullptr);
+  if (!Decode(Answer(), operations.get())) state.SkipWithError("no answer");
+  const auto provider = Corvane::RefPtr<Corvane::IPPProviderImpl>::Share(
+      new Corvane::IPPProviderImpl(nullptr, std::move(operations)));
+  for (auto _ : state) {
+    for (const char* name : kRead) {
+      _variant_t value;
+      if (provider->GetValue(name, &value) != S_OK) state.SkipWithError("a value is missing");
+      benchmark::DoNotOptimize(value);
+    }
+  }
+}
+void CupsGetValue(benchmark::State& state) {
+  const std::string answer = Answer();
+  const UniqueIpp ipp = CupsDecode(answer);
+  for (auto _ : state) {
+    for (const char* name : kRead) {
+      if (!CupsRead(ipp.get(), name)) state.SkipWithError("a value is missing");
+    }
+  }
+}
+BENCHMARK(CorvaneGetValue)->Name("GetValue/corvane");
+BENCHMARK(CupsGetValue)->Name("GetValue/libcups");
 
 }  // namespace
 

@@ -214,14 +214,20 @@ std::optional<std::string> AttributeMap::First(std::string_view name) const {
 }
 
 std::vector<std::string> AttributeMap::Values(std::string_view path) const {
-  const std::vector<std::string_view> names = Split(path);
-  const auto members = std::span<const std::string_view>(names).subspan(1);
+  const std::size_t dot = path.find('.');
+  const std::string_view name = path.substr(0, dot);
+  const auto members = dot == std::string_view::npos ? std::vector<std::string_view>()
+                                                     : Split(path.substr(dot + 1));
   std::vector<std::string> values;
-  if (names.front().empty()) return values;  // that of values before any name
+  if (name.empty()) return values;  // that of values before any name
   for (std::size_t i = 0; i < m_attributes.size(); ++i) {
-    if (Bytes(m_attributes[i].position, m_attributes[i].size) != names.front()) continue;
+    const Attribute& attribute = m_attributes[i];
+    if (attribute.size != name.size()) continue;
+    if (Bytes(attribute.position, attribute.size) != name) continue;
+    const auto entries = EntriesOf(i);
+    values.reserve(values.size() + entries.size());
     ValuePicker picker(members, &values);
-    for (const Entry& entry : EntriesOf(i)) {
+    for (const Entry& entry : entries) {
       switch (entry.kind) {
         case Kind::kSetStart:
           picker.SetStart();

@@ -60,6 +60,7 @@ std::int32_t ToInteger(const std::string& text) {
 
 _variant_t ArrayOf(const std::vector<std::string>& texts) {
   std::vector<UniqueBstr> converted;
+  converted.reserve(texts.size());
   for (const std::string& text : texts) converted.push_back(BstrFromUtf8(text));
   VARIANT array;
   VariantInit(&array);

@@ -48,10 +48,13 @@ std::vector<std::string> FirstValues(const IPPOperations& answer,
 HRESULT IPPProviderImpl::GetValue(const char* name, VARIANT* value) {
   TraceScope trace(L"Corvane::IPPProviderImpl::GetValue");
   if (!name) return E_FAIL;
-  for (const std::string& alternative : Alternatives(name)) {
+  std::string_view rest = name;
+  for (std::size_t separator; (separator = rest.find(kAlternative)) != std::string_view::npos;
+       rest.remove_prefix(separator + kAlternative.size())) {
+    const std::string alternative(rest.substr(0, separator));
     if (m_operations->GetValueFromIPPMap(alternative.c_str(), value)) return S_OK;
   }
-  return E_FAIL;
+  return m_operations->GetValueFromIPPMap(rest.data(), value) ? S_OK : E_FAIL;
 }
 
 std::vector<std::string> IPPProviderImpl::ValuesOf(const std::string& name) const {
