@@ -24,6 +24,7 @@ HRESULT Fail(DWORD error) {
 
 HRESULT IPPProviderImpl::CheckAuthorization(HTTPRequest* httpRequest, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPProviderImpl::CheckAuthorization");
+  StopPolling();  // a half-sent document goes
   m_jobOperations = std::make_unique<IPPOperations>(m_address.Get());
   if (m_jobOperations->SetResourceURI(Utf8(m_resourceUri).c_str()) != S_OK) {
     return Fail(kIPPPathTooShort);

@@ -137,6 +137,7 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
   Outcome EndJob(Outcome outcome);
 
   void StartPolling();
+  void StopPolling();
   void StartJobsThread();
   void ResumeJobsThread();
   void MarkJobEnded(DeviceEnd end);

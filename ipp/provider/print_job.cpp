@@ -15,6 +15,7 @@ constexpr wchar_t kPrintJob[] = L"Corvane::IPPProviderImpl::PrintJob";
 constexpr wchar_t kPrintJobWrite[] = L"Corvane::IPPProviderImpl::PrintJobWrite";
 
 constexpr DWORD kRefusedPrinterUri = 1280;
+constexpr DWORD kHttpUnauthorized = 401;
 constexpr DWORD kRetryMs = 2000;
 // A printer that stays busy, or full, so long is not going to print this.
 constexpr DWORD kMaxWaitMs = 3'600'000;
@@ -33,6 +34,12 @@ bool IsCancelled(IPPResponseBase* response) {
   const char* const reasons = response->GetJobStateReasons();
   return IsIn(response, "Canceled") ||
          (reasons && std::string_view(reasons).find("canceled") != std::string_view::npos);
+}
+
+// A printer may refuse before it has the document: then this is the HTTP status.
+DWORD ErrorOfChunk() {
+  const DWORD error = GetLastError();
+  return error == kHttpUnauthorized ? static_cast<DWORD>(IPPStatus::kNotAuthenticated) : error;
 }
 
 }  // namespace
@@ -60,7 +67,7 @@ HRESULT IPPProviderImpl::PrintJob(IPPRequestBase* request, IPPResponseBase* resp
 // What an earlier document left goes: a half-sent one is dropped with its connection.
 IPPProviderImpl::Outcome IPPProviderImpl::BeginJob(IPPRequestBase* request, const void* buffer,
                                                    std::int32_t length) {
-  if (m_jobsThread || m_printerStatusThread) StopAllThreadsRunning();
+  StopPolling();
   m_jobOperations = NewExchange();
   if (m_printerUri.empty()) return {E_FAIL, kRefusedPrinterUri};
   m_jobOperations->SetConnectionFlags(m_operations->ConnectionFlags());
@@ -109,10 +116,9 @@ IPPProviderImpl::Outcome IPPProviderImpl::BeginChunks(IPPRequestBase* request,
   HTTPResponse* answer = nullptr;
   if (FAILED(m_jobOperations->SendPrintJobRequest(&answer, request, true, length,
                                                   m_printReadyEvent.Get(), IsSecure()))) {
-    const DWORD error = GetLastError();
-    // A printer may refuse before it has the document.
-    const Outcome early = JudgeStatus(response);
-    return early.result == S_OK ? Outcome{E_FAIL, error} : early;
+    const DWORD error = ErrorOfChunk();
+    const Outcome refused = JudgeStatus(response);
+    return refused.result == S_OK ? Outcome{E_FAIL, error} : refused;
   }
   StartPolling();
   return {};
@@ -183,7 +189,7 @@ IPPProviderImpl::Outcome IPPProviderImpl::SendPiece(IPPRequestBase* request,
                                                      m_printReadyEvent.Get(), IsSecure()))) {
     return {};
   }
-  const DWORD error = GetLastError();
+  const DWORD error = ErrorOfChunk();
   Trace(kTraceInfo, kPrintJobWrite, L"Failed while sending chunk data");
   return DocumentIsCut(request, response, error);
 }
@@ -194,7 +200,7 @@ IPPProviderImpl::Outcome IPPProviderImpl::SendLastChunk(IPPRequestBase* request,
   const HRESULT sent = m_jobOperations->SendPrintJobRequest(&answer, request, true, 0,
                                                             m_printReadyEvent.Get(), IsSecure());
   if (sent == S_OK) return ReadAnswer(answer, request, response);
-  const DWORD error = GetLastError();
+  const DWORD error = ErrorOfChunk();
   Trace(kTraceInfo, kPrintJobWrite, L"Failed while sending last chunk data");
   if (sent == S_FALSE) return AnswerIsLost(request, response, error);
   if (sent == IPPStatus::kNotAuthenticated) return {E_FAIL, IPPStatus::kNotAuthenticated};
@@ -204,7 +210,7 @@ IPPProviderImpl::Outcome IPPProviderImpl::SendLastChunk(IPPRequestBase* request,
 // The printer has not got every byte, and will not.
 IPPProviderImpl::Outcome IPPProviderImpl::DocumentIsCut(IPPRequestBase* request,
                                                         IPPResponseBase* response, DWORD error) {
-  StopAllThreadsRunning();
+  StopPolling();
   const Outcome refused = JudgeStatus(response);
   if (refused.result != S_OK) return refused;
   const bool found = LookUpJob(request, response, false) == JobSearch::kFound;
@@ -247,7 +253,7 @@ IPPProviderImpl::Outcome IPPProviderImpl::JudgeStatus(IPPResponseBase* response)
 // The printer has every byte, and what it made of them is to be found out.
 IPPProviderImpl::Outcome IPPProviderImpl::AnswerIsLost(IPPRequestBase* request,
                                                        IPPResponseBase* response, DWORD error) {
-  StopAllThreadsRunning();
+  StopPolling();
   Trace(kTraceInfo, kPrintJobWrite, L"httpBase->GetResponse() failed try GetJobs");
   JobSearch search = LookUpJob(request, response, false);
   if (search != JobSearch::kFound) {
@@ -274,7 +280,7 @@ IPPProviderImpl::JobSearch IPPProviderImpl::LookUpJob(IPPRequestBase* request,
 
 // Every job ends here: its threads, its events and what is left of its request.
 IPPProviderImpl::Outcome IPPProviderImpl::EndJob(Outcome outcome) {
-  StopAllThreadsRunning();
+  StopPolling();
   m_jobOperations.reset();
   const DeviceEnd end = EndAtDevice();
   if (end == DeviceEnd::kCancelled) {

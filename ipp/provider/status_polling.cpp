@@ -176,6 +176,13 @@ void IPPProviderImpl::ResumeJobsThread() {
   StartJobsThread();
 }
 
+// Without threads nothing is stopped for good: the next job has both.
+void IPPProviderImpl::StopPolling() {
+  if (m_jobsThread || m_printerStatusThread) StopAllThreadsRunning();
+  m_printReadyEvent.Reset();
+  m_printStatusEvent.Reset();
+}
+
 void IPPProviderImpl::StopAllThreadsRunning() {
   TraceScope trace(L"Corvane::IPPProviderImpl::StopAllThreadsRunning");
   SetPrintReadyStatus();
