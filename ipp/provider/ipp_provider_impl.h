@@ -2,6 +2,7 @@
 #ifndef CORVANE_IPP_PROVIDER_IPP_PROVIDER_IMPL_H_
 #define CORVANE_IPP_PROVIDER_IPP_PROVIDER_IMPL_H_
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -146,7 +147,9 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
   const RefPtr<Address> m_address;
   const std::unique_ptr<IPPOperations> m_operations;  // holds the values of GetValue
   std::unique_ptr<IPPOperations> m_jobOperations;
-  std::uint32_t m_timeouts[3] = {kDefaultTimeoutMs, kDefaultTimeoutMs, kDefaultTimeoutMs};
+  // Connecting, sending, receiving; the polling threads read them, too.
+  std::atomic<std::uint32_t> m_timeouts[3] = {kDefaultTimeoutMs, kDefaultTimeoutMs,
+                                              kDefaultTimeoutMs};
   std::wstring m_resourceUri;
   std::wstring m_printerUri;  // empty when the provider was made from a path
   std::uint64_t m_fetchTime = 0;

@@ -117,7 +117,9 @@ std::unique_ptr<IPPOperations> IPPProviderImpl::NewExchange() const {
   auto exchange = std::make_unique<IPPOperations>(m_address.Get());
   exchange->SetResourceURI(Utf8(m_resourceUri).c_str());
   exchange->SetPrinterURI(m_printerUri.c_str());
-  exchange->SetTimeout(*std::max_element(std::begin(m_timeouts), std::end(m_timeouts)));
+  std::uint32_t longest = 0;
+  for (const auto& timeout : m_timeouts) longest = std::max(longest, timeout.load());
+  exchange->SetTimeout(longest);
   return exchange;
 }
 
