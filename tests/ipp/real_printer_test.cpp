@@ -8,9 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <regex>
 #include <sstream>
@@ -26,6 +24,7 @@
 #include "tests/ipp/decoded.h"
 #include "tests/support/hr.h"
 #include "tests/support/ippeveprinter.h"
+#include "tests/support/output_of.h"
 #include "tests/support/private_network.h"
 
 namespace Corvane::Test {
@@ -120,16 +119,6 @@ class RealPrinter : public ::testing::Test {
   RefPtr<IPPProviderImpl> m_provider;
   const RefPtr<IPPRequestBase> m_user = RefPtr<IPPRequestBase>::Adopt(CreateIPPRequest());
 };
-
-std::string OutputOf(const std::string& command) {
-  std::string output;
-  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), &pclose);
-  char block[4096];
-  for (std::size_t size; pipe && (size = fread(block, 1, sizeof(block), pipe.get())) > 0;) {
-    output.append(block, size);
-  }
-  return output;
-}
 
 // What our texts look like in the words of ipptool; empty for what the two say differently.
 std::string InItsWords(const std::string& name, const std::string& type, std::string text) {
