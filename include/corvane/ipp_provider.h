@@ -64,11 +64,11 @@ class IPPProvider : public Corvane::IDisposable {
   virtual HRESULT SendURI(IPPRequestBase* request, IPPResponseBase* response) = 0;
   // A job without documents; the request's job name must be there.
   virtual HRESULT CreateJob(IPPRequestBase* request, IPPResponseBase* response) = 0;
-  // Drops what of a document is not sent yet, and cancels the job at the request's job URI if the
-  // printer lists it among those of the requesting user that go on; else the one printed last
-  // through this provider; else the user's first. Its URI is the request's from then on. 0 when
-  // there was one, whatever the printer said to it, 1 when there was none. It is asked on port 631,
-  // an ipps printer too, but then without the authorization value.
+  // Drops what of a document is not sent yet, and cancels one of the requesting user's jobs that
+  // the printer lists as going on: the one at the request's job URI; else the one printed last
+  // through this provider; if it has printed none, the first. Its URI is the request's from then
+  // on. 0 when there was one, whatever the printer said to it, 1 when there was none. It is asked
+  // on port 631, an ipps printer too, but then without the authorization value.
   virtual HRESULT CancelJob(IPPRequestBase* request, IPPResponseBase* response) = 0;
   // Prints `length` bytes, copied. Not chunked, they are the document: the call ends with its
   // outcome. They are sent up to ten times, two seconds apart, to a printer that says it is busy.
@@ -84,9 +84,9 @@ class IPPProvider : public Corvane::IDisposable {
   virtual HRESULT PrintJob(IPPRequestBase* request, IPPResponseBase* response, const void* buffer,
                            std::int32_t length, bool chunked) = 0;
   // The next piece; one of 0 bytes ends the document, and the call gives its outcome. Waits while
-  // the printer's spool is full. Every result but 0 ends the job: without one, E_FAIL and 87. When
-  // the connection breaks, or the answer does not come, the job is looked up, and `response` tells
-  // what the printer lists.
+  // the printer's spool is full. Every result but 0 ends the job, but E_FAIL and 87 for bad
+  // arguments, which changes nothing, and when there is no job. When the connection breaks, or the
+  // answer does not come, the job is looked up, and `response` tells what the printer lists.
   virtual HRESULT PrintJobWrite(IPPRequestBase* request, IPPResponseBase* response,
                                 const void* buffer, std::int32_t length) = 0;
 

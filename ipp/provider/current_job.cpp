@@ -23,16 +23,18 @@ void CurrentJob::Begin(const char* user, const char* account, const char* name) 
   m_account = OrEmpty(account);
   m_name = OrEmpty(name);
   m_id.reset();
+  m_hasItsName = false;
 }
 
 void CurrentJob::Identify(std::int32_t id) {
   const std::lock_guard lock(m_lock);
   m_id = id;
+  m_hasItsName = true;
 }
 
-bool CurrentJob::IsIdentified() const {
+bool CurrentJob::HasBegun() const {
   const std::lock_guard lock(m_lock);
-  return m_id.has_value();
+  return m_begin.has_value();
 }
 
 const IPPJob* CurrentJob::FindIn(const std::vector<IPPJob>& jobs, std::string_view uri) {
@@ -50,12 +52,19 @@ const IPPJob* CurrentJob::FindIn(const std::vector<IPPJob>& jobs, std::string_vi
   for (const IPPJob& job : jobs) {
     if (CanBe(job) && (!best || rank(job) > rank(*best))) best = &job;
   }
-  if (best && best->id && !HasEnded(best->state)) m_id = best->id;
+  if (best && best->id && !HasEnded(best->state) && !(m_id && best->name != m_name)) {
+    m_id = best->id;
+    m_hasItsName = best->name == m_name;
+  }
   return best;
 }
 
 bool CurrentJob::CanBe(const IPPJob& job) const {
-  if (m_id && job.id) return *m_id == *job.id;
+  if (m_id && job.id) {
+    if (*m_id == *job.id) return true;
+    // A job of another name that was seen first may be another program's.
+    if (m_hasItsName || job.name != m_name) return false;
+  }
   if (!job.user.empty() && job.user != m_user && job.user != m_account) return false;
   if (!job.createdAt || !job.answeredAt) return true;
   const std::chrono::seconds age(std::int64_t{*job.answeredAt} - *job.createdAt);

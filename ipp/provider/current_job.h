@@ -28,11 +28,11 @@ class CurrentJob {
 
   // Before a job has begun, the first of the list. Then the one with the id, once that is known;
   // until then, of the owner's jobs that are no older than this one, the one of its name, the
-  // latest of several. A job that goes on is known by its id from then on. `uri` goes before all
-  // that; it may be empty. Null when it is not listed.
+  // latest of several. A job that goes on is known by its id from then on, one of another name
+  // until one of its name is listed. `uri` goes before all that; it may be empty. Null when it is
+  // not listed.
   const IPPJob* FindIn(const std::vector<IPPJob>& jobs, std::string_view uri);
-  // Whether the printer has told its id.
-  bool IsIdentified() const;
+  bool HasBegun() const;
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -45,6 +45,7 @@ class CurrentJob {
   std::string m_account;
   std::string m_name;
   std::optional<std::int32_t> m_id;
+  bool m_hasItsName = false;  // the job with the id, or the printer itself has told that
 };
 
 // "7" canceled, "8" aborted, "9" completed (RFC 8011, 5.3.7).

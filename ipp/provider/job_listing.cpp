@@ -75,8 +75,9 @@ HRESULT IPPProviderImpl::GetJobs(bool selectState) {
   }
   if (state.empty()) {
     trace.Message(kTraceInfo, L"value is empty");
-    // A job that went on and no longer does has ended: how is to be seen at once.
-    return !selectState && m_currentJob.IsIdentified() ? GetJobs(true) : S_FALSE;
+    // One being printed that does not go on may have ended: that is to be seen at once, not with
+    // the next poll.
+    return !selectState && m_currentJob.HasBegun() ? GetJobs(true) : S_FALSE;
   }
   trace.Message(kTraceInfo, L"Print Job state=%ls and JobstateReasons=%ls", state.c_str(),
                 reasons.c_str());

@@ -170,7 +170,7 @@ void IPPProviderImpl::StartJobsThread() {
 
 // The event is of all jobs of the system: when another one ends, this one's thread ends, too.
 void IPPProviderImpl::ResumeJobsThread() {
-  if (!m_jobsThread || GetPrintStatus() != 0) return;
+  if (!m_jobsThread || !m_printStatusEvent || GetPrintStatus() != 0) return;
   if (WaitForSingleObject(m_jobsThread.Get(), 0) != WAIT_OBJECT_0) return;
   ResetEvent(m_printStatusEvent.Get());
   StartJobsThread();

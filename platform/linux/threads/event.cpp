@@ -15,7 +15,8 @@ class Event final : public Waitable {
   Event(bool manualReset, bool signalled) : Waitable(signalled), m_manualReset(manualReset) {}
 
   void Reset() { m_signalled = false; }
-  void TakeSignal() override { m_signalled = m_manualReset; }
+  void TakeSignal() override { m_signalled = m_signalled && m_manualReset; }
+  bool ReleasesAll() const override { return m_manualReset; }
 
  private:
   const bool m_manualReset;

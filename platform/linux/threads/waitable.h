@@ -3,6 +3,7 @@
 #define CORVANE_PLATFORM_LINUX_THREADS_WAITABLE_H_
 
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 
 #include "platform/linux/misc/handle_table.h"
@@ -24,16 +25,23 @@ class Waitable : public HandleObject {
 
   explicit Waitable(bool signalled) : HandleObject(kKind), m_signalled(signalled) {}
 
-  // With the room's mutex held.
+  // All with the room's mutex held.
   bool IsSignalled() const { return m_signalled; }
   void Signal() {
     m_signalled = true;
+    ++m_signals;
     WaitingRoom::OfProcess().changed.notify_all();
   }
   virtual void TakeSignal() {}  // a wait has ended because of it
+  // Who waits is released by a signal, though that be reset before it wakes.
+  virtual bool ReleasesAll() const { return true; }
+  std::uint64_t Signals() const { return m_signals; }
 
  protected:
-  bool m_signalled;  // guarded by the room's mutex
+  bool m_signalled;  // guarded by the room's mutex, as all here
+
+ private:
+  std::uint64_t m_signals = 0;  // so far
 };
 
 }  // namespace Corvane

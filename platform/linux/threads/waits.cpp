@@ -9,7 +9,15 @@
 namespace Corvane {
 namespace {
 
-using Objects = std::vector<std::shared_ptr<Waitable>>;
+struct Waited {
+  std::shared_ptr<Waitable> object;
+  std::uint64_t signals = 0;  // that it had when the wait began
+
+  bool IsSignalled() const {
+    return object->IsSignalled() || (object->ReleasesAll() && object->Signals() != signals);
+  }
+};
+using Objects = std::vector<Waited>;
 
 DWORD Failed(DWORD error) {
   SetLastError(error);
@@ -21,22 +29,23 @@ DWORD FindSignalled(const Objects& objects, bool all) {
   const auto count = static_cast<DWORD>(objects.size());
   DWORD signalled = 0;
   for (DWORD i = 0; i < count; ++i) {
-    if (!objects[i]->IsSignalled()) continue;
+    if (!objects[i].IsSignalled()) continue;
     if (!all) {
-      objects[i]->TakeSignal();
+      objects[i].object->TakeSignal();
       return i;
     }
     ++signalled;
   }
   if (!all || signalled < count) return count;
-  for (const auto& object : objects) object->TakeSignal();
+  for (const Waited& each : objects) each.object->TakeSignal();
   return 0;
 }
 
-DWORD Wait(const Objects& objects, bool all, DWORD milliseconds) {
+DWORD Wait(Objects& objects, bool all, DWORD milliseconds) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   WaitingRoom& room = WaitingRoom::OfProcess();
   std::unique_lock lock(room.mutex);
+  for (Waited& each : objects) each.signals = each.object->Signals();
   const auto count = static_cast<DWORD>(objects.size());
   // Who only asks is not put to sleep, which even for no time costs more than 50 us.
   for (bool late = milliseconds == 0;;) {
@@ -81,8 +90,8 @@ DWORD WINAPI WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all
   const LSTATUS error = BehindWall([&]() -> LSTATUS {
     Corvane::Objects objects;
     for (DWORD i = 0; i < count; ++i) {
-      objects.push_back(HandleTable::OfProcess().Find<Waitable>(handles[i]));
-      if (!objects.back()) return ERROR_INVALID_HANDLE;
+      objects.push_back({HandleTable::OfProcess().Find<Waitable>(handles[i])});
+      if (!objects.back().object) return ERROR_INVALID_HANDLE;
     }
     result = Corvane::Wait(objects, all != FALSE, milliseconds);
     return ERROR_SUCCESS;
