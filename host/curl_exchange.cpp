@@ -111,8 +111,10 @@ std::size_t CurlExchange::ReadBody(char* out, std::size_t size) {
 }
 
 bool CurlExchange::RewindBody(std::int64_t offset) {
-  if (offset != 0 || (m_bodySent != 0 && m_collector.Result().status != kUnauthorized))
+  if (offset != 0 || (m_bodySent != 0 && m_collector.Result().status != kUnauthorized)) {
+    m_isCutOff = true;
     return false;
+  }
   const bool again = std::exchange(m_bodySent, 0) != 0;  // refused: nobody acted on it
   if (again && ++m_resends > kMaxResends) {
     return m_collector.Fail(kInvalidServerResponse,
@@ -122,6 +124,7 @@ bool CurlExchange::RewindBody(std::int64_t offset) {
 }
 
 std::size_t CurlExchange::BodySent() const {
+  if (m_isCutOff) return m_bodySent;
   curl_off_t taken = 0;
   curl_easy_getinfo(m_handle, CURLINFO_SIZE_UPLOAD_T, &taken);
   return std::min(m_bodySent, static_cast<std::size_t>(taken));

@@ -91,6 +91,9 @@ class CurlExchange {
   CurlList m_headerLines;
   CurlMessage m_message{};
   std::size_t m_bodySent = 0;  // taken by curl
+  // A kept connection broke behind the body, which is not sent again. curl counts from zero then,
+  // but the device may have it.
+  bool m_isCutOff = false;
   int m_resends = 0;
   // Of the last attempt.
   bool m_requested = false;                        // its head has gone out

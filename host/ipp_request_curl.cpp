@@ -20,7 +20,8 @@ CurlIPPRequest::CurlIPPRequest(std::shared_ptr<NetworkDevice> device,
 void CurlIPPRequest::SetOption(std::uint32_t option) { Settings().timeoutMs = option; }
 
 void CurlIPPRequest::SetOption(std::uintptr_t option) {
-  const bool isHostText = option == reinterpret_cast<std::uintptr_t>(Device().Host().c_str());
+  const bool isHostText =
+      option == reinterpret_cast<std::uintptr_t>(Device().AddressText().c_str());
   if (isHostText || option > std::numeric_limits<std::uint32_t>::max()) return;
   SetOption(static_cast<std::uint32_t>(option));
 }

@@ -15,6 +15,9 @@ namespace Corvane::Host {
 
 struct NetworkOptions {
   std::wstring host;  // an IP literal (IPv6 without brackets) or a host name
+  // What GetAddress tells: an IP literal of `host`, for who looks up no names; empty: `host`
+  // itself.
+  std::wstring addressText;
   std::map<std::uint32_t, std::uint32_t> portMap;  // port asked for -> port connected to
   std::set<std::uint32_t> tlsPorts = {443};  // ports, as asked for, that are spoken to with TLS
   std::string caFile;  // PEM certificates to trust instead of the system's; empty: the system's

@@ -17,7 +17,7 @@ class NetworkAddress final : public AddressBase {
   const char* GetTypeName() override { return "Corvane::Host::NetworkAddress"; }
 
   const wchar_t* GetDisplayName() override { return m_device->Host().c_str(); }
-  const wchar_t* GetAddress() override { return m_device->Host().c_str(); }
+  const wchar_t* GetAddress() override { return m_device->AddressText().c_str(); }
   std::uint32_t GetMappedPort(std::uint32_t port) override { return m_device->MappedPort(port); }
   void SetUserName(const wchar_t* userName) override { m_device->SetUserName(userName); }
   void SetPassword(const wchar_t* password) override { m_device->SetPassword(password); }

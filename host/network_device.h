@@ -32,6 +32,9 @@ class NetworkDevice {
   NetworkDevice(const NetworkOptions& options, std::string urlHost);
 
   const std::wstring& Host() const { return m_options.host; }
+  const std::wstring& AddressText() const {
+    return m_options.addressText.empty() ? m_options.host : m_options.addressText;
+  }
   std::uint32_t MappedPort(std::uint32_t port) const;
   // "http://127.0.0.1:8080", of a port as asked for.
   std::string OriginOf(std::uint32_t port) const;

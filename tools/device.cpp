@@ -9,6 +9,12 @@
 #include "tools/utf8.h"
 
 #if CORVANE_HOST_NETWORK
+#include <netdb.h>
+
+#include <chrono>
+#include <vector>
+
+#include "host/name_lookup.h"
 #include "host/network_address.h"
 #endif
 
@@ -46,6 +52,18 @@ std::string HostOf(const std::string& device) {
   return device;
 }
 
+std::wstring LiteralOf(const std::string& device, const std::string& host,
+                       std::uint32_t timeoutMs) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  const std::vector<Host::SocketAddress> found = Host::LookUp(host, 0, deadline);
+  char text[NI_MAXHOST];
+  if (found.empty() || getnameinfo(&found.front().any, sizeof(found.front()), text, sizeof(text),
+                                   nullptr, 0, NI_NUMERICHOST) != 0) {
+    RefuseDevice(device, "no such host is known");
+  }
+  return WideFromUtf8(text);
+}
+
 Ref<Address> OpenOnNetwork(const Options& options) {
   Host::NetworkOptions network;
   network.host = WideFromUtf8(HostOf(options.device));
@@ -53,6 +71,10 @@ Ref<Address> OpenOnNetwork(const Options& options) {
   network.portMap = given.portMap;
   network.tlsPorts.insert(given.tlsPorts.begin(), given.tlsPorts.end());
   network.caFile = given.caFile;
+  network.pinFile = given.trustFile;
+  network.secretsOverTlsOnly = given.secretsOverTlsOnly;
+  network.userName = WideFromUtf8(given.account);
+  network.password = WideFromUtf8(given.password);
   const auto timeoutMs = given.timeoutMs ? given.timeoutMs : given.usualTimeoutMs;
   if (timeoutMs) {
     network.totalTimeoutMs = *timeoutMs;
@@ -60,6 +82,10 @@ Ref<Address> OpenOnNetwork(const Options& options) {
   }
   if (given.maxResponseBytes) network.maxResponseBytes = *given.maxResponseBytes;
   network.snmp = SnmpOptionsOf(given.snmp, timeoutMs);
+  if (given.lookUpName) {
+    network.addressText =
+        LiteralOf(options.device, Utf8FromWide(network.host), network.connectTimeoutMs);
+  }
   Ref<Address> address(Host::CreateNetworkAddress(network));
   if (!address) RefuseDevice(options.device, "no such address");
   return address;

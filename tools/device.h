@@ -11,7 +11,8 @@ namespace Corvane::Tool {
 bool IsRecorded(const Options& options);
 
 // Throws Failure with kBadUsage for an address that is none, a folder that is none, and options
-// that the kind of device does not have. Exchanges nothing with the device.
+// that the kind of device does not have. Exchanges nothing with the device; of a name, no more than
+// `lookUpName` asks for is looked up.
 Ref<Address> OpenDevice(const Options& options);
 
 }  // namespace Corvane::Tool

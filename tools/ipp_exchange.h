@@ -12,6 +12,7 @@
 namespace Corvane::Tool {
 
 namespace IPPOperation {
+constexpr int kCancelJob = 0x08;
 constexpr int kGetJobs = 0x0A;
 constexpr int kGetPrinterAttributes = 0x0B;
 }  // namespace IPPOperation

@@ -75,4 +75,41 @@ const char* PrinterStateName(std::int32_t state) {
   return NameOf(kNames, state);
 }
 
+const char* ErrorStatusName(std::int32_t status) {
+  static constexpr const char* kClient[] = {"client-error-bad-request",
+                                            "client-error-forbidden",
+                                            "client-error-not-authenticated",
+                                            "client-error-not-authorized",
+                                            "client-error-not-possible",
+                                            "client-error-timeout",
+                                            "client-error-not-found",
+                                            "client-error-gone",
+                                            "client-error-request-entity-too-large",
+                                            "client-error-request-value-too-long",
+                                            "client-error-document-format-not-supported",
+                                            "client-error-attributes-or-values-not-supported",
+                                            "client-error-uri-scheme-not-supported",
+                                            "client-error-charset-not-supported",
+                                            "client-error-conflicting-attributes",
+                                            "client-error-compression-not-supported",
+                                            "client-error-compression-error",
+                                            "client-error-document-format-error",
+                                            "client-error-document-access-error"};
+  static constexpr const char* kServer[] = {
+      "server-error-internal-error",      "server-error-operation-not-supported",
+      "server-error-service-unavailable", "server-error-version-not-supported",
+      "server-error-device-error",        "server-error-temporary-error",
+      "server-error-not-accepting-jobs",  "server-error-busy",
+      "server-error-job-canceled",        "server-error-multiple-document-jobs-not-supported"};
+  constexpr std::int32_t kFirstClient = 0x0400;
+  constexpr std::int32_t kFirstServer = 0x0500;
+  const auto in = [status](const auto& names, std::int32_t first) -> const char* {
+    const std::int32_t index = status - first;
+    return index >= 0 && index < static_cast<std::int32_t>(std::size(names)) ? names[index]
+                                                                             : nullptr;
+  };
+  const char* const client = in(kClient, kFirstClient);
+  return client ? client : in(kServer, kFirstServer);
+}
+
 }  // namespace Corvane::Tool

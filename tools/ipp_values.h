@@ -25,6 +25,8 @@ std::optional<std::int32_t> NumberOf(const IPPAttribute* attribute);
 // state.
 const char* JobStateName(std::int32_t state);
 const char* PrinterStateName(std::int32_t state);
+// "server-error-busy" for 0x0507 (RFC 8011, appendix B); null for a success, and unknown ones.
+const char* ErrorStatusName(std::int32_t status);
 
 }  // namespace Corvane::Tool
 

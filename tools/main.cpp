@@ -10,6 +10,7 @@
 
 #include "tools/cache.h"
 #include "tools/cache_commands.h"
+#include "tools/cancel.h"
 #include "tools/device.h"
 #include "tools/failure.h"
 #include "tools/handles.h"
@@ -17,6 +18,7 @@
 #include "tools/options.h"
 #include "tools/output_json.h"
 #include "tools/output_text.h"
+#include "tools/print.h"
 #include "tools/probe.h"
 #include "tools/probe_listing.h"
 #include "tools/session.h"
@@ -113,6 +115,10 @@ CommandResult ReportOf(const Options& options) {
       return ListFindings(Probe(options), options.json);
     case Command::kJobs:
       return ListJobs(options);
+    case Command::kPrint:
+      return PrintDocument(options);
+    case Command::kCancel:
+      return CancelUserJob(options);
     case Command::kCacheShow:
       return ShowCache(*options.cache, options.specification, options.json);
     default:

@@ -4,6 +4,7 @@
 
 #include "tools/failure.h"
 #include "tools/network_options.h"
+#include "tools/print_options.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -22,14 +23,21 @@ constexpr char kFooter[] =
     "  corvane cache show --cache 'registry:SOFTWARE\\Corvane' --spec office-printer.xml\n"
     "  corvane probe 192.0.2.7\n"
     "  corvane jobs --device 192.0.2.7 --uri ipp://192.0.2.7/ipp/print --json\n"
+    "  corvane print --uri ipp://192.0.2.7/ipp/print --copies 2 report.pdf\n"
+    "  corvane cancel --uri ipp://192.0.2.7/ipp/print 17\n"
     "\n"
     "Exit status:\n"
     "  0  every name has a value\n"
     "  1  some name has no value; the error stream says why\n"
     "  2  bad usage, or a file or printer named there that cannot be opened\n"
-    "  3  no data map of the specification fits the device; \"probe\" and \"jobs\": no answer\n"
+    "  3  no data map of the specification fits the device; \"probe\", \"jobs\" and \"cancel\": "
+    "no\n"
+    "     answer, or no such job\n"
     "  4  the output cannot be written, or memory ran out\n"
-    "  5  \"cache\" could not read or change the cache, or a part of it";
+    "  5  \"cache\" could not read or change the cache, or a part of it\n"
+    "  6  \"print\": cancelled, here or at the printer\n"
+    "  7  \"print\": not printed; \"cancel\": the printer did not cancel the job\n"
+    "  8  \"print\": perhaps printed: printing it again may print it twice";
 
 constexpr char kQueryFooter[] =
     "A cache that cannot be read or written is told on the error stream and costs no answer.\n"
@@ -153,6 +161,11 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv) {
   CLI::App& jobs = *app.add_subcommand("jobs", "Print a user's jobs of an IPP printer");
   AddJobsOptions(jobs, options, network);
 
+  CLI::App& print = *app.add_subcommand("print", "Print a document on an IPP printer");
+  AddPrintOptions(print, options, network);
+  CLI::App& cancel = *app.add_subcommand("cancel", "Cancel a user's job of an IPP printer");
+  AddCancelOptions(cancel, options, network);
+
   CLI::App& cache = *app.add_subcommand("cache", "Show or clear what a cache keeps");
   cache.require_subcommand(0, 1);
   CLI::App& show = *cache.add_subcommand("show", "Print the values of a cache and their age");
@@ -178,11 +191,13 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv) {
     ThrowUsage("cache: expected a command: show or clear");
   }
   if (app.get_subcommands().empty()) {
-    ThrowUsage("expected a command: get, dump, probe, jobs or cache");
+    ThrowUsage("expected a command: get, dump, probe, jobs, print, cancel or cache");
   }
   if (dump.parsed()) options.command = Command::kDump;
   if (probe.parsed()) options.command = Command::kProbe;
   if (jobs.parsed()) options.command = Command::kJobs;
+  if (print.parsed()) options.command = Command::kPrint;
+  if (cancel.parsed()) options.command = Command::kCancel;
   if (show.parsed()) options.command = Command::kCacheShow;
   if (clear.parsed()) options.command = Command::kCacheClear;
   options.network = network.Take();

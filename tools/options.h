@@ -15,7 +15,17 @@
 
 namespace Corvane::Tool {
 
-enum class Command { kGet, kDump, kProbe, kJobs, kCacheShow, kCacheClear };
+enum class Command { kGet, kDump, kProbe, kJobs, kPrint, kCancel, kCacheShow, kCacheClear };
+
+// What "print" prints, and how. What is not given is the printer's to choose.
+struct PrintArguments {
+  std::string file;  // "-" is the input
+  std::string jobName;
+  std::int32_t copies = 0;
+  std::string sides;
+  std::string color;
+  bool chunked = false;
+};
 
 // How a device on the network is reached. Texts are UTF-8.
 struct NetworkArguments {
@@ -28,6 +38,11 @@ struct NetworkArguments {
   // Not of the command line: what a command itself settles.
   std::optional<std::uint32_t> usualTimeoutMs;  // without `timeoutMs`, in place of the host's own
   std::optional<std::size_t> maxResponseBytes;  // a longer body fails its exchange
+  bool lookUpName = false;  // the address tells an IP literal, as printing needs
+  std::string trustFile;    // keys that printers are known by, see Host::NetworkOptions::pinFile
+  bool secretsOverTlsOnly = false;
+  std::string account;  // credentials of the exchanges
+  std::string password;
 
   // On the command line.
   bool AnyGiven() const {
@@ -39,12 +54,17 @@ struct NetworkArguments {
 // Texts are UTF-8.
 struct Options {
   Command command = Command::kGet;
-  std::string device;              // of all but "cache"
+  std::string device;              // of all but "cache"; of "print" and "cancel" perhaps
   std::string specification;       // of "get", "dump" and perhaps "cache show"
   std::vector<std::string> names;  // of "get"
-  std::string printerUri;          // of "jobs"
-  std::string user;                // of "jobs"; empty: who is logged in
+  std::string printerUri;          // of "jobs", "print" and "cancel", as the next
+  std::string user;                // empty: who is logged in
   bool completed = false;          // of "jobs"
+  PrintArguments print;
+  std::optional<std::int32_t> jobId;  // of "cancel"
+  std::string trustFile;              // of "print" and "cancel", as the next two
+  std::string account;
+  std::string secretsFile;  // its password
   NetworkArguments network;
   std::optional<CacheLocation> cache;  // always of "cache"
   bool json = false;

@@ -52,6 +52,10 @@ PrinterUri ParsePrinterUri(const std::string& text) {
   }
   // A user name would go to the printer within the URI, and to its log.
   if (authority.empty() || authority.find('@') != std::string_view::npos) Refuse(text);
+  uri.host = authority;
+  if (authority.starts_with('[') && authority.ends_with(']')) {
+    uri.host = authority.substr(1, authority.size() - 2);
+  }
   return uri;
 }
 

@@ -10,9 +10,12 @@ namespace Corvane::Tool {
 
 struct PrinterUri {
   std::string text;
+  std::string host;                   // without the brackets of an IPv6 literal
   std::uint32_t servicePort = 0;      // as the library asks for it: 631, or 443 of an ipps URI
   std::optional<std::uint32_t> port;  // that stands in the URI
   std::string path;                   // with the query; "/" when there is none
+
+  bool IsSecure() const { return text.starts_with("ipps:"); }
 };
 
 // "ipp://192.0.2.7/ipp/print". Throws Failure with kBadUsage.

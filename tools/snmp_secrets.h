@@ -17,10 +17,8 @@ struct SnmpSecrets {
 // variable counts as absent.
 SnmpSecrets SecretsOfEnvironment();
 
-// Lines "community = TEXT", "auth-passphrase = TEXT", "priv-passphrase = TEXT" in UTF-8; blanks
-// around a text do not belong to it; empty lines and lines that begin with # say nothing. Throws
-// Failure with kBadUsage, which tells the line and nothing of what stands there: for a file that
-// others may read or write, one that is too long, an unknown or repeated word, a missing text.
+// Lines "community = TEXT", "auth-passphrase = TEXT", "priv-passphrase = TEXT"; see ReadSecretFile,
+// whose failure it throws.
 SnmpSecrets SecretsOfFile(const std::string& path);
 
 }  // namespace Corvane::Tool

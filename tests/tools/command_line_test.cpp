@@ -23,7 +23,7 @@ TEST(CommandLine, RefusesWhatItCannotUse) {
   const std::string spec = device.Specification();
   using Arguments = std::vector<std::string>;
   std::vector<std::pair<Arguments, std::string>> cases = {
-      {{}, "get, dump, probe, jobs or cache"},
+      {{}, "get, dump, probe, jobs, print, cancel or cache"},
       {{"cache"}, "show or clear"},
       {{"cache", "show"}, "--cache"},
       {{"cache", "clear", "--cache", "registry:A", "--spec", spec}, "--spec"},
@@ -50,6 +50,37 @@ TEST(CommandLine, RefusesWhatItCannotUse) {
         "ipp://h/p\n", "ipp://h/\u00e4"}) {
     cases.push_back({{"jobs", "--device", "h", "--uri", uri, "--user", "u"}, "expected ipp://"});
   }
+  const std::string uri = "ipp://192.0.2.7/ipp/print";
+  const std::tuple<const char*, Arguments, std::string> kPrinting[] = {
+      {"print", {"--uri", uri}, "FILE"},
+      {"print", {spec}, "--uri"},
+      {"print", {spec, "--uri", "http://h/p"}, "expected ipp://"},
+      {"print", {spec, "--uri", "ipp://h:8631/p"}, "say --port 631=8631"},
+      {"print", {spec, "--uri", uri, "--copies", "0"}, "--copies"},
+      {"print", {spec, "--uri", uri, "--copies", "10000"}, "--copies"},
+      {"print", {spec, "--uri", uri, "--sides", "both"}, "--sides"},
+      {"print", {spec, "--uri", uri, "--color", "red"}, "--color"},
+      {"print", {"/no/where", "--uri", uri}, "no such file"},
+      {"print", {"/", "--uri", uri}, "is a folder"},
+      {"print", {spec, "--uri", uri, "--device", device.Address()}, "recorded"},
+      {"print", {spec, "--uri", uri, "--job-name", std::string(256, 'n')}, "255"},
+      {"print", {spec, "--uri", uri, "--account", "a"}, "with ipps:// only"},
+      {"print", {spec, "--uri", "ipps://h/p", "--account", "a"}, "set CORVANE_PASSWORD"},
+      {"print", {spec, "--uri", uri, "--secrets", "f"}, "--secrets is for"},
+      {"print", {spec, "--uri", uri, "--timeout", "0"}, "seconds"},
+      {"cancel", {"1"}, "--uri"},
+      {"cancel", {"0", "--uri", uri}, "JOB-ID"},
+      {"cancel", {"x", "--uri", uri}, "JOB-ID"},
+      {"cancel", {"--uri", uri, "--device", device.Address()}, "recorded"}};
+  for (const auto& [command, more, complaint] : kPrinting) {
+    Arguments arguments = {command, "--user", "u"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    cases.emplace_back(std::move(arguments), complaint);
+  }
+#if !CORVANE_HOST_NETWORK
+  cases.push_back({{"print", spec, "--uri", uri, "--user", "u"}, "recorded devices only"});
+  cases.push_back({{"cancel", "--uri", uri, "--user", "u"}, "recorded devices only"});
+#endif
   const std::tuple<const char*, const char*, const char*> kOptions[] = {
       {"--port", "80", "FROM=TO"},         {"--port", "80=0", "1 to 65535"},
       {"--port", "65536=1", "1 to 65535"}, {"--tls", "4x", "--tls 4x"},

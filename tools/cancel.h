@@ -1,0 +1,17 @@
+// "corvane cancel".
+#ifndef CORVANE_TOOLS_CANCEL_H_
+#define CORVANE_TOOLS_CANCEL_H_
+
+#include "tools/command_result.h"
+#include "tools/options.h"
+
+namespace Corvane::Tool {
+
+// Cancels the job given, or the first that goes on, if the printer lists it as the user's. Throws
+// Failure: kBadUsage; kNoAnswer when there is no such job or no answer; kNotPrinted when the
+// printer refuses.
+CommandResult CancelUserJob(const Options& options);
+
+}  // namespace Corvane::Tool
+
+#endif  // CORVANE_TOOLS_CANCEL_H_

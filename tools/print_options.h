@@ -1,0 +1,18 @@
+// The part of the command line that is of "print" and "cancel".
+#ifndef CORVANE_TOOLS_PRINT_OPTIONS_H_
+#define CORVANE_TOOLS_PRINT_OPTIONS_H_
+
+#include <CLI/CLI.hpp>
+
+#include "tools/network_options.h"
+#include "tools/options.h"
+
+namespace Corvane::Tool {
+
+// `options` and `network` must outlive the parsing.
+void AddPrintOptions(CLI::App& command, Options& options, NetworkOptionReader& network);
+void AddCancelOptions(CLI::App& command, Options& options, NetworkOptionReader& network);
+
+}  // namespace Corvane::Tool
+
+#endif  // CORVANE_TOOLS_PRINT_OPTIONS_H_
