@@ -216,8 +216,8 @@ std::optional<std::string> AttributeMap::First(std::string_view name) const {
 std::vector<std::string> AttributeMap::Values(std::string_view path) const {
   const std::size_t dot = path.find('.');
   const std::string_view name = path.substr(0, dot);
-  const auto members = dot == std::string_view::npos ? std::vector<std::string_view>()
-                                                     : Split(path.substr(dot + 1));
+  const auto members =
+      dot == std::string_view::npos ? std::vector<std::string_view>() : Split(path.substr(dot + 1));
   std::vector<std::string> values;
   if (name.empty()) return values;  // that of values before any name
   for (std::size_t i = 0; i < m_attributes.size(); ++i) {
