@@ -277,7 +277,7 @@ void Watch(benchmark::State& state) {
   for (auto _ : state) state.counters["cpu_percent"] = Number(state, "--watch");
 }
 
-BENCHMARK(Print)->Arg(4096)->Arg(64 << 10)->Arg(1 << 20)->UseRealTime()->Unit(
+BENCHMARK(Print)->Arg(4096)->Arg(64 << 10)->Arg(256 << 10)->Arg(1 << 20)->UseRealTime()->Unit(
     benchmark::kMillisecond);
 BENCHMARK(Ipptool)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Watch)->Iterations(1)->Repetitions(1)->UseRealTime()->Unit(benchmark::kSecond);
