@@ -88,8 +88,8 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
   std::uint32_t GetPrintStatus();
   std::uint32_t GetbPrinteStatusThreadPoll();
   void SetPrintReadyStatus();  // no more polling of the printer, ever
-  HANDLE GetPrintStatusEventHandle() const { return m_printStatusEvent.Get(); }
-  HANDLE GetPrintReadyStatusEventHandle() const { return m_printReadyEvent.Get(); }
+  HANDLE GetPrintStatusEventHandle() const;
+  HANDLE GetPrintReadyStatusEventHandle() const;
   // Milliseconds; less when the polling of the printer is to end.
   void PauseBetweenPolls(std::uint32_t milliseconds) const;
   // Ends and joins the polling threads, which takes one exchange at most, and closes the events.

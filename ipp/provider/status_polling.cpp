@@ -52,9 +52,10 @@ void PollPrinter(IPPProviderImpl* provider, HANDLE ready, const TraceScope& trac
 unsigned __stdcall GetJobsPollingThread(void* argument) {
   TraceScope trace(L"Corvane::GetJobsPollingThread");
   auto* const provider = static_cast<IPPProviderImpl*>(argument);
-  if (!provider || !provider->GetPrintStatusEventHandle()) return 1;
+  const HANDLE ended = provider ? provider->GetPrintStatusEventHandle() : nullptr;
+  if (!ended) return 1;
   try {
-    PollJobs(provider, provider->GetPrintStatusEventHandle(), trace);
+    PollJobs(provider, ended, trace);
   } catch (...) {
     // No memory: the job goes on unwatched, and its answer tells how it ended.
   }
@@ -64,9 +65,10 @@ unsigned __stdcall GetJobsPollingThread(void* argument) {
 unsigned __stdcall GetPrinterStatusPollingThread(void* argument) {
   TraceScope trace(L"Corvane::GetPrinterStatusPollingThread");
   auto* const provider = static_cast<IPPProviderImpl*>(argument);
-  if (!provider || !provider->GetPrintReadyStatusEventHandle()) return 1;
+  const HANDLE ready = provider ? provider->GetPrintReadyStatusEventHandle() : nullptr;
+  if (!ready) return 1;
   try {
-    PollPrinter(provider, provider->GetPrintReadyStatusEventHandle(), trace);
+    PollPrinter(provider, ready, trace);
   } catch (...) {
     // As above.
   }
@@ -111,6 +113,16 @@ void IPPProviderImpl::SetPrintReadyStatus() {
     m_pollPrinterStatus = 0;
   }
   if (m_pollingEndEvent) SetEvent(m_pollingEndEvent.Get());
+}
+
+HANDLE IPPProviderImpl::GetPrintStatusEventHandle() const {
+  TraceScope trace(L"Corvane::IPPProviderImpl::GetPrintStatusEventHandle");
+  return m_printStatusEvent.Get();
+}
+
+HANDLE IPPProviderImpl::GetPrintReadyStatusEventHandle() const {
+  TraceScope trace(L"Corvane::IPPProviderImpl::GetPrintReadyStatusEventHandle");
+  return m_printReadyEvent.Get();
 }
 
 void IPPProviderImpl::PauseBetweenPolls(std::uint32_t milliseconds) const {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <random>
 
 #include "core/text.h"
@@ -24,6 +25,19 @@ std::string Document(std::size_t size) {
   std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random() >> 8); });
   return bytes;
 }
+
+// When the program ends, the set of live objects reports those that are left; the test fails then.
+class LeakReport : public ::testing::Environment {
+ public:
+  void TearDown() override {
+    SetTraceSink(
+        [](void*, const TraceEvent* event) {
+          std::fprintf(stderr, "%s\n", Narrow(event->message).c_str());
+        },
+        nullptr, kTraceSevere);
+  }
+};
+const auto* const g_leakReport = ::testing::AddGlobalTestEnvironment(new LeakReport);
 
 TEST_F(PrintFlowTest, EveryDocumentHasTheOutcomeThatThePrinterGaveIt) {
   enum Way { kWhole, kChunked };
