@@ -72,6 +72,8 @@ class IPPProvider : public Corvane::IDisposable {
   virtual HRESULT CancelJob(IPPRequestBase* request, IPPResponseBase* response) = 0;
   // Prints `length` bytes, copied. Not chunked, they are the document: the call ends with its
   // outcome. They are sent up to ten times, two seconds apart, to a printer that says it is busy.
+  // When it has taken them, its lists of jobs are asked how the job fares, again after two seconds
+  // when it is in none of them; `response` then tells what is listed.
   //
   // Chunked, they are its first piece, of any size. The call waits until the printer is idle; then
   // PrintJobWrite sends the rest, while two threads watch: one asks every second how the job fares,

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/critical_section.h"
@@ -119,6 +120,9 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
   // A fresh exchange with the resource, the URI and the time-out of this provider.
   std::unique_ptr<IPPOperations> NewExchange() const;
 
+  // GetJobs of the job at `uri`; of the one being printed when that is empty.
+  HRESULT FindJob(IPPRequestBase* request, IPPResponseBase* response, bool selectState,
+                  std::string_view uri);
   HRESULT RunJobOperation(int operation, IPPRequestBase* request, IPPResponseBase* response,
                           bool secure);
 
@@ -134,6 +138,7 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
   Outcome JudgeStatus(IPPResponseBase* response);
   Outcome AnswerIsLost(IPPRequestBase* request, IPPResponseBase* response, DWORD error);
   Outcome DocumentIsCut(IPPRequestBase* request, IPPResponseBase* response, DWORD error);
+  Outcome Confirm(IPPRequestBase* request, IPPResponseBase* response);
   JobSearch LookUpJob(IPPRequestBase* request, IPPResponseBase* response, bool again);
   Outcome EndJob(Outcome outcome);
 

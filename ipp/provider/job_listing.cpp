@@ -18,6 +18,12 @@ const char* StateAttribute(bool selectState) {
 
 HRESULT IPPProviderImpl::GetJobs(IPPRequestBase* request, IPPResponseBase* response,
                                  bool selectState) {
+  const char* const uri = request ? request->GetJobURI() : nullptr;
+  return FindJob(request, response, selectState, uri ? uri : "");
+}
+
+HRESULT IPPProviderImpl::FindJob(IPPRequestBase* request, IPPResponseBase* response,
+                                 bool selectState, std::string_view uri) {
   TraceScope trace(L"Corvane::IPPProviderImpl::GetJobs");
   if (!request || !request->GetRequestingUserName()) return E_FAIL;
   const std::unique_ptr<IPPOperations> exchange = NewExchange();
@@ -35,8 +41,7 @@ HRESULT IPPProviderImpl::GetJobs(IPPRequestBase* request, IPPResponseBase* respo
     return E_FAIL;
   }
   const std::vector<IPPJob> jobs = exchange->Jobs();
-  const char* const wanted = request->GetJobURI();
-  const IPPJob* const job = m_currentJob.FindIn(jobs, wanted ? wanted : "");
+  const IPPJob* const job = m_currentJob.FindIn(jobs, uri);
   if (value.vt == VT_EMPTY || (!jobs.empty() && !job)) {
     trace.Message(kTraceInfo,
                   L"May be we ask for which-jobs=completed but job is still in process else may be "

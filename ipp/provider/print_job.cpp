@@ -102,6 +102,7 @@ IPPProviderImpl::Outcome IPPProviderImpl::PrintWhole(IPPRequestBase* request,
     if (sent == IPPStatus::kNotAuthenticated) return {E_FAIL, IPPStatus::kNotAuthenticated};
     if (sent != S_OK) return {E_FAIL, GetLastError()};
     const Outcome outcome = ReadAnswer(answer, request, response);
+    if (outcome.result == S_OK) return Confirm(request, response);
     if (outcome.error != kIPPPrinterBusy || attempt == kMaxBusyAttempts) return outcome;
     Sleep(kRetryMs);
   }
@@ -265,17 +266,37 @@ IPPProviderImpl::Outcome IPPProviderImpl::AnswerIsLost(IPPRequestBase* request,
   return {IsCancelled(response) ? S_DEVICECANCELED : S_OK, error};
 }
 
+// The printer has taken the document, and may have ended its job already. One that it does not list
+// is printed all the same.
+IPPProviderImpl::Outcome IPPProviderImpl::Confirm(IPPRequestBase* request,
+                                                  IPPResponseBase* response) {
+  m_jobOperations->EndExchange();
+  const char* const told = response->GetSuccessStatus();
+  const std::string status = told ? told : "";
+  JobSearch search = LookUpJob(request, response, false);
+  if (search == JobSearch::kNotFound) {
+    Sleep(kRetryMs);
+    search = LookUpJob(request, response, true);
+  }
+  if (search != JobSearch::kFound) return {};
+  response->SetSuccess(status.c_str());  // of the document, not of the list
+  if (IsCancelled(response)) return {S_DEVICECANCELED, ERROR_CANCELLED};
+  if (IsIn(response, "Aborted")) return {E_FAIL, ERROR_OPERATION_ABORTED};
+  return {};
+}
+
 // Among the jobs that go on, then among those that have ended.
 IPPProviderImpl::JobSearch IPPProviderImpl::LookUpJob(IPPRequestBase* request,
                                                       IPPResponseBase* response, bool again) {
-  const HRESULT going = GetJobs(request, response, false);
+  const HRESULT going = FindJob(request, response, false, {});
   if (going == S_OK) return JobSearch::kFound;
   Trace(kTraceInfo, kPrintJob,
         again ? L"GetJobs fails again - not completed job" : L"GetJobs fails - not completed job");
-  const HRESULT ended = GetJobs(request, response, true);
+  if (going != S_FALSE) return JobSearch::kUnknown;
+  const HRESULT ended = FindJob(request, response, true, {});
   if (ended == S_OK) return JobSearch::kFound;
   if (again) Trace(kTraceInfo, kPrintJob, L"GetJobs fails again - completed job");
-  return going == S_FALSE && ended == S_FALSE ? JobSearch::kNotFound : JobSearch::kUnknown;
+  return ended == S_FALSE ? JobSearch::kNotFound : JobSearch::kUnknown;
 }
 
 // Every job ends here: its threads, its events and what is left of its request.

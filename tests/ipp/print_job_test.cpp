@@ -53,6 +53,12 @@ TEST_F(PrintFlowTest, EveryDocumentHasTheOutcomeThatThePrinterGaveIt) {
       {"successful-ok-conflicting", kWhole, [](State& s) { s.status = 2; }, "ok"},
       {"busy, then not", kWhole, [](State& s) { s.busy = 1; }, "ok", 2},
       {"cancelled", kWhole, [](State& s) { s.endAt = 1; }, "cancelled"},
+      {"cancelled when taken", kWhole, [](State& s) { s.whenWhole = Printer::kCancelled; },
+       "cancelled"},
+      {"aborted when taken", kWhole, [](State& s) { s.whenWhole = Printer::kAborted; },
+       Failed(ERROR_OPERATION_ABORTED)},
+      {"not listed", kWhole, [](State& s) { s.showsNewJobs = false; }, "ok"},
+      {"lists refused", kWhole, [](State& s) { s.listsJobs = false; }, "ok"},
       {"refused", kWhole, [](State& s) { s.status = 1280; }, Failed(1280)},
       {"unauthenticated", kWhole, [](State& s) { s.http = 401; }, Failed(1026)},
       {"too large", kWhole, [](State& s) { s.http = 413; }, Failed(413)},
@@ -96,6 +102,8 @@ TEST_F(PrintFlowTest, EveryDocumentHasTheOutcomeThatThePrinterGaveIt) {
     }
     EXPECT_EQ(test.sent, printer.Count(2));
     if (outcome == "ok") {
+      const int status = printer->Locked([](const State& state) { return state.status; });
+      EXPECT_EQ(std::to_string(status), client.Response()->GetSuccessStatus());
       EXPECT_EQ("%PDF-1.7", printer.LatestDocument());
       EXPECT_EQ(test.sent, client.Response()->GetJobID());
     }
@@ -139,6 +147,7 @@ TEST_F(PrintFlowTest, TheJobIsLookedUpWhenItsAnswerIsLost) {
         state.losesAnswers = true;
         test.script(state);
       });
+      client.Request()->SetJobURI("ipp://printer/jobs/2");  // as a cancelled job has left it
       const std::string outcome = chunked ? client.Send("%PDF-1.7", 4) : client.Print("%PDF-1.7");
       EXPECT_EQ(1, printer.Count(2)) << "it is sent once";
       return outcome;
@@ -399,7 +408,19 @@ TEST_F(PrintFlowTest, TracesWhatBecameOfAJob) {
     Script script;
     std::vector<std::wstring> expected;
   } cases[] = {
-      {"ok", false, [](State&) {}, {exits(L"PrintJob", L"00000000")}},
+      {"going on",
+       false,
+       [](State& s) { s.whenWhole = Printer::kProcessing; },
+       {exits(L"PrintJob", L"00000000")}},
+      {"completed",
+       false,
+       [](State&) {},
+       {L"GetJobs fails - not completed job", exits(L"PrintJob", L"00000000")}},
+      {"not listed",
+       false,
+       [](State& s) { s.showsNewJobs = false; },
+       {L"GetJobs fails - not completed job", L"GetJobs fails again - not completed job",
+        L"GetJobs fails again - completed job", exits(L"PrintJob", L"00000000")}},
       {"cancelled",
        false,
        [](State& s) { s.endAt = 1; },
