@@ -143,9 +143,9 @@ HRESULT IPPProviderImpl::PrintJobWrite(IPPRequestBase* request, IPPResponseBase*
                                        const void* buffer, std::int32_t length) {
   TraceScope trace(kPrintJobWrite);
   Outcome outcome;
-  if (!request || !response || length < 0 || (!buffer && length > 0)) {
-    outcome = {E_FAIL, ERROR_INVALID_PARAMETER};
-  } else if (!m_jobOperations || !m_jobOperations->IsSendingChunks()) {
+  const bool isPiece = length == 0 || (length > 0 && buffer);
+  const bool isSending = m_jobOperations && m_jobOperations->IsSendingChunks();
+  if (!request || !response || !isPiece || !isSending) {
     outcome = {E_FAIL, ERROR_INVALID_PARAMETER};
   } else {
     bool last = length == 0;

@@ -19,6 +19,12 @@ bool Contains(const std::wstring& text, const wchar_t* part) {
   return text.find(part) != std::wstring::npos;
 }
 
+UniqueHandle Start(unsigned(__stdcall* thread)(void*), IPPProviderImpl* provider) {
+  const std::uintptr_t handle = _beginthreadex(nullptr, 0, thread, provider, 0, nullptr);
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the system's own type for a handle
+  return UniqueHandle(reinterpret_cast<HANDLE>(handle));
+}
+
 void PollJobs(IPPProviderImpl* provider, HANDLE ended, const TraceScope& trace) {
   for (bool selectState = false; WaitForSingleObject(ended, kJobPollMs) == WAIT_TIMEOUT;
        selectState = !selectState) {
@@ -170,14 +176,12 @@ void IPPProviderImpl::StartPolling() {
           L"Unable to create PrintJobSignaled event (%d)", GetLastError());
     return;
   }
-  m_printerStatusThread = UniqueHandle(reinterpret_cast<HANDLE>(
-      _beginthreadex(nullptr, 0, GetPrinterStatusPollingThread, this, 0, nullptr)));
+  m_printerStatusThread = Start(GetPrinterStatusPollingThread, this);
 }
 
 void IPPProviderImpl::StartJobsThread() {
   Trace(kTraceInfo, L"Corvane::IPPProviderImpl::StartJobsThread", L"_beginthreadex starts");
-  m_jobsThread = UniqueHandle(
-      reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 0, GetJobsPollingThread, this, 0, nullptr)));
+  m_jobsThread = Start(GetJobsPollingThread, this);
 }
 
 // The event is of all jobs of the system: when another one ends, this one's thread ends, too.
