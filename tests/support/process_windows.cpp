@@ -1,6 +1,7 @@
 // RunInto for Windows.
 #include "tests/support/process.h"
 
+#include <gtest/gtest.h>
 #include <windows.h>
 
 namespace Corvane::Test {
@@ -24,6 +25,21 @@ HANDLE CreateInheritable(const std::filesystem::path& file) {
                      nullptr);
 }
 
+// Wine cannot, once in some thousand times, and says that it has an internal error; nothing of the
+// child has run then.
+bool Start(const std::filesystem::path& program, std::wstring& commandLine, STARTUPINFOW& start,
+           PROCESS_INFORMATION* process) {
+  constexpr int kTries = 5;
+  for (int tries = 0; tries < kTries; ++tries) {
+    if (CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                       nullptr, &start, process)) {
+      return true;
+    }
+    if (GetLastError() != ERROR_INTERNAL_ERROR) break;
+  }
+  return false;
+}
+
 }  // namespace
 
 int RunInto(const std::filesystem::path& program, const std::vector<std::string>& arguments,
@@ -41,12 +57,13 @@ int RunInto(const std::filesystem::path& program, const std::vector<std::string>
   start.hStdError = CreateInheritable(error);
   PROCESS_INFORMATION process = {};
   DWORD exitStatus = static_cast<DWORD>(-1);
-  if (CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                     nullptr, &start, &process)) {
+  if (Start(program, commandLine, start, &process)) {
     WaitForSingleObject(process.hProcess, INFINITE);
     GetExitCodeProcess(process.hProcess, &exitStatus);
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
+  } else {
+    ADD_FAILURE() << "no process: error " << GetLastError();
   }
   CloseHandle(start.hStdOutput);
   CloseHandle(start.hStdError);
