@@ -1,7 +1,6 @@
 #include "host/ipp_request_curl.h"
 
 #include <algorithm>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -15,22 +14,12 @@ namespace Corvane::Host {
 
 CurlIPPRequest::CurlIPPRequest(std::shared_ptr<NetworkDevice> device,
                                std::shared_ptr<LastFailure> lastFailure, std::uint32_t port)
-    : CurlRequest(std::move(device), std::move(lastFailure), port) {}
+    : ExtendedRequest(std::move(device), std::move(lastFailure), port) {}
 
 void CurlIPPRequest::SetOption(std::uint32_t option) { Settings().timeoutMs = option; }
 
 void CurlIPPRequest::SetOption(std::uintptr_t option) {
-  const bool isHostText =
-      option == reinterpret_cast<std::uintptr_t>(Device().AddressText().c_str());
-  if (isHostText || option > std::numeric_limits<std::uint32_t>::max()) return;
-  SetOption(static_cast<std::uint32_t>(option));
-}
-
-void CurlIPPRequest::SetHeader(const wchar_t* name, const wchar_t* value) {
-  std::erase_if(Settings().headers, [name](const auto& header) {
-    return EqualsIgnoreCase(header.first, OrEmpty(name));
-  });
-  AddHeader(name, value);
+  SetTimeoutOrHost(option, Device().AddressText());
 }
 
 std::int64_t CurlIPPRequest::SilenceMs(const RequestSettings& settings,

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "host/extended_request.h"
 #include "host/http_request_curl.h"
 #include "host/streamed_exchange.h"
 
@@ -14,30 +15,17 @@ namespace Corvane::Host {
 
 // A plain request until BeginChunkedSend; that makes its one exchange a streamed one, over a
 // connection of its own that nothing else uses before or after.
-class CurlIPPRequest final : public CurlRequest, public TqHTTPRequestEx {
+class CurlIPPRequest final : public ExtendedRequest<CurlRequest> {
  public:
   CurlIPPRequest(std::shared_ptr<NetworkDevice> device, std::shared_ptr<LastFailure> lastFailure,
                  std::uint32_t port);
   const char* GetTypeName() override { return "Corvane::Host::CurlIPPRequest"; }
 
-  // Of both interfaces.
-  const wchar_t* GetURI() override { return CurlRequest::GetURI(); }
-  void SetURI(const wchar_t* path) override { CurlRequest::SetURI(path); }
-  void SetUserName(const wchar_t* userName) override { CurlRequest::SetUserName(userName); }
-  void SetPassword(const wchar_t* password) override { CurlRequest::SetPassword(password); }
-  void SetMethod(const wchar_t* verb) override { CurlRequest::SetMethod(verb); }
-  void SetContentType(const wchar_t* type) override { CurlRequest::SetContentType(type); }
-  void SetRequestData(const void* data, std::uint32_t size) override {
-    CurlRequest::SetRequestData(data, size);
-  }
-  std::uint32_t GetLastError() override { return CurlRequest::GetLastError(); }
-  void Cancel() override { CurlRequest::Cancel(); }
-
   HRESULT GetResponse(HTTPResponse** response) override;
   void SetOption(std::uint32_t option) override;
 
   void SetOption(std::uintptr_t option) override;
-  void SetHeader(const wchar_t* name, const wchar_t* value) override;
+  void SetHeader(const wchar_t* name, const wchar_t* value) override { ReplaceHeader(name, value); }
   void SetContentLength(std::uint32_t size) override { m_contentLength = size; }
   void SendBody(const void* data, std::uint32_t size) override;
   HRESULT BeginChunkedSend(std::uintptr_t context) override;
@@ -60,8 +48,8 @@ class CurlIPPRequest final : public CurlRequest, public TqHTTPRequestEx {
   std::optional<std::uint32_t> m_contentLength;
   std::unique_ptr<StreamedExchange> m_stream;  // from a good begin to the response or a failure
   bool m_finished = false;                     // its body
-  bool m_wholeSent =
-      false;  // the device may have acted on the body, whose response is not told yet
+  // The device may have acted on the body, whose response is not told yet.
+  bool m_wholeSent = false;
   std::uint32_t m_streamError = 0;  // what ended it early
   std::atomic<bool> m_sending{false};
 };

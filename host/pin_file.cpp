@@ -60,13 +60,6 @@ bool IsKey(std::string_view text) {
          });
 }
 
-std::string LowerAscii(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return text;
-}
-
 bool WriteAll(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = write(descriptor, bytes.data(), bytes.size());
@@ -130,7 +123,7 @@ PinLookup PinFile::FindIn(const std::string& text, const std::string& name) cons
       return Fault("is broken: line " + std::to_string(number) +
                    " is not \"HOST:PORT sha256//BASE64\"");
     }
-    if (LowerAscii(std::string(line.substr(0, space))) != name) continue;
+    if (LowerAscii(line.substr(0, space)) != name) continue;
     if (found.pin) {
       return Fault("is broken: lines " + std::to_string(found.pin->line) + " and " +
                    std::to_string(number) + " have one name");

@@ -15,7 +15,7 @@ constexpr std::string_view kTlsScheme = "https://";
 // "printer.test:443": the URLs of this host always have their port.
 std::string NameOf(const std::string& url) {
   const std::string_view rest = std::string_view(url).substr(kTlsScheme.size());
-  return ToUtf8(LowerAscii(Widen(rest.substr(0, rest.find('/')))));
+  return LowerAscii(rest.substr(0, rest.find('/')));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "host/request_base.h"
 
+#include <limits>
+
 #include "host/text.h"
 
 namespace Corvane::Host {
@@ -32,6 +34,19 @@ void RequestBase::AddHeader(const wchar_t* name, const wchar_t* value) try {
   m_settings.headers.emplace_back(OrEmpty(name), OrEmpty(value));
 } catch (const std::exception&) {
   m_settingsError = kOutOfMemory;
+}
+
+void RequestBase::ReplaceHeader(const wchar_t* name, const wchar_t* value) {
+  std::erase_if(m_settings.headers, [name](const auto& header) {
+    return EqualsIgnoreCase(header.first, OrEmpty(name));
+  });
+  AddHeader(name, value);
+}
+
+void RequestBase::SetTimeoutOrHost(std::uintptr_t option, const std::wstring& hostText) {
+  const bool isHost = option == reinterpret_cast<std::uintptr_t>(hostText.c_str());
+  if (isHost || option > std::numeric_limits<std::uint32_t>::max()) return;
+  m_settings.timeoutMs = static_cast<std::uint32_t>(option);
 }
 
 void RequestBase::SetRequestData(const void* data, std::uint32_t size) try {

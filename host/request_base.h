@@ -83,6 +83,10 @@ class RequestBase : public HTTPRequest, public IDisposableImpl {
   template <typename Exchange>
   static Outcome Guarded(Exchange exchange) noexcept;
   Outcome PerformOnce() noexcept;
+  // What of TqHTTPRequestEx no plain request has.
+  void ReplaceHeader(const wchar_t* name, const wchar_t* value);
+  // `option` is a time-out, or the place of the address's text, which changes nothing.
+  void SetTimeoutOrHost(std::uintptr_t option, const std::wstring& hostText);
   // The exchange has ended: GetResponse will give `outcome`, which is reported now.
   void Conclude(Outcome outcome) noexcept;
 

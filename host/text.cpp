@@ -36,6 +36,15 @@ void AppendUtf8(std::uint32_t code, std::string* out) {
   append(0x80 | (code & 0x3F));
 }
 
+template <typename Char>
+std::basic_string<Char> Lower(std::basic_string_view<Char> text) {
+  std::basic_string<Char> lower(text);
+  for (Char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<Char>(c - 'A' + 'a');
+  }
+  return lower;
+}
+
 }  // namespace
 
 std::string ToUtf8(std::wstring_view text) {
@@ -92,13 +101,8 @@ std::wstring Widen(std::string_view bytes) {
 
 std::wstring_view OrEmpty(const wchar_t* text) { return text ? text : std::wstring_view(); }
 
-std::wstring LowerAscii(std::wstring_view text) {
-  std::wstring lower(text);
-  for (wchar_t& c : lower) {
-    if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
-  }
-  return lower;
-}
+std::wstring LowerAscii(std::wstring_view text) { return Lower(text); }
+std::string LowerAscii(std::string_view text) { return Lower(text); }
 
 bool EqualsIgnoreCase(std::wstring_view a, std::wstring_view b) {
   return LowerAscii(a) == LowerAscii(b);

@@ -23,6 +23,7 @@ std::wstring_view OrEmpty(const wchar_t* text);
 
 // A to Z become a to z; nothing else changes.
 std::wstring LowerAscii(std::wstring_view text);
+std::string LowerAscii(std::string_view text);
 bool EqualsIgnoreCase(std::wstring_view a, std::wstring_view b);
 
 }  // namespace Corvane::Host

@@ -103,6 +103,11 @@ Ref<Address> OpenOnNetwork(const Options& options) {
 
 bool IsRecorded(const Options& options) { return options.device.starts_with(kRecordedPrefix); }
 
+std::string LastFailureOf(Address& device) {
+  const wchar_t* const failure = device.GetLastFailure();
+  return EscapeText(std::wstring_view(failure ? failure : L""));
+}
+
 Ref<Address> OpenDevice(const Options& options) {
   return IsRecorded(options) ? OpenRecorded(options) : OpenOnNetwork(options);
 }

@@ -2,6 +2,8 @@
 #ifndef CORVANE_TOOLS_DEVICE_H_
 #define CORVANE_TOOLS_DEVICE_H_
 
+#include <string>
+
 #include "corvane/address.h"
 #include "tools/handles.h"
 #include "tools/options.h"
@@ -14,6 +16,9 @@ bool IsRecorded(const Options& options);
 // that the kind of device does not have. Exchanges nothing with the device; of a name, no more than
 // `lookUpName` asks for is looked up.
 Ref<Address> OpenDevice(const Options& options);
+
+// Why its last exchange failed, escaped; empty when none has.
+std::string LastFailureOf(Address& device);
 
 }  // namespace Corvane::Tool
 

@@ -5,6 +5,7 @@
 
 #include "corvane/http_request.h"
 #include "corvane/http_response.h"
+#include "tools/device.h"
 #include "tools/handles.h"
 #include "tools/ipp_values.h"
 #include "tools/text_escape.h"
@@ -27,8 +28,7 @@ std::optional<IPPAnswer> ExchangeIPP(Address& address, std::uint32_t port, const
   HTTPResponse* response = nullptr;
   if (request->GetResponse(&response) != S_OK || !response ||
       response->GetStatusCode() != kHttpOk) {
-    const wchar_t* const failure = address.GetLastFailure();
-    *problem = EscapeText(std::wstring_view(failure ? failure : L""));
+    *problem = LastFailureOf(address);
     if (problem->empty()) *problem = "no answer";
     return std::nullopt;
   }

@@ -123,10 +123,7 @@ void AddJobsOptions(CLI::App& command, Options& options, NetworkOptionReader& ne
   command.add_option("--device", options.device, "the device: an IP address or a host name")
       ->type_name("ADDRESS")
       ->required();
-  command
-      .add_option("--uri", options.printerUri, "the printer: ipp://HOST/PATH or ipps://HOST/PATH")
-      ->type_name("URI")
-      ->required();
+  AddPrinterUri(command, options);
   command.add_option("--user", options.user, "whose jobs; yours unless given")->type_name("NAME");
   command.add_flag("--completed", options.completed, "jobs that have ended, instead of the others");
   command.add_flag("--json", options.json, "write a JSON array of objects");

@@ -17,6 +17,10 @@ namespace Corvane::Tool {
 
 enum class Command { kGet, kDump, kProbe, kJobs, kPrint, kCancel, kCacheShow, kCacheClear };
 
+// In the order of IPPRequestBase::SetPrintingSides.
+inline constexpr const char* kSides[] = {"one-sided", "two-sided-long-edge",
+                                         "two-sided-short-edge"};
+
 // What "print" prints, and how. What is not given is the printer's to choose.
 struct PrintArguments {
   std::string file;  // "-" is the input

@@ -1,8 +1,10 @@
 #include "tools/print.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <iostream>
+#include <iterator>
 #include <new>
 #include <optional>
 #include <string>
@@ -76,11 +78,9 @@ void SetColor(const std::string& color, IPPRequestBase& request) {
 }
 
 void SetSides(const std::string& sides, IPPRequestBase& request) {
-  static constexpr std::string_view kSides[] = {"one-sided", "two-sided-long-edge",
-                                                "two-sided-short-edge"};
-  for (std::int32_t i = 0; i < 3; ++i) {
-    if (sides == kSides[i]) request.SetPrintingSides(i);
-  }
+  const auto* const chosen = std::find(std::begin(kSides), std::end(kSides), sides);
+  if (chosen == std::end(kSides)) return;
+  request.SetPrintingSides(static_cast<std::int32_t>(chosen - std::begin(kSides)));
 }
 
 Ref<IPPProvider> OpenProvider(Address& address, const PrinterUri& uri,

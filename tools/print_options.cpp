@@ -1,7 +1,10 @@
 #include "tools/print_options.h"
 
 #include <cstdint>
+#include <iterator>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace Corvane::Tool {
 namespace {
@@ -29,10 +32,7 @@ constexpr char kCancelFooter[] =
     "the jobs.";
 
 void AddPrinter(CLI::App& command, Options& options, NetworkOptionReader& network) {
-  command
-      .add_option("--uri", options.printerUri, "the printer: ipp://HOST/PATH or ipps://HOST/PATH")
-      ->type_name("URI")
-      ->required();
+  AddPrinterUri(command, options);
   command
       .add_option("--device", options.device,
                   "connect to this IP address or host name, not to the host of the URI")
@@ -52,6 +52,13 @@ void AddPrinter(CLI::App& command, Options& options, NetworkOptionReader& networ
 
 }  // namespace
 
+void AddPrinterUri(CLI::App& command, Options& options) {
+  command
+      .add_option("--uri", options.printerUri, "the printer: ipp://HOST/PATH or ipps://HOST/PATH")
+      ->type_name("URI")
+      ->required();
+}
+
 void AddPrintOptions(CLI::App& command, Options& options, NetworkOptionReader& network) {
   PrintArguments& print = options.print;
   command.add_option("FILE", print.file, "what to print; - is the input")
@@ -66,7 +73,7 @@ void AddPrintOptions(CLI::App& command, Options& options, NetworkOptionReader& n
   command
       .add_option("--sides", print.sides, "one-sided, two-sided-long-edge or two-sided-short-edge")
       ->type_name("SIDES")
-      ->check(CLI::IsMember({"one-sided", "two-sided-long-edge", "two-sided-short-edge"}));
+      ->check(CLI::IsMember(std::vector<std::string>(std::begin(kSides), std::end(kSides))));
   command.add_option("--color", print.color, "color or monochrome")
       ->type_name("MODE")
       ->check(CLI::IsMember({"color", "monochrome"}));

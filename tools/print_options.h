@@ -1,4 +1,4 @@
-// The part of the command line that is of "print" and "cancel".
+// The part of the command line that is of printers.
 #ifndef CORVANE_TOOLS_PRINT_OPTIONS_H_
 #define CORVANE_TOOLS_PRINT_OPTIONS_H_
 
@@ -10,6 +10,7 @@
 namespace Corvane::Tool {
 
 // `options` and `network` must outlive the parsing.
+void AddPrinterUri(CLI::App& command, Options& options);
 void AddPrintOptions(CLI::App& command, Options& options, NetworkOptionReader& network);
 void AddCancelOptions(CLI::App& command, Options& options, NetworkOptionReader& network);
 

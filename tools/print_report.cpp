@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "corvane/ipp_provider.h"
+#include "tools/device.h"
 #include "tools/ipp_values.h"
 #include "tools/text_escape.h"
 #include "tools/utf8.h"
@@ -34,8 +35,7 @@ std::string ExchangeText(std::uint32_t error, Address& address) {
   constexpr char kNoPrinter[] = "the device answers, but not as an IPP printer";
   if (error == kHttpOk) return kNoPrinter;
   if (error == kOutOfMemory) return "out of memory";
-  const wchar_t* const failure = address.GetLastFailure();
-  if (failure && *failure) return EscapeText(std::wstring_view(failure));
+  if (std::string failure = LastFailureOf(address); !failure.empty()) return failure;
   return error == 0 ? kNoPrinter : "error " + std::to_string(error);
 }
 

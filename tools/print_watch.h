@@ -36,7 +36,6 @@ class PrintWatch {
   // Of the sender.
   void Enter(PrintStep step) { m_step = step; }
   void AddSent(std::uint64_t bytes) { m_sentBytes += bytes; }
-  std::uint64_t SentBytes() const { return m_sentBytes; }
   // The sender is to stop: what it has begun is not to be finished.
   bool IsCancelled() const { return m_isCancelled; }
   // The job as if Ctrl-C had been pressed, for a document that cannot be read on.

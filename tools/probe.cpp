@@ -12,7 +12,6 @@
 #include "tools/ipp_exchange.h"
 #include "tools/ipp_values.h"
 #include "tools/output_text.h"
-#include "tools/text_escape.h"
 #include "tools/utf8.h"
 
 namespace Corvane::Tool {
@@ -89,11 +88,6 @@ void ReadIdentity(DataCollection& values, Finding* finding) {
   finding->serial = *std::move(text);
   if (finding->serial.empty()) finding->serial = Read(values, L"VendorSerial").value_or("");
   finding->name = Read(values, L"Name").value_or("");
-}
-
-std::string LastFailureOf(Address& device) {
-  const wchar_t* const failure = device.GetLastFailure();
-  return EscapeText(std::wstring_view(failure ? failure : L""));
 }
 
 Finding ProbeLibrary(const Protocol& protocol, Address& device) {

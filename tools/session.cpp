@@ -10,6 +10,7 @@
 #include "corvane/next_oid_data_item_spec.h"
 #include "corvane/static_data_item_spec.h"
 #include "corvane/xml_data_item_spec.h"
+#include "tools/device.h"
 #include "tools/dom.h"
 #include "tools/failure.h"
 #include "tools/item_key.h"
@@ -19,10 +20,6 @@ namespace Corvane::Tool {
 namespace {
 
 std::wstring TextOrEmpty(const wchar_t* text) { return text ? text : L""; }
-
-std::string LastFailureOf(Address& address) {
-  return EscapeText(TextOrEmpty(address.GetLastFailure()));
-}
 
 // The protocol, or the element when it names none.
 std::string LabelOf(const DataMap& map) {
