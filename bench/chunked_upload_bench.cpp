@@ -19,6 +19,7 @@
 #include <thread>
 #include <vector>
 
+#include "bench/process_status.h"
 #include "core/ref_ptr.h"
 #include "host/network_address.h"
 #include "ipp/ipp_operations.h"
@@ -26,6 +27,7 @@
 namespace {
 
 using Corvane::RefPtr;
+using Corvane::Bench::StatusKilobytes;
 
 constexpr std::size_t kDocument = std::size_t{100} << 20;
 
@@ -79,19 +81,10 @@ Sink& TheSink() {
   return *sink;
 }
 
-// A number of kilobytes that the kernel tells of this process.
-long Status(const std::string& field) {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.starts_with(field)) return std::atol(line.c_str() + field.size());
-  }
-  return -1;
-}
-
 // From here on the peak counts anew.
 long ForgetPeak() {
   std::ofstream("/proc/self/clear_refs") << "5";
-  return Status("VmHWM:");
+  return StatusKilobytes("VmHWM:");
 }
 
 void SendDocument(benchmark::State& state, std::size_t document) {
@@ -118,7 +111,7 @@ void SendDocument(benchmark::State& state, std::size_t document) {
     }
     if (result != S_OK || !response) state.SkipWithError("the document was not sent");
   }
-  state.counters["peak_KB"] = static_cast<double>(Status("VmHWM:") - before);
+  state.counters["peak_KB"] = static_cast<double>(StatusKilobytes("VmHWM:") - before);
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document));
 }
 
@@ -162,7 +155,7 @@ void Curl(benchmark::State& state) {
     curl_easy_cleanup(handle);
   }
   curl_slist_free_all(headers);
-  state.counters["peak_KB"] = static_cast<double>(Status("VmHWM:") - before);
+  state.counters["peak_KB"] = static_cast<double>(StatusKilobytes("VmHWM:") - before);
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kDocument));
 }
 

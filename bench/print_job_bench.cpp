@@ -25,22 +25,25 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
 
+#include "bench/process_status.h"
 #include "core/ref_ptr.h"
 #include "corvane/ipp_provider.h"
 #include "host/network_address.h"
+#include "tests/support/ipp_bytes.h"
+#include "tests/support/output_of.h"
 #include "tests/support/private_network.h"
 #include "tests/support/temp_folder.h"
 
 namespace {
 
 using Corvane::RefPtr;
+using Corvane::Bench::StatusKilobytes;
 
 constexpr std::uint16_t kPort = 631;
 constexpr std::size_t kDocument = std::size_t{100} << 20;
@@ -48,34 +51,22 @@ constexpr unsigned kWatchSeconds = 20;
 
 // The sink.
 
-std::string Attribute(char tag, std::string_view name, std::string_view value) {
-  const auto length = [](std::string_view text) {
-    return std::string{static_cast<char>(text.size() >> 8), static_cast<char>(text.size())};
-  };
-  return tag + length(name) + std::string(name) + length(value) + std::string(value);
-}
-
 // To the request that begins with `request`: its version and its number come back.
 std::string Answer(std::string_view request) {
-  using namespace std::string_literals;
-  std::string body = std::string(request.substr(0, 2)) + "\0\0"s;
-  body += std::string(request.substr(4, 4)) + '\x01' +
-          Attribute(0x47, "attributes-charset", "utf-8") +
-          Attribute(0x48, "attributes-natural-language", "en");
+  using namespace Corvane::Test;
+  std::string groups = IppGroup(0x01) + IppValue(0x47, "attributes-charset", "utf-8") +
+                       IppValue(0x48, "attributes-natural-language", "en");
   constexpr char kPrintJob = 0x02;
   constexpr char kGetPrinterAttributes = 0x0B;
   if (request[3] == kPrintJob) {
-    body += '\x02' + Attribute(0x21, "job-id", "\0\0\0\1"s) +
-            Attribute(0x45, "job-uri", "ipp://127.0.0.1/ipp/print/1") +
-            Attribute(0x23, "job-state", "\0\0\0\5"s) +
-            Attribute(0x44, "job-state-reasons", "none");
+    groups += IppGroup(0x02) + IppNumber(0x21, "job-id", 1) +
+              IppValue(0x45, "job-uri", "ipp://127.0.0.1/ipp/print/1") +
+              IppNumber(0x23, "job-state", 5) + IppValue(0x44, "job-state-reasons", "none");
   } else if (request[3] == kGetPrinterAttributes) {
-    body += '\x04' + Attribute(0x23, "printer-state", "\0\0\0\3"s) +
-            Attribute(0x44, "printer-state-reasons", "none");
+    groups += IppGroup(0x04) + IppNumber(0x23, "printer-state", 3) +
+              IppValue(0x44, "printer-state-reasons", "none");
   }
-  body += '\x03';
-  return "HTTP/1.1 200 OK\r\nContent-Type: application/ipp\r\nContent-Length: " +
-         std::to_string(body.size()) + "\r\n\r\n" + body;
+  return IppResponse(IppMessage(request.substr(0, 2), 0, request.substr(4, 4), groups));
 }
 
 void Put(int connection, std::string_view text) {
@@ -166,15 +157,6 @@ RefPtr<Corvane::IPPProvider> MakeProvider() {
       CreateIPPPrintProvider(address.Get(), L"ipp://127.0.0.1/ipp/print"));
 }
 
-// A number that the kernel tells of this process.
-long Status(const std::string& field) {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.starts_with(field)) return std::atol(line.c_str() + field.size());
-  }
-  return -1;
-}
-
 double CpuSeconds() {
   rusage used{};
   getrusage(RUSAGE_SELF, &used);
@@ -205,7 +187,7 @@ double PrintFile(const char* path, std::size_t pieceBytes) {
     begun = true;
   }
   close(file);
-  return response->GetJobID() == 1 ? static_cast<double>(Status("VmHWM:")) : -1;
+  return response->GetJobID() == 1 ? static_cast<double>(StatusKilobytes("VmHWM:")) : -1;
 }
 
 double WatchJob() {
@@ -222,14 +204,6 @@ double WatchJob() {
 }
 
 // The benchmarks.
-
-// What a command writes, when it ends well.
-std::string Run(const std::string& command) {
-  FILE* const pipe = popen(command.c_str(), "r");
-  char text[256];
-  const std::size_t size = pipe ? fread(text, 1, sizeof(text), pipe) : 0;
-  return pipe && pclose(pipe) == 0 ? std::string(text, size) : std::string();
-}
 
 const std::string& Self() {
   static const std::string path = std::filesystem::read_symlink("/proc/self/exe").string();
@@ -251,7 +225,7 @@ const std::string& Document() {
 }
 
 double Number(benchmark::State& state, const std::string& arguments) {
-  const std::string told = Run("exec '" + Self() + "' " + arguments);
+  const std::string told = Corvane::Test::OutputOf("exec '" + Self() + "' " + arguments);
   const double number = told.empty() ? -1 : std::atof(told.c_str());
   if (number < 0) state.SkipWithError("the run failed");
   return number;
@@ -269,7 +243,8 @@ void Ipptool(benchmark::State& state) {
                               "' ipp://127.0.0.1:" + std::to_string(kPort) +
                               "/ipp/print print-job.test </dev/null 2>&1";
   for (auto _ : state) {
-    if (Run(command).find("[PASS]") == std::string::npos) state.SkipWithError("ipptool failed");
+    if (Corvane::Test::OutputOf(command).find("[PASS]") == std::string::npos)
+      state.SkipWithError("ipptool failed");
   }
 }
 

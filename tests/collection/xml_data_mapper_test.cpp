@@ -1,6 +1,7 @@
 #include "collection/xml_data_mapper.h"
 
 #include "core/file_time.h"
+#include "tests/support/counted.h"
 #include "tests/support/dom.h"
 #include "tests/support/hr.h"
 
@@ -8,7 +9,7 @@ namespace Corvane::Test {
 namespace {
 
 // Answers one text to everything, and records what it was asked.
-class FakeProvider final : public IXMLProvider, public IDisposableImpl {
+class FakeProvider final : public Counted<IXMLProvider> {
  public:
   struct Query {
     std::wstring uri;
@@ -22,11 +23,6 @@ class FakeProvider final : public IXMLProvider, public IDisposableImpl {
   HRESULT result = S_OK;
   std::uint32_t port = 8080;
   std::vector<Query> queries;
-
-  std::uint32_t AddRef() override { return AddRefImpl(); }
-  std::uint32_t AddRefConst() override { return AddRefImpl(); }
-  std::uint32_t Dispose() override { return DisposeImpl(); }
-  std::uint32_t Release() override { return DisposeImpl(); }
 
   std::uint32_t GetPort() override { return port; }
   HRESULT GetValue(const wchar_t* uri, const wchar_t* xpath, wchar_t* buffer,

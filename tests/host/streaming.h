@@ -28,9 +28,9 @@ inline Host::NetworkOptions PrinterOptions(std::uint16_t port) {
   return options;
 }
 
-// POST /ipp, configured for a chunked body.
-struct Streaming {
-  explicit Streaming(const Owned<Address>& owner, std::uint32_t port = 631) : address(owner) {
+// POST /ipp.
+struct PrinterRequest {
+  PrinterRequest(const Owned<Address>& owner, std::uint32_t port) : address(owner) {
     HTTPRequest* made = nullptr;
     EXPECT_EQ(address->CreateIPPHTTPRequest(&made, port), S_OK);
     request.reset(made);
@@ -38,6 +38,19 @@ struct Streaming {
     EXPECT_NE(extended, nullptr);
     request->SetMethod(L"POST");
     request->SetURI(L"/ipp");
+  }
+
+  Exchanged Respond() const { return GetExchanged(address, request.get()); }
+
+  const Owned<Address>& address;
+  Owned<HTTPRequest> request;
+  TqHTTPRequestEx* extended = nullptr;
+};
+
+// One configured for a chunked body.
+struct Streaming : PrinterRequest {
+  explicit Streaming(const Owned<Address>& owner, std::uint32_t port = 631)
+      : PrinterRequest(owner, port) {
     request->AddHeader(L"Transfer-Encoding", L"chunked");
     request->AddHeader(L"Content-Type", L"application/ipp");
   }
@@ -52,33 +65,16 @@ struct Streaming {
     EXPECT_EQ(extended->FinishChunkedSend(), S_OK);
     return Respond();
   }
-  Exchanged Respond() { return GetExchanged(address, request.get()); }
-
-  const Owned<Address>& address;
-  Owned<HTTPRequest> request;
-  TqHTTPRequestEx* extended = nullptr;
 };
 
-// POST /ipp, for a body of SendBody.
-struct OnePiece {
-  explicit OnePiece(const Owned<Address>& owner, std::uint32_t port = 631) : address(owner) {
-    HTTPRequest* made = nullptr;
-    EXPECT_EQ(address->CreateIPPHTTPRequest(&made, port), S_OK);
-    request.reset(made);
-    extended = dynamic_cast<TqHTTPRequestEx*>(made);
-    EXPECT_NE(extended, nullptr);
-    request->SetMethod(L"POST");
-    request->SetURI(L"/ipp");
-  }
+// One for a body of SendBody.
+struct OnePiece : PrinterRequest {
+  explicit OnePiece(const Owned<Address>& owner, std::uint32_t port = 631)
+      : PrinterRequest(owner, port) {}
 
   void Send(std::string_view body) const {
     extended->SendBody(body.data(), static_cast<std::uint32_t>(body.size()));
   }
-  Exchanged Respond() const { return GetExchanged(address, request.get()); }
-
-  const Owned<Address>& address;
-  Owned<HTTPRequest> request;
-  TqHTTPRequestEx* extended = nullptr;
 };
 
 }  // namespace Corvane::Test

@@ -12,6 +12,7 @@
 #include "tests/ipp/decoded.h"
 #include "tests/support/fake_device.h"
 #include "tests/support/hr.h"
+#include "tests/support/ipp_bytes.h"
 #include "tests/support/trace_recorder.h"
 
 namespace Corvane::Test {
@@ -23,23 +24,14 @@ using Reply = FakeDevice::Answer;
 
 constexpr DWORD kUntouched = 7;
 
-std::string Sized(const std::string& bytes) {
-  return std::string(1, '\0') + static_cast<char>(bytes.size()) + bytes;
-}
-
-std::string Attribute(int tag, const std::string& name, const std::string& value) {
-  return static_cast<char>(tag) + Sized(name) + Sized(value);
-}
-
 std::string Message(const std::string& attributes, int status = 0) {
-  return "\2\0"s + static_cast<char>(status >> 8) + static_cast<char>(status & 0xFF) +
-         "\0\0\0\x64\4"s + attributes + "\3";
+  return LibraryAnswer(status, IppGroup(4) + attributes);
 }
 
-std::string JobState(char state, const std::string& reasons = {}) {
-  const std::string text = Attribute(IPPTag::kEnum, "job-state", "\0\0\0"s + state);
-  return Message(
-      reasons.empty() ? text : text + Attribute(IPPTag::kKeyword, "job-state-reasons", reasons));
+std::string JobState(int state, const std::string& reasons = {}) {
+  const std::string text = IppNumber(IPPTag::kEnum, "job-state", state);
+  return Message(reasons.empty() ? text
+                                 : text + IppValue(IPPTag::kKeyword, "job-state-reasons", reasons));
 }
 
 Reply Status(std::uint32_t status) {
@@ -102,10 +94,10 @@ class IppProviderTest : public ::testing::Test {
     m_device.AddRef();
     m_device.SetNoDelete(true);
     m_device.host = L"USB001";
-    AnswerWith(Body(Message(Attribute(IPPTag::kName, "printer-name", "p") +
-                            Attribute(IPPTag::kKeyword, "media-ready", "a4") +
-                            Attribute(IPPTag::kKeyword, "", "a5") +
-                            Attribute(IPPTag::kInteger, "pages", "\0\0\1\2"s))));
+    AnswerWith(Body(Message(IppValue(IPPTag::kName, "printer-name", "p") +
+                            IppValue(IPPTag::kKeyword, "media-ready", "a4") +
+                            IppValue(IPPTag::kKeyword, "", "a5") +
+                            IppValue(IPPTag::kInteger, "pages", "\0\0\1\2"s))));
   }
   ~IppProviderTest() override { EXPECT_EQ(1u, m_device.References()); }
 
@@ -243,7 +235,7 @@ TEST_F(IppProviderTest, HasTheFirstOfSeveralNames) {
 }
 
 TEST_F(IppProviderTest, AsksThePrinterAnew) {
-  const std::string pages = Attribute(IPPTag::kInteger, "pages", "\0\0\0\x9"s);
+  const std::string pages = IppValue(IPPTag::kInteger, "pages", "\0\0\0\x9"s);
   const std::string asked = "11 /ipp/print [printer-name|pages] ";
   const char* const job = "ipp://h/ipp/print/4";
   const struct {

@@ -15,6 +15,7 @@
 #include "platform/system.h"
 #include "tests/ipp/decoded.h"
 #include "tests/support/hr.h"
+#include "tests/support/ipp_bytes.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/private_network.h"
 
@@ -28,13 +29,8 @@ using Provider = RefPtr<IPPProvider>;
 constexpr auto kInTime = std::chrono::seconds(8);  // with a sanitizer on a busy machine
 constexpr DWORD kUntouched = 7;
 
-const std::string kName = "\x42\0\x0Cprinter-name\0\1p"s;
-
-std::string Http(const std::string& body) {
-  return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
-}
-
-const std::string kGood = Http("\2\0\0\0\0\0\0\x64\4"s + kName + "\3");
+const std::string kGood =
+    IppResponse(LibraryAnswer(0, IppGroup(4) + IppValue(0x42, "printer-name", "p")));
 
 class PrinterPort : public ::testing::Test {
  protected:
@@ -149,7 +145,7 @@ TEST_F(PrinterPort, IsNotMadeOfAPrinterThatKeepsToNoRule) {
       {"closes after the request", OnRequest(ClosingAfter("")), 12030},
       {"closes in its answer", OnRequest(ClosingAfter(kGood.substr(0, kGood.size() - 3))), 12030},
       {"no HTTP", OnRequest(Saying("garbage\r\n\r\n" + kilobyte)), 12152},
-      {"no IPP", OnRequest(Saying(Http("<html>" + kilobyte))), kUntouched},
+      {"no IPP", OnRequest(Saying(IppResponse("<html>" + kilobyte))), kUntouched},
       {"no body", OnRequest(Saying(kOk + "Content-Length: 0\r\n\r\n")), 200},
       {"redirects",
        OnRequest(Saying("HTTP/1.1 302 No\r\nLocation: /x\r\nContent-Length: 0\r\n\r\n")), 302},
@@ -170,7 +166,7 @@ TEST_F(PrinterPort, IsNotMadeOfAPrinterThatKeepsToNoRule) {
 
 // What a printer refuses to tell is an answer, too: nothing is in it but the status.
 TEST_F(PrinterPort, IsMadeOfAnIppError) {
-  LoopbackServer printer(LoopbackServer::AnswerEach(Http("\2\0\5\6\0\0\0\x64\3"s)), 631);
+  LoopbackServer printer(LoopbackServer::AnswerEach(IppResponse(LibraryAnswer(0x0506, ""))), 631);
   const RefPtr<Address> device = Device(L"127.0.0.1");
   const auto provider = Provider::Adopt(CreateIPPPrintProvider(device.Get(), L"ipp://p/ipp/print"));
   ASSERT_TRUE(provider) << GetLastError();
@@ -222,9 +218,3 @@ TEST_F(PrinterPort, AsksNoLongerThanItsTimeout) {
 
 }  // namespace
 }  // namespace Corvane::Test
-
-int main(int argc, char** argv) {
-  if (const int status = Corvane::Test::RunInPrivateNetwork(argv); status >= 0) return status;
-  testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
-}

@@ -14,6 +14,7 @@
 #include "platform/system.h"
 #include "tests/ipp/callers_attribute.h"
 #include "tests/support/hr.h"
+#include "tests/support/ipp_bytes.h"
 
 namespace Corvane::Test {
 namespace {
@@ -29,13 +30,6 @@ std::string Wire(std::initializer_list<std::string_view> fields) {
   return wire;
 }
 
-std::string Attribute(char tag, std::string_view name, std::string_view value) {
-  const auto length = [](std::size_t size) {
-    return std::string{static_cast<char>(size >> 8), static_cast<char>(size)};
-  };
-  return Wire({{&tag, 1}, length(name.size()), name, length(value.size()), value});
-}
-
 std::string Head(std::string_view operation) {
   return Wire({"\2\0"sv,  // version 2.0
                operation,
@@ -46,8 +40,8 @@ std::string Head(std::string_view operation) {
 }
 
 const std::string kPrinter = Wire({"\x45\0\x0B"sv, "printer-uri", "\0\7"sv, "ipp://p"});
-const std::string kUser = Attribute(0x42, "requesting-user-name", "u");
-const std::string kCopies = Attribute(0x21, "copies", "\0\0\0\1"sv);
+const std::string kUser = IppValue(0x42, "requesting-user-name", "u");
+const std::string kCopies = IppValue(0x21, "copies", "\0\0\0\1"sv);
 
 // A request's buffer with bytes behind it that nothing may touch.
 class Page {
@@ -173,7 +167,7 @@ TEST(IppRequestEncodingTest, FormsBodies) {
              "\x44\0\0"sv, "\0\x0D"sv, "printer-state",                           //
              "\x44\0\0"sv, "\0\x15"sv, "printer-state-reasons", "\3"})},
       {"an empty text", 2, [](auto&, auto& r) { r.SetJobName(""); }, S_OK,
-       Head("\0\2"sv) + kPrinter + Attribute(0x42, "job-name", "") + '\2' + kCopies + '\3'},
+       Head("\0\2"sv) + kPrinter + IppValue(0x42, "job-name", "") + '\2' + kCopies + '\3'},
       {"the system's own operation", 50, [](auto&, auto&) {}, S_OK,
        Head("\0\2"sv) + kPrinter + '\2' + kCopies + '\3'},
       {"nothing of its own", 0x1234, [](auto&, auto&) {}, S_OK,
@@ -188,7 +182,7 @@ TEST(IppRequestEncodingTest, FormsBodies) {
          r.AddIPPRequest(CallersNumbers(0, 0x21, "copies", {1}));
        },
        S_OK,
-       Head("\0\2"sv) + kPrinter + kCopies + '\2' + Attribute(0x44, "print-color-mode", "auto") +
+       Head("\0\2"sv) + kPrinter + kCopies + '\2' + IppValue(0x44, "print-color-mode", "auto") +
            '\3'},
       {"Print-URI, which knows no records", 3,
        [](auto&, auto& r) { r.AddIPPRequest(CallersNumbers(0, 0x21, "copies", {5})); }, S_OK,
@@ -203,9 +197,9 @@ TEST(IppRequestEncodingTest, FormsBodies) {
       {"Get-Jobs without a user", 10, [](auto&, auto&) {}, E_FAIL,
        Head("\0\x0A"sv) + kPrinter + '\3'},
       {"the end tag in the last byte", 8, [](auto&, auto& r) { r.SetJobURI(Xs(kLastUri).c_str()); },
-       S_OK, Head("\0\x08"sv) + Attribute(0x45, "job-uri", Xs(kLastUri)) + '\3'},
+       S_OK, Head("\0\x08"sv) + IppValue(0x45, "job-uri", Xs(kLastUri)) + '\3'},
       {"no room for the end tag", 8, [](auto&, auto& r) { r.SetJobURI(Xs(kLastUri + 1).c_str()); },
-       E_FAIL, Head("\0\x08"sv) + Attribute(0x45, "job-uri", Xs(kLastUri + 1))},
+       E_FAIL, Head("\0\x08"sv) + IppValue(0x45, "job-uri", Xs(kLastUri + 1))},
       {"no room for the text", 8, [](auto&, auto& r) { r.SetJobURI(Xs(kLastUri + 2).c_str()); },
        E_FAIL, Head("\0\x08"sv) + '\3'},
       {"the job group in the last byte", 2,
@@ -254,7 +248,7 @@ TEST(IppRequestEncodingTest, TellsThatNoAttributeNameWasGiven) {
 TEST(IppRequestEncodingTest, SendsSelectors) {
   using R = IPPRequestBase;
   const auto handling = [](std::string_view keyword) {
-    return Attribute(0x44, "multiple-document-handling", keyword);
+    return IppValue(0x44, "multiple-document-handling", keyword);
   };
   const std::vector<int> all = {2, 3, 5, 7};
   const struct {
@@ -264,9 +258,9 @@ TEST(IppRequestEncodingTest, SendsSelectors) {
     std::string wire;
   } selectors[] = {
       {&R::SetPrintingSides, -1, all, ""},
-      {&R::SetPrintingSides, 0, all, Attribute(0x44, "sides", "one-sided")},
-      {&R::SetPrintingSides, 1, all, Attribute(0x44, "sides", "two-sided-long-edge")},
-      {&R::SetPrintingSides, 2, all, Attribute(0x44, "sides", "two-sided-short-edge")},
+      {&R::SetPrintingSides, 0, all, IppValue(0x44, "sides", "one-sided")},
+      {&R::SetPrintingSides, 1, all, IppValue(0x44, "sides", "two-sided-long-edge")},
+      {&R::SetPrintingSides, 2, all, IppValue(0x44, "sides", "two-sided-short-edge")},
       {&R::SetPrintingSides, 3, all, ""},
       {&R::SetMultipleDocHandling, 0, all, ""},
       {&R::SetMultipleDocHandling, 1, {5, 7}, handling("separate_documents_uncollated_copies")},
@@ -274,12 +268,12 @@ TEST(IppRequestEncodingTest, SendsSelectors) {
       {&R::SetMultipleDocHandling, 3, {5, 7}, handling("single_document_new_sheet")},
       {&R::SetMultipleDocHandling, 4, all, ""},
       {&R::SetOrientationRequested, 2, all, ""},
-      {&R::SetOrientationRequested, 6, all, Attribute(0x21, "orientation-requested", "\0\0\0\6"sv)},
+      {&R::SetOrientationRequested, 6, all, IppValue(0x21, "orientation-requested", "\0\0\0\6"sv)},
       {&R::SetPrintQuality, 2, all, ""},
-      {&R::SetPrintQuality, 3, all, Attribute(0x21, "print-quality", "\0\0\0\3"sv)},
-      {&R::SetOutputMode, -1, {2, 3}, Attribute(0x44, "print-color-mode", "monochrome")},
+      {&R::SetPrintQuality, 3, all, IppValue(0x21, "print-quality", "\0\0\0\3"sv)},
+      {&R::SetOutputMode, -1, {2, 3}, IppValue(0x44, "print-color-mode", "monochrome")},
       {&R::SetCopy, -1, {5}, ""},
-      {&R::SetCopy, -1, {2, 3, 7}, Attribute(0x21, "copies", "\xFF\xFF\xFF\xFF"sv)},
+      {&R::SetCopy, -1, {2, 3, 7}, IppValue(0x21, "copies", "\xFF\xFF\xFF\xFF"sv)},
   };
   for (const auto& [set, selector, operations, wire] : selectors) {
     for (const int operation : operations) {
@@ -289,7 +283,7 @@ TEST(IppRequestEncodingTest, SendsSelectors) {
       Page page;
       EXPECT_HR(client.Form(operation, &page), S_OK);
       const char code[] = {0, static_cast<char>(operation)};
-      EXPECT_EQ(Head({code, 2}) + Attribute(0x45, "printer-uri", "") + '\2' + wire + '\3',
+      EXPECT_EQ(Head({code, 2}) + IppValue(0x45, "printer-uri", "") + '\2' + wire + '\3',
                 page.Written())
           << operation << ' ' << selector;
     }
@@ -297,10 +291,10 @@ TEST(IppRequestEncodingTest, SendsSelectors) {
 }
 
 TEST(IppRequestEncodingTest, AsksForJobsAsFarAsThereIsRoom) {
-  const std::string mine = Attribute(0x22, "my-jobs", "\1");
-  const std::string done = Attribute(0x44, "which-jobs", "completed");
-  const std::string open = Attribute(0x44, "which-jobs", "not-completed");
-  const std::string all = Attribute(0x44, "requested-attributes", "all");
+  const std::string mine = IppValue(0x22, "my-jobs", "\1");
+  const std::string done = IppValue(0x44, "which-jobs", "completed");
+  const std::string open = IppValue(0x44, "which-jobs", "not-completed");
+  const std::string all = IppValue(0x44, "requested-attributes", "all");
   const struct {
     const char* name;
     std::string user;
@@ -312,7 +306,7 @@ TEST(IppRequestEncodingTest, AsksForJobsAsFarAsThereIsRoom) {
       {"no attribute", "u", nullptr, kSize, S_OK, kUser + mine + all},
       {"job-state", "u", "job-state", kSize, S_OK, kUser + mine + done + all},
       {"another attribute", "u", "job-state-reasons", kSize, S_OK, kUser + mine + open + all},
-      {"two users", "u,v", nullptr, kSize, S_OK, kUser + Attribute(0x42, "", "v") + mine + all},
+      {"two users", "u,v", nullptr, kSize, S_OK, kUser + IppValue(0x42, "", "v") + mine + all},
       {"a user too long", Xs(kSize), "a", kSize, S_OK, mine + open + all},
       {"room for the user", "u", "a", kUser.size(), S_OK, kUser},
       {"room for whose jobs", "u", "a", mine.size(), S_OK, mine},
@@ -355,21 +349,21 @@ TEST(IppCallersAttributesTest, GoByTheirTag) {
   IPPAttributeStruct truth = CallersText(0, 0x22, "n", "");
   truth.value.boolean = 1;
   std::vector<std::pair<IPPAttributeStruct, std::string>> rows = {
-      {CallersNumbers(0, 0x21, "n", {-1, 9}), Attribute(0x21, "n", "\xFF\xFF\xFF\xFF"sv)},
-      {CallersNumbers(0, 0x23, "n", {4, 9}), Attribute(0x23, "n", "\0\0\0\4"sv)},
-      {truth, Attribute(0x22, "n", "\1")},
-      {CallersNumbers(0, 0x33, "n", {2, 5}), Attribute(0x33, "n", "\0\0\0\2\0\0\0\5"sv)},
+      {CallersNumbers(0, 0x21, "n", {-1, 9}), IppValue(0x21, "n", "\xFF\xFF\xFF\xFF"sv)},
+      {CallersNumbers(0, 0x23, "n", {4, 9}), IppValue(0x23, "n", "\0\0\0\4"sv)},
+      {truth, IppValue(0x22, "n", "\1")},
+      {CallersNumbers(0, 0x33, "n", {2, 5}), IppValue(0x33, "n", "\0\0\0\2\0\0\0\5"sv)},
       {CallersNumbers(0, 0x32, "n", {600, 300, 3}),  // cross-feed, feed, units
-       Attribute(0x32, "n", "\0\0\2\x58\0\0\1\x2C\3"sv)},
+       IppValue(0x32, "n", "\0\0\2\x58\0\0\1\x2C\3"sv)},
       // Other tags have no list of values.
-      {CallersText(0, 0x31, "n", "a,b"), Attribute(0x31, "n", "a,b")},
-      {CallersText(0, 0x34, "n", ""), Attribute(0x34, "n", "")},
+      {CallersText(0, 0x31, "n", "a,b"), IppValue(0x31, "n", "a,b")},
+      {CallersText(0, 0x34, "n", ""), IppValue(0x34, "n", "")},
       {CallersText(0, 0x44, "", "a"), ""},
-      {full, Attribute(0x41, std::string(128, 'n'), std::string(512, 't'))},
+      {full, IppValue(0x41, std::string(128, 'n'), std::string(512, 't'))},
   };
   for (const char tag : "\x30\x41\x42\x44\x45\x46\x47\x48\x49"sv) {
     rows.emplace_back(CallersText(0, tag, "n", "a,,b"),
-                      Attribute(tag, "n", "a") + Attribute(tag, "", "") + Attribute(tag, "", "b"));
+                      IppValue(tag, "n", "a") + IppValue(tag, "", "") + IppValue(tag, "", "b"));
   }
   for (const auto& [record, wire] : rows) {
     Client client;
@@ -392,8 +386,8 @@ TEST(IppCallersAttributesTest, GoWithTheirGroupAndBlobsLast) {
   request->AddIPPRequest(CallersText(1, 0x44, "n", "a"));
   request->AddIPPRequest(CallersText(0, 0x44, "m", "b"));
   request->AddIPPRequest(CallersText(1, 0x44, "n", "c"));
-  const std::string a = Attribute(0x44, "n", "a"), b = Attribute(0x44, "m", "b");
-  const std::string c = Attribute(0x44, "n", "c");
+  const std::string a = IppValue(0x44, "n", "a"), b = IppValue(0x44, "m", "b");
+  const std::string c = IppValue(0x44, "n", "c");
   const struct {
     const char* name;
     std::uint32_t group;

@@ -13,6 +13,7 @@
 #include "corvane/ipp_response.h"
 #include "ipp/ipp_codes.h"
 #include "tests/ipp/decoded.h"
+#include "tests/support/ipp_bytes.h"
 #include "tests/support/trace_recorder.h"
 
 namespace Corvane::Test {
@@ -20,35 +21,23 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string BigEndian(std::uint32_t number, int bytes) {
-  std::string wire;
-  while (bytes-- > 0) wire += static_cast<char>(number >> bytes * 8);
-  return wire;
-}
-
-std::string Sized(const std::string& bytes) {
-  return BigEndian(static_cast<std::uint32_t>(bytes.size()), 2) + bytes;
-}
-
 std::string Head(int status = 0) {
   return "\2\0"s + BigEndian(static_cast<std::uint32_t>(status), 2) + "\0\0\0\x64"s;
 }
 
-std::string Value(int tag, const std::string& name, const std::string& value) {
-  return std::string(1, static_cast<char>(tag)) + Sized(name) + Sized(value);
-}
-
 std::string Key(const std::string& value, const std::string& name = {}) {
-  return Value(IPPTag::kKeyword, name, value);
+  return IppValue(IPPTag::kKeyword, name, value);
 }
 std::string Int(int value, const std::string& name = {}) {
-  return Value(IPPTag::kInteger, name, BigEndian(static_cast<std::uint32_t>(value), 4));
+  return IppNumber(IPPTag::kInteger, name, value);
 }
-std::string Member(const std::string& name) { return Value(IPPTag::kMemberAttrName, "", name); }
-std::string Begin(const std::string& name = {}) { return Value(IPPTag::kBegCollection, name, ""); }
+std::string Member(const std::string& name) { return IppValue(IPPTag::kMemberAttrName, "", name); }
+std::string Begin(const std::string& name = {}) {
+  return IppValue(IPPTag::kBegCollection, name, "");
+}
 
 const std::string kEnd = "\3";
-const std::string kClose = Value(IPPTag::kEndCollection, "", "");
+const std::string kClose = IppValue(IPPTag::kEndCollection, "", "");
 const std::string kX = Key("x", "a");
 
 struct Case {
@@ -73,7 +62,7 @@ TEST(IppDecodingTest, ReadsWholeMessagesOfVersionTwoOnly) {
       {"end before", Head() + kEnd + kX + kEnd, "E_FAIL"},
       {"longest name", Head() + Key("x", longest) + kEnd, "x", longest},
       {"name too long", Head() + kX + Key("x", tooLong) + kEnd, "E_FAIL"},
-      {"member's field too long", Head() + kX + Value(0x4A, tooLong, "x") + kEnd, "E_FAIL"},
+      {"member's field too long", Head() + kX + IppValue(0x4A, tooLong, "x") + kEnd, "E_FAIL"},
       {"longest value", Head() + Key(longestValue, "a") + kEnd, longestValue},
       {"value cut off", Head() + kX + "\x44\0\1a\0\5x\3"s, "E_FAIL"},
       {"skipped value cut off", Head() + kX + "\x10\0\1a\0\5x\3"s, "E_FAIL"},
@@ -105,7 +94,7 @@ TEST(IppDecodingTest, KeepsWhatItReadUntilTheNextAnswer) {
 }
 
 TEST(IppDecodingTest, GivesEachTypesText) {
-  const auto one = [](int tag, const std::string& value) { return Value(tag, "a", value); };
+  const auto one = [](int tag, const std::string& value) { return IppValue(tag, "a", value); };
   ExpectEach(std::vector<Case>{
       {"integer", Int(INT_MIN, "a"), "-2147483648"},
       {"enum", one(0x23, "\1\2\3\4"), "16909060"},
@@ -137,7 +126,7 @@ TEST(IppDecodingTest, GivesEachTypesText) {
 TEST(IppDecodingTest, PassesOverValuesThatItDoesNotKnow) {
   const auto expectKept = [](bool isKept, int tag, std::size_t size) {
     IPPOperations operations(nullptr);
-    const std::string body = Head() + Value(tag, "n", std::string(size, '\1')) + kX + kEnd;
+    const std::string body = Head() + IppValue(tag, "n", std::string(size, '\1')) + kX + kEnd;
     EXPECT_EQ("x", Decoded(&operations, body, "a")) << tag << ' ' << size;
     EXPECT_EQ(isKept, Held(operations, "n") != "nothing") << tag << ' ' << size;
   };
@@ -171,7 +160,7 @@ TEST(IppDecodingTest, GathersTheValuesOfAName) {
       {"value before any name", Key("w") + two, "[x|y]"},
       {"value before any name, behind the status", Key("w") + two, "0", "status-code"},
       {"status as an attribute", Key("w", "status-code"), "[0|w]", "status-code"},
-      {"skipped, then one", Value(0x10, "a", "") + Key("y"), "y"},
+      {"skipped, then one", IppValue(0x10, "a", "") + Key("y"), "y"},
       {"member's name outside", two + Member("m"), "[x|y|m]"},
       {"end outside", two + kClose + Key("z"), "[x|y|IPP_Set_End|z]"},
   });
@@ -183,8 +172,9 @@ TEST(IppDecodingTest, FollowsPathsIntoCollections) {
       Begin("a") + Member("b") + Int(1) + Int(2) + Member("c") + Begin() + Member("d") + Int(3) +
       Member("b") + Int(4) + Member("e") + Begin() + kClose + kClose + Member("f") + Begin() +
       Member("d") + Int(5) + kClose + kClose + Begin() + Member("c") + Begin() + Member("d") +
-      Int(6) + kClose + Member("b") + Int(7) + Member("g") + Value(0x30, "", "b=8;c=") + kClose;
-  const std::string octets = Value(0x30, "a", "b=1;bb=2;;=3;c=;d;b=4") + Value(0x30, "", "b=5");
+      Int(6) + kClose + Member("b") + Int(7) + Member("g") + IppValue(0x30, "", "b=8;c=") + kClose;
+  const std::string octets =
+      IppValue(0x30, "a", "b=1;bb=2;;=3;c=;d;b=4") + IppValue(0x30, "", "b=5");
   const std::string open = Begin("a") + Member("b") + Int(1) + Begin() + Member("b");
   ExpectEach(std::vector<Case>{
       {"whole", sets,
@@ -211,9 +201,9 @@ TEST(IppDecodingTest, FollowsPathsIntoCollections) {
       {"open before another", open + Key("x", "c"), "x", "c"},
       {"closed twice", Begin("a") + kClose + kClose + Begin() + kClose,
        "[IPP_Set_Start,IPP_Set_End|IPP_Set_End|IPP_Set_Start,IPP_Set_End]"},
-      {"member with a field", Begin("a") + Value(0x4A, "c", "b") + Int(1) + kClose, "1", "a.b"},
+      {"member with a field", Begin("a") + IppValue(0x4A, "c", "b") + Int(1) + kClose, "1", "a.b"},
       {"bytes in the markers",
-       Value(0x34, "a", "junk") + Member("b") + Int(1) + Value(0x37, "", "junk"),
+       IppValue(0x34, "a", "junk") + Member("b") + Int(1) + IppValue(0x37, "", "junk"),
        "IPP_Set_Start,b,1,IPP_Set_End"},
   });
 }

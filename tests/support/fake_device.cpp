@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/extended_request.h"
+
 namespace Corvane::Test {
 namespace {
 
@@ -18,18 +20,15 @@ class FakeResponse final : public HTTPResponse {
   const char* GetContent() override { return answer.nullBody ? nullptr : answer.body.c_str(); }
 };
 
-class FakeRequest : public HTTPRequest, public IDisposableImpl {
+class FakeRequest : public Counted<HTTPRequest> {
  public:
   FakeRequest(FakeDevice* device, std::uint32_t port) : m_device(device), m_port(port) {}
   ~FakeRequest() override { m_device->calls.push_back(L"~HTTPRequest"); }
 
-  std::uint32_t AddRef() override { return AddRefImpl(); }
-  std::uint32_t AddRefConst() override { return AddRefImpl(); }
   std::uint32_t Dispose() override {
     m_device->calls.push_back(L"Dispose");
     return DisposeImpl();
   }
-  std::uint32_t Release() override { return DisposeImpl(); }
 
   const wchar_t* GetURI() override { return m_path.c_str(); }
   void SetURI(const wchar_t* path) override { Record(L"SetURI ", m_path = path); }
@@ -72,28 +71,17 @@ class FakeRequest : public HTTPRequest, public IDisposableImpl {
   FakeResponse m_response;
 };
 
-class FakeIppRequest final : public FakeRequest, public TqHTTPRequestEx {
+class FakeIppRequest final : public Host::ExtendedRequest<FakeRequest> {
  public:
-  using FakeRequest::FakeRequest;
+  using ExtendedRequest::ExtendedRequest;
 
-  const wchar_t* GetURI() override { return FakeRequest::GetURI(); }
-  void SetURI(const wchar_t* path) override { FakeRequest::SetURI(path); }
-  void SetUserName(const wchar_t* name) override { FakeRequest::SetUserName(name); }
-  void SetPassword(const wchar_t* password) override { FakeRequest::SetPassword(password); }
-  void SetMethod(const wchar_t* verb) override { FakeRequest::SetMethod(verb); }
-  void SetContentType(const wchar_t* type) override { FakeRequest::SetContentType(type); }
-  void Cancel() override {}
-  void SetRequestData(const void* data, std::uint32_t size) override {
-    FakeRequest::SetRequestData(data, size);
-  }
   bool IsSending() override { return false; }
-  using FakeRequest::SetOption;
+  using ExtendedRequest::SetOption;
   void SetOption(std::uintptr_t option) override {
     const bool isHost = option == reinterpret_cast<std::uintptr_t>(m_device->GetAddress());
     Record(L"Ex::SetOption ", isHost ? L"host" : std::to_wstring(option));
   }
   void SetHeader(const wchar_t* name, const wchar_t* value) override { AddHeader(name, value); }
-  std::uint32_t GetLastError() override { return FakeRequest::GetLastError(); }
   void SendBody(const void* data, std::uint32_t size) override {
     Record(L"SendBody ", std::to_wstring(size));
     m_device->lastRequestBody.assign(static_cast<const char*>(data), size);

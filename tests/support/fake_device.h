@@ -7,10 +7,11 @@
 #include <vector>
 
 #include "corvane/transport.h"
+#include "tests/support/counted.h"
 
 namespace Corvane::Test {
 
-class FakeDevice final : public Address, public IDisposableImpl {
+class FakeDevice final : public Counted<Address> {
  public:
   struct Answer {
     std::string body;
@@ -43,15 +44,6 @@ class FakeDevice final : public Address, public IDisposableImpl {
   }
   // Exchanges so far.
   int Requests() const;
-  std::uint32_t References() {
-    AddRef();
-    return Release();
-  }
-
-  std::uint32_t AddRef() override { return AddRefImpl(); }
-  std::uint32_t AddRefConst() override { return AddRefImpl(); }
-  std::uint32_t Dispose() override { return DisposeImpl(); }
-  std::uint32_t Release() override { return DisposeImpl(); }
 
   const wchar_t* GetDisplayName() override { return L"fake"; }
   const wchar_t* GetAddress() override { return host.c_str(); }

@@ -11,11 +11,12 @@
 
 #include "collection/oid_order.h"
 #include "corvane/mib_connection.h"
+#include "tests/support/counted.h"
 
 namespace Corvane::Test {
 
 // Lives where a test declares it: the count alone never destroys it.
-class FakeSnmp final : public MIBConnection, public IDisposableImpl {
+class FakeSnmp final : public Counted<MIBConnection> {
  public:
   static constexpr wchar_t kProbe[] = L"1.3.6.1.2.1.25.3.2.1.3.1";
   static constexpr HRESULT kNoSuchName = static_cast<HRESULT>(0x80041002);
@@ -35,15 +36,6 @@ class FakeSnmp final : public MIBConnection, public IDisposableImpl {
   _variant_t lastSet;
 
   void Serve(const wchar_t* oid, _variant_t value) { values[ParseOid(oid).value()] = value; }
-  std::uint32_t References() {
-    AddRef();
-    return Release();
-  }
-
-  std::uint32_t AddRef() override { return AddRefImpl(); }
-  std::uint32_t AddRefConst() override { return AddRefImpl(); }
-  std::uint32_t Dispose() override { return DisposeImpl(); }
-  std::uint32_t Release() override { return DisposeImpl(); }
 
   bool IsOpen() override { return true; }
   HRESULT GetValue(const wchar_t* oid, VARIANT* value) override {

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "core/ref_ptr.h"
+#include "tests/support/ipp_bytes.h"
 
 namespace Corvane::Test {
 namespace {
@@ -21,35 +22,16 @@ constexpr int kNotFound = 1030;
 constexpr std::uint32_t kHttpOk = 200;
 constexpr char kJobUri[] = "ipp://printer/jobs/";
 
-std::string Sized(const std::string& bytes) {
-  return std::string(1, static_cast<char>(bytes.size() >> 8)) + static_cast<char>(bytes.size()) +
-         bytes;
-}
-
-std::string Text(int tag, const char* name, const std::string& value) {
-  return static_cast<char>(tag) + Sized(name) + Sized(value);
-}
-
-std::string Number(int tag, const char* name, int value) {
-  std::string bytes;
-  for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift);
-  return Text(tag, name, bytes);
-}
-
-std::string Message(int status, const std::string& groups = {}) {
-  return "\2\0"s + static_cast<char>(status >> 8) + static_cast<char>(status) + "\0\0\0\x64"s +
-         groups + '\3';
-}
-
 std::string JobGroup(int id, const Job& job, int upTime) {
-  return '\2' + Number(kInteger, "job-id", id) +
-         Text(kUri, "job-uri", kJobUri + std::to_string(id)) + Text(kName, "job-name", job.name) +
-         Text(kName, "job-originating-user-name", job.user) +
-         Number(kEnum, "job-state", job.state) +
-         Text(kKeyword, "job-state-reasons",
-              job.state == ScriptedPrinter::kCancelled ? "job-canceled-at-device" : "none") +
-         Number(kInteger, "time-at-creation", job.createdAt) +
-         Number(kInteger, "job-printer-up-time", upTime);
+  return '\2' + IppNumber(kInteger, "job-id", id) +
+         IppValue(kUri, "job-uri", kJobUri + std::to_string(id)) +
+         IppValue(kName, "job-name", job.name) +
+         IppValue(kName, "job-originating-user-name", job.user) +
+         IppNumber(kEnum, "job-state", job.state) +
+         IppValue(kKeyword, "job-state-reasons",
+                  job.state == ScriptedPrinter::kCancelled ? "job-canceled-at-device" : "none") +
+         IppNumber(kInteger, "time-at-creation", job.createdAt) +
+         IppNumber(kInteger, "job-printer-up-time", upTime);
 }
 
 // A request without its document, whose bytes stay in *rest.
@@ -104,7 +86,7 @@ class ScriptedResponse final : public HTTPResponse {
 
 }  // namespace
 
-class ScriptedRequest final : public HTTPRequest, public TqHTTPRequestEx, public IDisposableImpl {
+class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestEx {
  public:
   ScriptedRequest(ScriptedPrinter* printer, std::uint32_t port)
       : m_printer(RefPtr<ScriptedPrinter>::Share(printer)), m_port(port) {
@@ -116,11 +98,6 @@ class ScriptedRequest final : public HTTPRequest, public TqHTTPRequestEx, public
       if (m_job && m_phase == Phase::kSending) Abort();
     });
   }
-
-  std::uint32_t AddRef() override { return AddRefImpl(); }
-  std::uint32_t AddRefConst() override { return AddRefImpl(); }
-  std::uint32_t Dispose() override { return DisposeImpl(); }
-  std::uint32_t Release() override { return DisposeImpl(); }
 
   const wchar_t* GetURI() override { return L""; }
   void SetURI(const wchar_t*) override {}
@@ -218,19 +195,20 @@ class ScriptedRequest final : public HTTPRequest, public TqHTTPRequestEx, public
     if (m_asked.operation == kGetPrinter) {
       const auto [state, reasons] = printer.printer.front();
       if (printer.printer.size() > 1) printer.printer.pop_front();
-      const std::string told =
-          Number(kEnum, "printer-state", state) + Text(kKeyword, "printer-state-reasons", reasons);
-      Reply(Message(0, '\4' + Text(kName, "printer-name", "p") + (printer.tellsState ? told : "")));
+      const std::string told = IppNumber(kEnum, "printer-state", state) +
+                               IppValue(kKeyword, "printer-state-reasons", reasons);
+      Reply(LibraryAnswer(
+          0, '\4' + IppValue(kName, "printer-name", "p") + (printer.tellsState ? told : "")));
     } else if (m_asked.operation == kGetJobs) {
       m_printer->m_changed.wait(*lock, [&] { return !printer.holdsLists; });
       if (!printer.listsJobs) {
         Fail(ScriptedPrinter::kUnreachable);
         return;
       }
-      Reply(Message(0, ListedJobs()));
+      Reply(LibraryAnswer(0, ListedJobs()));
     } else {
       m_response.status = printer.http;
-      Reply(Message(printer.status));
+      Reply(LibraryAnswer(printer.status, {}));
       if (m_asked.operation == kCancelJob || m_asked.operation == kGetJobAttributes) AnswerOfJob();
     }
   }
@@ -247,10 +225,10 @@ class ScriptedRequest final : public HTTPRequest, public TqHTTPRequestEx, public
     for (auto& [id, job] : Printer().jobs) {
       if (m_asked.attributes["job-uri"] != kJobUri + std::to_string(id)) continue;
       if (m_asked.operation == kCancelJob) job.state = ScriptedPrinter::kCancelled;
-      Reply(Message(0, JobGroup(id, job, m_printer->UpTime())));
+      Reply(LibraryAnswer(0, JobGroup(id, job, m_printer->UpTime())));
       return;
     }
-    Reply(Message(kNotFound));
+    Reply(LibraryAnswer(kNotFound, {}));
   }
 
   // The next bytes of a Print-Job request.
@@ -296,10 +274,10 @@ class ScriptedRequest final : public HTTPRequest, public TqHTTPRequestEx, public
     }
     if (printer.http != kHttpOk || status > 0xFF) {
       Abort();
-      Reply(Message(status));
+      Reply(LibraryAnswer(status, {}));
     } else {
       if (m_job->state < ScriptedPrinter::kCancelled) m_job->state = printer.whenWhole;
-      Reply(Message(status, JobGroup(m_id, *m_job, m_printer->UpTime())));
+      Reply(LibraryAnswer(status, JobGroup(m_id, *m_job, m_printer->UpTime())));
     }
     if (printer.losesAnswers) Fail(ScriptedPrinter::kNoAnswer, kAnswerLost);
     m_printer->m_changed.notify_all();

@@ -14,11 +14,12 @@
 #include <vector>
 
 #include "corvane/transport.h"
+#include "tests/support/counted.h"
 
 namespace Corvane::Test {
 
 // Any number of threads. Its host text is a USB port name, so that nobody probes it.
-class ScriptedPrinter final : public Address, public IDisposableImpl {
+class ScriptedPrinter final : public Counted<Address> {
  public:
   static constexpr std::size_t kNever = ~std::size_t{0};
   // Last errors of its requests.
@@ -94,15 +95,6 @@ class ScriptedPrinter final : public Address, public IDisposableImpl {
     std::unique_lock lock(m_mutex);
     return m_changed.wait_for(lock, limit, [&] { return condition(m_state); });
   }
-  std::uint32_t References() {
-    AddRef();
-    return Release();
-  }
-
-  std::uint32_t AddRef() override { return AddRefImpl(); }
-  std::uint32_t AddRefConst() override { return AddRefImpl(); }
-  std::uint32_t Dispose() override { return DisposeImpl(); }
-  std::uint32_t Release() override { return DisposeImpl(); }
 
   const wchar_t* GetDisplayName() override { return L"scripted"; }
   const wchar_t* GetAddress() override { return L"USB001"; }

@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <atomic>
-#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "host/address_base.h"
+#include "host/extended_request.h"
 #include "host/request_base.h"
 #include "host/response_reader.h"
 #include "host/text.h"
@@ -114,37 +114,17 @@ class SocketExchange {
   ResponseReader m_reader{kMaxResponseBytes};
 };
 
-class SocketRequest final : public RequestBase, public TqHTTPRequestEx {
+class SocketRequest final : public ExtendedRequest<RequestBase> {
  public:
   SocketRequest(std::shared_ptr<const Endpoint> device, std::shared_ptr<LastFailure> lastFailure)
-      : RequestBase(std::move(lastFailure)), m_device(std::move(device)) {}
+      : ExtendedRequest(std::move(lastFailure)), m_device(std::move(device)) {}
   const char* GetTypeName() override { return "Corvane::Test::SocketRequest"; }
 
-  const wchar_t* GetURI() override { return RequestBase::GetURI(); }
-  void SetURI(const wchar_t* path) override { RequestBase::SetURI(path); }
-  void SetUserName(const wchar_t* name) override { RequestBase::SetUserName(name); }
-  void SetPassword(const wchar_t* password) override { RequestBase::SetPassword(password); }
-  void SetMethod(const wchar_t* verb) override { RequestBase::SetMethod(verb); }
-  void SetContentType(const wchar_t* type) override { RequestBase::SetContentType(type); }
-  void Cancel() override { RequestBase::Cancel(); }
-  void SetRequestData(const void* data, std::uint32_t size) override {
-    RequestBase::SetRequestData(data, size);
-  }
-  std::uint32_t GetLastError() override { return RequestBase::GetLastError(); }
   bool IsSending() override { return m_sending.load(); }
   std::uint64_t GetSentBytes() override { return m_sent.load(); }
   void SetOption(std::uint32_t option) override { Settings().timeoutMs = option; }
-  void SetOption(std::uintptr_t option) override {
-    const bool isHost = option == reinterpret_cast<std::uintptr_t>(m_device->host.c_str());
-    if (isHost || option > std::numeric_limits<std::uint32_t>::max()) return;
-    SetOption(static_cast<std::uint32_t>(option));
-  }
-  void SetHeader(const wchar_t* name, const wchar_t* value) override {
-    std::erase_if(Settings().headers, [name](const auto& header) {
-      return EqualsIgnoreCase(header.first, OrEmpty(name));
-    });
-    AddHeader(name, value);
-  }
+  void SetOption(std::uintptr_t option) override { SetTimeoutOrHost(option, m_device->host); }
+  void SetHeader(const wchar_t* name, const wchar_t* value) override { ReplaceHeader(name, value); }
   void SetContentLength(std::uint32_t size) override { m_contentLength = size; }
 
   void SendBody(const void* data, std::uint32_t size) override {

@@ -1,7 +1,7 @@
 // Where the reader of IPP answers stops.
 #include <gtest/gtest.h>
 
-#include "tests/tools/ipp_answer.h"
+#include "tests/support/ipp_bytes.h"
 #include "tools/ipp_message.h"
 #include "tools/ipp_values.h"
 
@@ -15,9 +15,9 @@ std::string WithByte(std::string text, std::size_t position, char byte) {
 
 TEST(IppAnswer, IsNoneWhereverItIsCutOff) {
   const std::string whole =
-      IppAnswer(0, IppGroup(1) + IppValue(0x47, "attributes-charset", "utf-8") + IppGroup(4) +
-                       IppValue(0x42, "printer-name", "P") + IppValue(0x42, "", "Q") +
-                       IppValue(0x34, "c", "") + IppValue(0x4A, "", "m") + IppValue(0x37, "", ""));
+      ToolAnswer(0, IppGroup(1) + IppValue(0x47, "attributes-charset", "utf-8") + IppGroup(4) +
+                        IppValue(0x42, "printer-name", "P") + IppValue(0x42, "", "Q") +
+                        IppValue(0x34, "c", "") + IppValue(0x4A, "", "m") + IppValue(0x37, "", ""));
   for (std::size_t size = 0; size < whole.size(); ++size) {
     EXPECT_FALSE(Tool::ReadIPPAnswer(whole.substr(0, size))) << size;
   }
@@ -29,9 +29,9 @@ TEST(IppAnswer, IsNoneWhereverItIsCutOff) {
 }
 
 TEST(IppAnswer, IsNoneOfAnotherRequestOrBeyondALimit) {
-  const std::string good = IppAnswer(0, IppGroup(2));
+  const std::string good = ToolAnswer(0, IppGroup(2));
   ASSERT_TRUE(Tool::ReadIPPAnswer(good));
-  ASSERT_TRUE(Tool::ReadIPPAnswer(IppAnswer(0, std::string(10'000, '\2'))));
+  ASSERT_TRUE(Tool::ReadIPPAnswer(ToolAnswer(0, std::string(10'000, '\2'))));
   const std::string filler = IppValue(0x42, "n", std::string(65'000, 'x'));
   std::string huge = IppGroup(2);
   while (huge.size() <= Tool::kMaxIPPAnswerBytes) huge += filler;
@@ -43,10 +43,10 @@ TEST(IppAnswer, IsNoneOfAnotherRequestOrBeyondALimit) {
       {"version 3", WithByte(good, 0, 3)},
       {"another request's, high half", WithByte(good, 4, 1)},
       {"another request's, low half", WithByte(good, 7, 2)},
-      {"an attribute before any group", IppAnswer(0, IppValue(0x42, "n", "v"))},
-      {"another value of no attribute", IppAnswer(0, IppGroup(2) + IppValue(0x42, "", "v"))},
-      {"too many groups", IppAnswer(0, std::string(10'001, '\2'))},
-      {"too many bytes", IppAnswer(0, huge)},
+      {"an attribute before any group", ToolAnswer(0, IppValue(0x42, "n", "v"))},
+      {"another value of no attribute", ToolAnswer(0, IppGroup(2) + IppValue(0x42, "", "v"))},
+      {"too many groups", ToolAnswer(0, std::string(10'001, '\2'))},
+      {"too many bytes", ToolAnswer(0, huge)},
   };
   for (const auto& c : kCases) EXPECT_FALSE(Tool::ReadIPPAnswer(c.body)) << c.name;
 }

@@ -5,9 +5,9 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "tests/support/ipp_bytes.h"
 #include "tests/support/ippeveprinter.h"
 #include "tests/support/loopback_server.h"
-#include "tests/tools/ipp_answer.h"
 #include "tests/tools/tool_run.h"
 #include "tools/device.h"
 #include "tools/ipp_exchange.h"
@@ -154,7 +154,7 @@ TEST(JobsOfLyingPrinter, AreListedAsFarAsTheyAreAny) {
        "5\t-\t-\t-\t-\t-\n", "my-jobs"},
   };
   for (const auto& c : kCases) {
-    LoopbackServer server(LoopbackServer::AnswerEach(IppResponse(IppAnswer(0, c.groups))));
+    LoopbackServer server(LoopbackServer::AnswerEach(IppResponse(ToolAnswer(0, c.groups))));
     const ProcessResult text = RunJobs(server.Port(), {"--user", "ana"});
     EXPECT_EQ(text.output, c.output) << c.name;
     EXPECT_EQ(text.exitStatus, 0) << c.name << text.error;
@@ -168,7 +168,7 @@ TEST(JobsOfLyingPrinter, AreListedAsFarAsTheyAreAny) {
 
 TEST(JobsOfLyingPrinter, AreNoneWithoutAWholeAnswer) {
   const std::string refusal =
-      IppAnswer(0x0500, IppGroup(1) + IppValue(0x41, "status-message", kSaid));
+      ToolAnswer(0x0500, IppGroup(1) + IppValue(0x41, "status-message", kSaid));
   const std::string flood(1 << 20, '\2');
   const struct {
     const char* name;
@@ -179,12 +179,12 @@ TEST(JobsOfLyingPrinter, AreNoneWithoutAWholeAnswer) {
        "404"},
       {"empty", LoopbackServer::AnswerEach(IppResponse("")), "not with IPP"},
       {"a page", LoopbackServer::AnswerEach(IppResponse("<html>jobs</html>")), "not with IPP"},
-      {"not HTTP", LoopbackServer::AnswerEach(IppAnswer(0, "")), "corvane: "},
+      {"not HTTP", LoopbackServer::AnswerEach(ToolAnswer(0, "")), "corvane: "},
       {"closes", [](LoopbackConnection&) {}, "corvane: "},
       {"silent", [](LoopbackConnection& c) { c.WaitForClose(); }, "corvane: "},
       {"a refusal with escapes", LoopbackServer::AnswerEach(IppResponse(refusal)),
        "IPP status 0x0500: x\\x1B[2J\\ncorvane: forged"},
-      {"a million groups", LoopbackServer::AnswerEach(IppResponse(IppAnswer(0, flood))),
+      {"a million groups", LoopbackServer::AnswerEach(IppResponse(ToolAnswer(0, flood))),
        "not with IPP"},
       {"200 MB",
        [&flood](LoopbackConnection& c) {

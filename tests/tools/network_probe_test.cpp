@@ -10,10 +10,10 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/ipp_bytes.h"
 #include "tests/support/ippeveprinter.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/snmpd.h"
-#include "tests/tools/ipp_answer.h"
 #include "tests/tools/tool_run.h"
 
 namespace Corvane::Test {
@@ -88,7 +88,7 @@ TEST(NetworkProbe, TellsARealPrinterAndItsAgent) {
 }
 
 TEST(NetworkProbe, TellsAPrinterThatRefuses) {
-  LoopbackServer server(LoopbackServer::AnswerEach(IppResponse(IppAnswer(0x0406, ""))));
+  LoopbackServer server(LoopbackServer::AnswerEach(IppResponse(ToolAnswer(0x0406, ""))));
   const ProcessResult result = Probe(0, 0, server.Port(), {});
   EXPECT_EQ(result.exitStatus, 0) << result.error;
   EXPECT_TRUE(Contains(result.output, "\tyes\t-\t-\t-\t-\tIPP status 0x0406\n")) << result.output;

@@ -11,11 +11,11 @@
 #include <memory>
 #include <thread>
 
+#include "tests/support/ipp_bytes.h"
 #include "tests/support/ippeveprinter.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/private_network.h"
 #include "tests/support/running_tool.h"
-#include "tests/tools/ipp_answer.h"
 #include "tests/tools/tool_run.h"
 
 namespace Corvane::Test {
@@ -333,21 +333,18 @@ class ScriptedPrinter {
       }
       if (m_hasDocument && m_fallsSilent) return connection.WaitForClose();
       if (operation == kCancelJob) m_isCancelled = true;
-      const std::string four("\0\0\0", 3);
       std::string groups = IppGroup(4) + IppValue(0x42, "printer-name", "p") +
-                           IppValue(0x23, "printer-state", four + '\3') +
+                           IppNumber(0x23, "printer-state", 3) +
                            IppValue(0x44, "printer-state-reasons", "none");
       if (operation == kGetJobs || operation == kCancelJob) groups.clear();
       if (operation == kGetJobs && m_hasDocument && m_listsJob && !m_isCancelled) {
-        groups = IppGroup(2) + IppValue(0x21, "job-id", four + '\7') +
-                 IppValue(0x42, "job-name", "stdin") +
+        groups = IppGroup(2) + IppNumber(0x21, "job-id", 7) + IppValue(0x42, "job-name", "stdin") +
                  IppValue(0x45, "job-uri", "ipp://localhost/ipp/print/7") +
-                 IppValue(0x23, "job-state", four + '\5') +
+                 IppNumber(0x23, "job-state", 5) +
                  IppValue(0x44, "job-state-reasons", "job-incoming");
       }
-      std::string answer = IppAnswer(0, groups);
-      answer.replace(0, 2, request, body, 2);  // the request's version, and its id
-      answer.replace(4, 4, request, body + 4, 4);
+      const std::string answer =
+          IppMessage(request.substr(body, 2), 0, request.substr(body + 4, 4), groups);
       if (!connection.Send(IppResponse(answer))) return;
     }
   }
@@ -415,9 +412,3 @@ TEST_F(PrintOnPort631, TellsWhenADocumentIsPerhapsPrinted) {
 
 }  // namespace
 }  // namespace Corvane::Test
-
-int main(int argc, char** argv) {
-  if (const int status = Corvane::Test::RunInPrivateNetwork(argv); status >= 0) return status;
-  testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
-}

@@ -1,0 +1,10 @@
+// The main of tests whose printers have the ports that the system itself chooses.
+#include <gtest/gtest.h>
+
+#include "tests/support/private_network.h"
+
+int main(int argc, char** argv) {
+  if (const int status = Corvane::Test::RunInPrivateNetwork(argv); status >= 0) return status;
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
