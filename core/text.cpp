@@ -10,10 +10,6 @@ namespace {
 
 constexpr std::size_t kMaxConvertible = std::numeric_limits<int>::max();
 
-wchar_t LowerAscii(wchar_t c) {
-  return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
-}
-
 UniqueBstr Widen(UINT codePage, std::string_view narrow) {
   if (narrow.empty() || narrow.size() > kMaxConvertible) return UniqueBstr::Make(L"");
   const int bytes = static_cast<int>(narrow.size());
@@ -36,11 +32,6 @@ std::string Narrowed(UINT codePage, std::wstring_view wide) {
 }
 
 }  // namespace
-
-bool EqualsIgnoreAsciiCase(std::wstring_view a, std::wstring_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](wchar_t x, wchar_t y) { return LowerAscii(x) == LowerAscii(y); });
-}
 
 UniqueBstr BstrFromNarrow(std::string_view narrow) { return Widen(CP_ACP, narrow); }
 

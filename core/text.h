@@ -9,9 +9,6 @@
 
 namespace Corvane {
 
-// A to Z match a to z; nothing else folds.
-bool EqualsIgnoreAsciiCase(std::wstring_view a, std::wstring_view b);
-
 // Between the system's default code page (UTF-8 on Linux) and wide text. Bytes or characters that
 // the other side lacks become its replacement character. A text too long to convert (2 GB) gives an
 // empty one.

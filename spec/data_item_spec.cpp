@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "core/lower_case.h"
+#include "base/letter_case.h"
 #include "spec/decimal.h"
 #include "spec/element.h"
 #include "spec/owned_text.h"

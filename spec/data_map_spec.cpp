@@ -3,6 +3,7 @@
 #include <memory>
 #include <new>
 
+#include "base/letter_case.h"
 #include "core/class_identification.h"
 #include "corvane/ipp_data_item_spec.h"
 #include "corvane/next_oid_data_item_spec.h"

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/letter_case.h"
 #include "core/ref_ptr.h"
-#include "core/text.h"
 #include "core/unique_bstr.h"
 #include "corvane/platform.h"
 

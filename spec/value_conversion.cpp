@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "core/lower_case.h"
+#include "base/letter_case.h"
 #include "core/unique_bstr.h"
 #include "corvane/nexo_data_item.h"
 

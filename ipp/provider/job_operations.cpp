@@ -1,6 +1,7 @@
 // Jobs that are made and cancelled by one exchange.
 #include <vector>
 
+#include "base/letter_case.h"
 #include "core/text.h"
 #include "core/trace.h"
 #include "ipp/ipp_codes.h"
