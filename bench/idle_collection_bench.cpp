@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "corvane/corvane.h"
-#include "host/recorded_address.h"
+#include "host/recorded/recorded_address.h"
 
 namespace {
 

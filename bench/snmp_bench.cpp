@@ -19,8 +19,8 @@
 #include <vector>
 
 #include "corvane/corvane.h"
-#include "host/netsnmp.h"
 #include "host/network_address.h"
+#include "host/snmp/netsnmp.h"
 #include "tests/support/snmpd.h"
 
 namespace {

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "corvane/corvane.h"
-#include "host/recorded_address.h"
+#include "host/recorded/recorded_address.h"
 #include "tests/support/temp_folder.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "corvane/corvane.h"
-#include "host/recorded_address.h"
+#include "host/recorded/recorded_address.h"
 
 int main(int argc, char** argv) {
   if (argc != 3) return 2;

@@ -2,36 +2,10 @@
 #ifndef CORVANE_HOST_NETWORK_ADDRESS_H_
 #define CORVANE_HOST_NETWORK_ADDRESS_H_
 
-#include <cstddef>
-#include <cstdint>
-#include <map>
-#include <set>
-#include <string>
-
 #include "corvane/transport.h"
-#include "host/snmp_options.h"
+#include "host/common/network_options.h"
 
 namespace Corvane::Host {
-
-struct NetworkOptions {
-  std::wstring host;  // an IP literal (IPv6 without brackets) or a host name
-  // What GetAddress tells: an IP literal of `host`, for who looks up no names; empty: `host`
-  // itself.
-  std::wstring addressText;
-  std::map<std::uint32_t, std::uint32_t> portMap;  // port asked for -> port connected to
-  std::set<std::uint32_t> tlsPorts = {443};  // ports, as asked for, that are spoken to with TLS
-  std::string caFile;  // PEM certificates to trust instead of the system's; empty: the system's
-  bool verifyCertificates = true;  // chain and host name
-  std::string pinFile;  // UTF-8 path of the keys that devices are known by, see below; empty: none
-  bool secretsOverTlsOnly = false;         // a request without TLS goes without credentials
-  std::uint32_t connectTimeoutMs = 5'000;  // one exchange's connecting
-  std::uint32_t totalTimeoutMs = 30'000;   // one exchange in all, however slowly the device drips
-  std::size_t maxResponseBytes = std::size_t{64}
-                                 << 20;  // a longer body, decoded, fails the exchange: memory
-  std::wstring userName;                 // for requests that set no password of their own
-  std::wstring password;
-  SnmpOptions snmp;
-};
 
 // One reference, the caller's; null for a missing or malformed host (a name is ASCII, one in other
 // scripts in its "xn--" form), a mapped port outside 1 to 65535, or a time-out of 0. Requests of

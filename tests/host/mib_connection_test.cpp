@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/error_codes.h"
+#include "host/common/error_codes.h"
 #include "tests/host/mib_session.h"
 #include "tests/support/snmpd.h"
 #include "tests/support/udp_relay.h"

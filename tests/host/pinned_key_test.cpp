@@ -16,8 +16,8 @@
 #include <thread>
 #include <vector>
 
-#include "host/pin_file.h"
-#include "host/text.h"
+#include "host/common/text.h"
+#include "host/trust/pin_file.h"
 #include "tests/host/streaming.h"
 #include "tests/support/hr.h"
 #include "tests/support/loopback_server.h"

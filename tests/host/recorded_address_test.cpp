@@ -1,4 +1,4 @@
-#include "host/recorded_address.h"
+#include "host/recorded/recorded_address.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Responses, fed whole and byte by byte: what is beyond doubt is read, all else fails.
-#include "host/response_reader.h"
+#include "host/http/response_reader.h"
 
 #include <gtest/gtest.h>
 

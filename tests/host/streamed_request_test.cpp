@@ -15,7 +15,7 @@
 #include <tuple>
 #include <utility>
 
-#include "host/request_url.h"
+#include "host/http/request_url.h"
 #include "tests/host/streaming.h"
 #include "tests/support/hr.h"
 #include "tests/support/loopback_server.h"

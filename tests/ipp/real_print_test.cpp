@@ -12,7 +12,7 @@
 
 #include "core/ref_ptr.h"
 #include "corvane/ipp_provider.h"
-#include "host/error_codes.h"
+#include "host/common/error_codes.h"
 #include "host/network_address.h"
 #include "ipp/ipp_codes.h"
 #include "platform/system.h"

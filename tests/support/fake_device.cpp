@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/extended_request.h"
+#include "host/common/extended_request.h"
 
 namespace Corvane::Test {
 namespace {

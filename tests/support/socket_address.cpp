@@ -9,11 +9,11 @@
 #include <string_view>
 #include <utility>
 
-#include "host/address_base.h"
-#include "host/extended_request.h"
-#include "host/request_base.h"
-#include "host/response_reader.h"
-#include "host/text.h"
+#include "host/common/address_base.h"
+#include "host/common/extended_request.h"
+#include "host/common/request_base.h"
+#include "host/common/text.h"
+#include "host/http/response_reader.h"
 
 namespace Corvane::Test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/duration.h"
+#include "tools/output/duration.h"
 
 #include <gtest/gtest.h>
 

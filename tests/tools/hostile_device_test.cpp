@@ -5,8 +5,8 @@
 
 #include "tests/support/wine.h"
 #include "tests/tools/tool_run.h"
-#include "tools/text_escape.h"
-#include "tools/utf8.h"
+#include "tools/output/text_escape.h"
+#include "tools/output/utf8.h"
 
 namespace Corvane::Test {
 namespace {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/ipp_bytes.h"
-#include "tools/ipp_message.h"
-#include "tools/ipp_values.h"
+#include "tools/ipp/ipp_message.h"
+#include "tools/ipp/ipp_values.h"
 
 namespace Corvane::Test {
 namespace {

@@ -9,8 +9,8 @@
 #include "tests/support/ippeveprinter.h"
 #include "tests/support/loopback_server.h"
 #include "tests/tools/tool_run.h"
-#include "tools/device.h"
-#include "tools/ipp_exchange.h"
+#include "tools/ipp/ipp_exchange.h"
+#include "tools/options/device.h"
 
 namespace Corvane::Test {
 namespace {

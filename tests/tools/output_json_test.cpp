@@ -1,12 +1,12 @@
 // JSON output, read back by a parser that refuses what is no UTF-8.
-#include "tools/output_json.h"
+#include "tools/map/output_json.h"
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/tool_run.h"
-#include "tools/utf8.h"
+#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {

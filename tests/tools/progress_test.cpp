@@ -1,5 +1,5 @@
 // How far a document is, in words and as a line on a terminal.
-#include "tools/progress.h"
+#include "tools/print/progress.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Escaping, and the conversions below it.
-#include "tools/text_escape.h"
+#include "tools/output/text_escape.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "tools/utf8.h"
+#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {

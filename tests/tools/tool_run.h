@@ -10,8 +10,8 @@
 
 #include "tests/support/process.h"
 #include "tests/support/temp_folder.h"
-#include "tools/text_escape.h"
-#include "tools/utf8.h"
+#include "tools/output/text_escape.h"
+#include "tools/output/utf8.h"
 
 namespace Corvane::Test {
 

@@ -1,0 +1,48 @@
+#include "host/common/address_base.h"
+
+#include <exception>
+
+namespace Corvane::Host {
+namespace {
+
+constexpr std::uint32_t kMaxPort = 65535;
+
+}  // namespace
+
+HRESULT AddressBase::Create(Maker make, HTTPRequest** request, std::uint32_t port) try {
+  if (!request) return E_POINTER;
+  *request = nullptr;
+  if (port == 0 || port > kMaxPort) return E_INVALIDARG;
+  HTTPRequest* const made = (this->*make)(port);
+  if (!made) return E_NOTIMPL;
+  made->AddRef();
+  *request = made;
+  return S_OK;
+} catch (const std::exception&) {
+  return E_OUTOFMEMORY;
+}
+
+HRESULT AddressBase::CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) {
+  return Create(&AddressBase::MakeRequest, request, port);
+}
+
+HRESULT AddressBase::CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t port) {
+  return Create(&AddressBase::MakeIPPRequest, request, port);
+}
+
+HRESULT AddressBase::MakeConnection(MIBConnection**) { return E_NOTIMPL; }
+
+HRESULT AddressBase::GetMIBConnection(MIBConnection** connection) try {
+  if (!connection) return E_POINTER;
+  *connection = nullptr;
+  MIBConnection* made = nullptr;
+  const HRESULT result = MakeConnection(&made);
+  if (FAILED(result)) return result;
+  made->AddRef();
+  *connection = made;
+  return S_OK;
+} catch (const std::exception&) {
+  return E_OUTOFMEMORY;
+}
+
+}  // namespace Corvane::Host

@@ -1,0 +1,18 @@
+// "corvane jobs".
+#ifndef CORVANE_TOOLS_IPP_JOBS_H_
+#define CORVANE_TOOLS_IPP_JOBS_H_
+
+#include "tools/options/options.h"
+#include "tools/output/command_result.h"
+
+namespace Corvane::Tool {
+
+// The user's jobs that the printer tells (Get-Jobs, RFC 8011, 4.2.6): id, state, its reasons, name,
+// user and URI. As text a line each with tabs between them, escaped, "-" for what the printer does
+// not tell; as JSON an array of objects with the names of RFC 8011, null for that. Throws Failure:
+// kBadUsage, or kNoAnswer when no list came.
+CommandResult ListJobs(const Options& options);
+
+}  // namespace Corvane::Tool
+
+#endif  // CORVANE_TOOLS_IPP_JOBS_H_

@@ -1,0 +1,62 @@
+#include "tools/ipp/printer_uri.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <string_view>
+
+#include "tools/output/failure.h"
+
+namespace Corvane::Tool {
+namespace {
+
+constexpr std::size_t kMaxUriBytes = 1023;  // RFC 8011, 5.1.6
+constexpr std::uint32_t kLastPort = 65535;
+
+[[noreturn]] void Refuse(const std::string& text) {
+  ThrowUsage("--uri " + text + ": expected ipp://HOST/PATH or ipps://HOST/PATH");
+}
+
+}  // namespace
+
+PrinterUri ParsePrinterUri(const std::string& text) {
+  const bool isPlain = std::all_of(text.begin(), text.end(), [](char c) {
+    return c > ' ' && c < '\x7F' && c != '#' && c != '\\' && c != '"' && c != '<' && c != '>';
+  });
+  if (!isPlain || text.size() > kMaxUriBytes) Refuse(text);
+  PrinterUri uri;
+  uri.text = text;
+  std::string_view rest = text;
+  if (rest.starts_with("ipp://")) {
+    uri.servicePort = 631;
+  } else if (rest.starts_with("ipps://")) {
+    uri.servicePort = 443;
+  } else {
+    Refuse(text);
+  }
+  rest.remove_prefix(rest.find("://") + 3);
+  const std::size_t pathBegin = std::min(rest.find_first_of("/?"), rest.size());
+  std::string_view authority = rest.substr(0, pathBegin);
+  uri.path = rest.substr(pathBegin);
+  if (!uri.path.starts_with('/')) uri.path.insert(0, 1, '/');
+
+  const std::size_t bracket = authority.rfind(']');  // of an IPv6 literal, which has colons
+  const std::size_t colon = authority.rfind(':');
+  if (colon != std::string_view::npos && (bracket == std::string_view::npos || colon > bracket)) {
+    const char* const end = authority.data() + authority.size();
+    std::uint32_t port = 0;
+    const auto [stop, error] = std::from_chars(authority.data() + colon + 1, end, port);
+    if (error != std::errc() || stop != end || port == 0 || port > kLastPort) Refuse(text);
+    uri.port = port;
+    authority = authority.substr(0, colon);
+  }
+  // A user name would go to the printer within the URI, and to its log.
+  if (authority.empty() || authority.find('@') != std::string_view::npos) Refuse(text);
+  uri.host = authority;
+  if (authority.starts_with('[') && authority.ends_with(']')) {
+    uri.host = authority.substr(1, authority.size() - 2);
+  }
+  return uri;
+}
+
+}  // namespace Corvane::Tool

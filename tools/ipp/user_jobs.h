@@ -1,0 +1,45 @@
+// A user's jobs of a printer.
+#ifndef CORVANE_TOOLS_IPP_USER_JOBS_H_
+#define CORVANE_TOOLS_IPP_USER_JOBS_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "corvane/address.h"
+#include "tools/ipp/ipp_message.h"
+#include "tools/ipp/printer_uri.h"
+
+namespace Corvane::Tool {
+
+// `user`, or who is logged in. Throws Failure with kBadUsage for none, or a longer name than
+// printers take.
+std::string RequestingUser(const std::string& user);
+
+// What "jobs" tells of a job.
+inline constexpr const char* kJobAttributes[] = {
+    "job-id", "job-state", "job-state-reasons", "job-name", "job-originating-user-name", "job-uri"};
+
+// Get-Jobs (RFC 8011, 4.2.6). Nothing when the printer does not answer or refuses; *problem then
+// says why, escaped, in one line.
+std::optional<IPPAnswer> AskForJobs(Address& address, const PrinterUri& uri,
+                                    const std::string& user, bool completed, std::string* problem);
+
+struct UserJob {
+  std::int32_t id = 0;
+  std::string name;       // empty when the printer does not tell
+  bool isEnding = false;  // it has ended, or is about to without being printed
+};
+
+// Those with an id, in the printer's order.
+std::vector<UserJob> JobsIn(const IPPAnswer& answer);
+
+// Cancel-Job (RFC 8011, 4.3.3). False when the printer does not answer or refuses; with *problem as
+// above.
+bool CancelJobAt(Address& address, const PrinterUri& uri, const std::string& user,
+                 std::int32_t jobId, std::string* problem);
+
+}  // namespace Corvane::Tool
+
+#endif  // CORVANE_TOOLS_IPP_USER_JOBS_H_

@@ -1,0 +1,100 @@
+#include "tools/map/specification.h"
+
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include "tools/map/dom.h"
+#include "tools/output/failure.h"
+#include "tools/output/text_escape.h"
+#include "tools/output/utf8.h"
+
+namespace Corvane::Tool {
+namespace {
+
+[[noreturn]] void ThrowUnreadable(const std::string& path, const std::string& text) {
+  throw Failure(kBadUsage, EscapeText(path) + ": " + text);
+}
+
+// The DOM tells no more of a file that it cannot open than of one that is no XML.
+void RequireFileWithContent(const std::string& path) {
+  const std::filesystem::path file = PathFromUtf8(path);
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(file, error);
+  if (!std::filesystem::exists(status)) ThrowUnreadable(path, "no such file");
+  if (std::filesystem::is_directory(status)) ThrowUnreadable(path, "is a folder");
+  if (std::filesystem::is_regular_file(status) && std::filesystem::file_size(file, error) == 0) {
+    ThrowUnreadable(path, "the file is empty");
+  }
+}
+
+// ":3:14: problem" of the document's last load.
+std::string DescribeParseError(IXMLDOMDocument* document) {
+  std::string place;
+  std::string problem = "cannot be read as XML";
+  Ref<IXMLDOMParseError> error;
+  if (SUCCEEDED(document->get_parseError(error.Receive())) && error) {
+    LONG line = 0;
+    LONG column = 0;
+    if (SUCCEEDED(error->get_line(&line)) && SUCCEEDED(error->get_linepos(&column)) && line > 0) {
+      place = ":" + std::to_string(line) + ":" + std::to_string(column);
+    }
+    Bstr text;
+    if (SUCCEEDED(error->get_reason(text.Receive()))) {
+      std::wstring_view view = text.View();
+      while (!view.empty() && (view.back() == L'\r' || view.back() == L'\n')) view.remove_suffix(1);
+      if (!view.empty()) problem += ": " + EscapeText(view);
+    }
+  }
+  return place + ": " + problem;
+}
+
+Ref<IXMLDOMDocument> LoadDocument(const std::string& path) {
+  RequireFileWithContent(path);
+  Ref<IXMLDOMDocument> document = CreateDocument();
+  document->put_async(VARIANT_FALSE);
+  // Absolute: a relative name could be taken for a URL.
+  std::error_code error;
+  const std::filesystem::path file = std::filesystem::absolute(PathFromUtf8(path), error);
+  const Variant source(WideFromPath(file));
+  VARIANT_BOOL loaded = VARIANT_FALSE;
+  const HRESULT result = document->load(source.Get(), &loaded);
+  if (result != S_OK || loaded != VARIANT_TRUE) {
+    throw Failure(kBadUsage, EscapeText(path) + DescribeParseError(document.Get()));
+  }
+  return document;
+}
+
+DataMap ReadDataMap(IXMLDOMNode* element, int number) {
+  DataMap map{number, {}, Ref<DataMapSpec>(DataMapSpec::CreateDataMapSpec(element))};
+  if (!map.spec) throw std::bad_alloc();
+  Bstr name;
+  if (SUCCEEDED(element->get_nodeName(name.Receive()))) map.element = name.View();
+  return map;
+}
+
+}  // namespace
+
+std::vector<DataMap> LoadSpecification(const std::string& path) {
+  const Ref<IXMLDOMDocument> document = LoadDocument(path);
+  Ref<IXMLDOMNode> root;
+  document->selectSingleNode(Bstr(L"DataMaps").Get(), root.Receive());
+  if (!root) ThrowUnreadable(path, "the root element is not DataMaps");
+
+  std::vector<DataMap> maps;
+  Ref<IXMLDOMNode> child;
+  root->get_firstChild(child.Receive());
+  while (child) {
+    DOMNodeType type = NODE_INVALID;
+    child->get_nodeType(&type);
+    if (type == NODE_ELEMENT) {
+      maps.push_back(ReadDataMap(child.Get(), static_cast<int>(maps.size()) + 1));
+    }
+    Ref<IXMLDOMNode> next;
+    child->get_nextSibling(next.Receive());
+    child = std::move(next);
+  }
+  return maps;
+}
+
+}  // namespace Corvane::Tool

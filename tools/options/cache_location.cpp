@@ -1,0 +1,90 @@
+#include "tools/options/cache_location.h"
+
+#include "tools/output/failure.h"
+#include "tools/output/text_escape.h"
+#include "tools/output/utf8.h"
+
+namespace Corvane::Tool {
+namespace {
+
+constexpr std::string_view kRegistryPrefix = "registry:";
+constexpr std::string_view kPrinterPrefix = "printer:";
+
+[[noreturn]] void Refuse(std::string_view text, const std::string& why) {
+  ThrowUsage("--cache " + std::string(text) + ": " + why);
+}
+
+std::string_view WithoutTrailingBackslashes(std::string_view path) {
+  while (path.ends_with('\\')) path.remove_suffix(1);
+  return path;
+}
+
+CacheLocation ParseRegistry(std::string_view text) {
+  const std::string_view path = WithoutTrailingBackslashes(text.substr(kRegistryPrefix.size()));
+  if (path.empty()) Refuse(text, "the path of a key is missing");
+  // Taken for the name of a key it would lie beside the one that was meant.
+  for (const std::string_view root : {"HKEY_", "HKLM\\", "\\"}) {
+    if (path.starts_with(root)) {
+      Refuse(text, "the path begins below HKEY_LOCAL_MACHINE, as in registry:SOFTWARE\\Corvane");
+    }
+  }
+  return {CacheKind::kRegistry, WideFromUtf8(path)};
+}
+
+}  // namespace
+
+CacheLocation ParseCacheLocation(std::string_view text) {
+  // An argument has none, but it could reach this from elsewhere; the system would cut there.
+  if (text.find('\0') != std::string_view::npos) Refuse(text, "a NUL stands in it");
+  if (text.starts_with(kRegistryPrefix)) return ParseRegistry(text);
+  if (!text.starts_with(kPrinterPrefix)) {
+    Refuse(text, "expected registry:PATH or printer:NAME");
+  }
+  const std::string_view printer = text.substr(kPrinterPrefix.size());
+  if (printer.empty()) Refuse(text, "the name of a printer is missing");
+  return {CacheKind::kPrinter, WideFromUtf8(printer)};
+}
+
+std::string TextOf(const CacheLocation& location) {
+  const bool isRegistry = location.kind == CacheKind::kRegistry;
+  return std::string(isRegistry ? kRegistryPrefix : kPrinterPrefix) + Utf8FromWide(location.name);
+}
+
+DWORD OpenPrinterOf(const CacheLocation& location, ACCESS_MASK access, PrinterHandle* printer) {
+  std::wstring name = location.name;
+  PRINTER_DEFAULTSW defaults = {nullptr, nullptr, access};
+  return OpenPrinterW(name.data(), printer->Receive(), &defaults) ? ERROR_SUCCESS : GetLastError();
+}
+
+void RefusePrinter(const CacheLocation& location, DWORD error) {
+  throw Failure(kBadUsage, "--cache " + EscapeText(TextOf(location)) +
+                               ": the printer cannot be opened: " + SystemErrorText(error));
+}
+
+std::string SystemErrorText(unsigned long error) {
+  const auto text = [error] {
+    switch (error) {
+      case ERROR_ACCESS_DENIED:
+        return "no permission";
+      case ERROR_FILE_NOT_FOUND:
+        return "not found";
+      case ERROR_BUSY:
+        return "another process holds it";
+      case ERROR_DISK_FULL:
+        return "the disk is full";
+      case ERROR_NOT_REGISTRY_FILE:
+        return "its file is another program's, or of a newer version";
+      case ERROR_REGISTRY_CORRUPT:
+        return "its file is damaged";
+      case ERROR_REGISTRY_IO_FAILED:
+        return "its file cannot be read or written";
+      case ERROR_INVALID_PRINTER_NAME:
+        return "no printer has such a name";
+      default:
+        return "it failed";
+    }
+  };
+  return std::string(text()) + " (error " + std::to_string(error) + ")";
+}
+
+}  // namespace Corvane::Tool

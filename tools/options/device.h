@@ -1,0 +1,25 @@
+// The device that the command line names.
+#ifndef CORVANE_TOOLS_OPTIONS_DEVICE_H_
+#define CORVANE_TOOLS_OPTIONS_DEVICE_H_
+
+#include <string>
+
+#include "corvane/address.h"
+#include "tools/options/options.h"
+#include "tools/output/handles.h"
+
+namespace Corvane::Tool {
+
+bool IsRecorded(const Options& options);
+
+// Throws Failure with kBadUsage for an address that is none, a folder that is none, and options
+// that the kind of device does not have. Exchanges nothing with the device; of a name, no more than
+// `lookUpName` asks for is looked up.
+Ref<Address> OpenDevice(const Options& options);
+
+// Why its last exchange failed, escaped; empty when none has.
+std::string LastFailureOf(Address& device);
+
+}  // namespace Corvane::Tool
+
+#endif  // CORVANE_TOOLS_OPTIONS_DEVICE_H_

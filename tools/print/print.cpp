@@ -1,0 +1,223 @@
+#include "tools/print/print.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <iostream>
+#include <iterator>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "corvane/ipp_provider.h"
+#include "tools/ipp/ipp_values.h"
+#include "tools/ipp/printer_address.h"
+#include "tools/ipp/printer_uri.h"
+#include "tools/ipp/user_jobs.h"
+#include "tools/options/device.h"
+#include "tools/output/console.h"
+#include "tools/output/handles.h"
+#include "tools/output/text_escape.h"
+#include "tools/output/utf8.h"
+#include "tools/print/document.h"
+#include "tools/print/own_job.h"
+#include "tools/print/print_report.h"
+#include "tools/print/print_watch.h"
+#include "tools/print/progress.h"
+
+namespace Corvane::Tool {
+namespace {
+
+// Held twice in memory, and told nothing of while it is sent.
+constexpr std::size_t kMaxWholeBytes = 16'000'000;
+constexpr std::size_t kPieceBytes = std::size_t{256} << 10;
+constexpr std::size_t kMaxNameBytes = 255;  // RFC 8011, 5.1.3
+
+PrinterUri PrinterUriOf(const Options& options) {
+  PrinterUri uri = ParsePrinterUri(options.printerUri);
+  if (uri.port && *uri.port != 631 && *uri.port != 443) {
+    ThrowUsage("--uri " + options.printerUri +
+               ": the port of a printer is 631 or 443; say --port " +
+               std::to_string(uri.servicePort) + '=' + std::to_string(*uri.port));
+  }
+  return uri;
+}
+
+std::string JobNameOf(const Options& options, const Document& document) {
+  const std::string& name = options.print.jobName;
+  if (name.size() > kMaxNameBytes) ThrowUsage("--job-name has more than 255 bytes");
+  if (!name.empty()) return name;
+  return document.Name().size() > kMaxNameBytes ? "document" : document.Name();
+}
+
+// The first piece, and whether others follow.
+struct Beginning {
+  std::string bytes;
+  bool chunked = false;
+};
+
+Beginning ReadBeginning(Document& document, bool chunked) {
+  const bool inPieces = chunked || !document.Size() || *document.Size() > kMaxWholeBytes;
+  if (inPieces) return {document.Read(kPieceBytes), true};
+  Beginning beginning{document.Read(kMaxWholeBytes), false};
+  beginning.chunked = beginning.bytes.size() == kMaxWholeBytes;  // it may have grown
+  return beginning;
+}
+
+void SetColor(const std::string& color, IPPRequestBase& request) {
+  if (color == "monochrome") request.SetOutputMode(1);
+  if (color != "color") return;
+  IPPAttributeStruct attribute{};
+  attribute.group = kIPPJobGroup;
+  attribute.valueTag = IPPTag::kKeyword;
+  std::strcpy(attribute.name, "print-color-mode");
+  std::strcpy(attribute.value.text, "color");
+  request.AddIPPRequest(attribute);
+}
+
+void SetSides(const std::string& sides, IPPRequestBase& request) {
+  const auto* const chosen = std::find(std::begin(kSides), std::end(kSides), sides);
+  if (chosen == std::end(kSides)) return;
+  request.SetPrintingSides(static_cast<std::int32_t>(chosen - std::begin(kSides)));
+}
+
+Ref<IPPProvider> OpenProvider(Address& address, const PrinterUri& uri,
+                              std::optional<std::uint32_t> timeoutMs) {
+  const std::wstring text = WideFromUtf8(uri.text);
+  SetLastError(0);
+  Ref<IPPProvider> provider(uri.IsSecure() ? CreateSecureIPPPrintProvider(&address, text.c_str(), 0)
+                                           : CreateIPPPrintProvider(&address, text.c_str()));
+  if (!provider) throw CreationFailure(GetLastError(), address);
+  if (timeoutMs) provider->SetTimeouts(*timeoutMs, *timeoutMs, *timeoutMs);
+  return provider;
+}
+
+std::string PrinterStateOf(IPPProvider& provider) {
+  Variant value;
+  if (provider.GetValue("printer-state", value.Receive()) != S_OK || value.Get().vt != VT_BSTR) {
+    return {};
+  }
+  const std::wstring_view text(value.Get().bstrVal, SysStringLen(value.Get().bstrVal));
+  const char* const name = text.size() == 1 ? PrinterStateName(text.front() - L'0') : nullptr;
+  return name ? std::string("; the printer is ") + name : std::string();
+}
+
+// Without the printer's URI, which the library tells by itself.
+Ref<IPPRequestBase> MakeRequest(const Options& options, const std::string& user,
+                                const std::string& jobName) {
+  Ref<IPPRequestBase> request(CreateIPPRequest());
+  if (!request) throw std::bad_alloc();
+  request->SetRequestingUserName(user.c_str());
+  request->SetJobName(jobName.c_str());
+  request->SetDocumentName(jobName.c_str());
+  request->SetCopy(options.print.copies);
+  SetSides(options.print.sides, *request.Get());
+  SetColor(options.print.color, *request.Get());
+  // The printer may call the owner by this; the address has the password.
+  if (!options.account.empty()) request->SetUsername(options.account.c_str());
+  return request;
+}
+
+// How the sending ended. Neither a failure nor done: it was stopped.
+struct SendingEnd {
+  bool isDone = false;
+  bool isCancelledAtPrinter = false;
+  std::optional<Failure> failure;
+};
+
+SendingEnd EndOf(HRESULT result, bool isLast, IPPResponseBase& response, Address& address) {
+  SendingEnd end;
+  end.isDone = result == S_OK && isLast;
+  end.isCancelledAtPrinter = result == S_DEVICECANCELED;
+  if (result != S_OK && !end.isCancelledAtPrinter) {
+    end.failure = PrintFailure(GetLastError(), response, address);
+  }
+  return end;
+}
+
+// The provider goes when it has ended, and with it a document that is not finished; not before the
+// printer knows of its cancellation, or it might print what it has.
+SendingEnd Send(Ref<IPPProvider> provider, IPPRequestBase& request, IPPResponseBase& response,
+                Address& address, Document& document, const Beginning& beginning,
+                PrintWatch& watch) {
+  std::string piece = beginning.bytes;
+  bool isLast = !beginning.chunked;
+  watch.Enter(isLast ? PrintStep::kFinishing : PrintStep::kBeginning);
+  HRESULT result = provider->PrintJob(&request, &response, piece.data(),
+                                      static_cast<std::int32_t>(piece.size()), beginning.chunked);
+  while (result == S_OK) {
+    watch.AddSent(piece.size());
+    if (isLast || watch.IsCancelled()) break;
+    watch.Enter(PrintStep::kReading);
+    try {
+      piece = document.Read(kPieceBytes);
+    } catch (const Failure& failure) {
+      watch.Cancel();
+      watch.StopSending();
+      return {false, false, failure};
+    }
+    if (watch.IsCancelled()) break;
+    isLast = piece.empty();
+    watch.Enter(isLast ? PrintStep::kFinishing : PrintStep::kSending);
+    result = provider->PrintJobWrite(&request, &response, piece.data(),
+                                     static_cast<std::int32_t>(piece.size()));
+  }
+  SendingEnd end = EndOf(result, isLast, response, address);
+  watch.StopSending();
+  return end;
+}
+
+CommandResult ResultOf(const SendingEnd& end, const std::optional<Cancellation>& cancellation,
+                       IPPResponseBase& response, Progress& progress) {
+  CommandResult result;
+  const bool isCancelled = cancellation && cancellation->result == CancelResult::kCancelled;
+  if (end.isDone && !isCancelled) {
+    if (cancellation) result.problems = "too late to cancel: " + cancellation->text + '\n';
+    progress.Say("printed: " + JobText(response));
+    result.output = JobLine(response);
+  } else if (end.failure &&
+             (!cancellation || (!isCancelled && end.failure->Status() == kPerhapsPrinted))) {
+    result.status = end.failure->Status();
+    result.problems = end.failure->what();
+  } else {
+    result.status = kCancelled;
+    result.problems = cancellation ? CancelledText(*cancellation)
+                                   : "cancelled at the printer: " + JobText(response);
+  }
+  return result;
+}
+
+}  // namespace
+
+CommandResult PrintDocument(const Options& options) {
+  const PrinterUri uri = PrinterUriOf(options);
+  const std::string user = RequestingUser(options.user);
+  Options reached = ReachPrinter(options, uri);
+  Document document(options.print.file);
+  const std::string jobName = JobNameOf(options, document);
+  reached.network.lookUpName = true;  // the library looks up none
+  const Ref<Address> address = OpenDevice(reached);
+  const Beginning beginning = ReadBeginning(document, options.print.chunked);
+  Ref<IPPProvider> provider = OpenProvider(*address.Get(), uri, reached.network.timeoutMs);
+  OwnJob job(reached, uri, user, jobName);
+  const Ref<IPPRequestBase> request = MakeRequest(options, user, jobName);
+  const Ref<IPPResponseBase> response(CreateIPPResponse());
+  if (!response) throw std::bad_alloc();
+
+  // Until here Ctrl-C ends the process: nothing has been sent.
+  Interruption interruption;
+  Progress progress(std::cerr, ErrorStreamIsTerminal() && !options.trace, document.Size());
+  progress.Say("printing " + EscapeText(jobName) +
+               (document.Size() ? ", " + FormatBytes(*document.Size()) : std::string()) + " at " +
+               EscapeText(uri.text) + PrinterStateOf(*provider.Get()));
+  PrintWatch watch(interruption, job, progress);
+  const SendingEnd end = Send(std::move(provider), *request.Get(), *response.Get(), *address.Get(),
+                              document, beginning, watch);
+  const std::optional<Cancellation> cancellation = watch.Finish();
+  progress.Clear();
+  return ResultOf(end, cancellation, *response.Get(), progress);
+}
+
+}  // namespace Corvane::Tool

@@ -1,0 +1,141 @@
+#include "tools/print/print_report.h"
+
+#include <cstdio>
+
+#include "corvane/ipp_provider.h"
+#include "tools/ipp/ipp_values.h"
+#include "tools/options/device.h"
+#include "tools/output/text_escape.h"
+#include "tools/output/utf8.h"
+
+namespace Corvane::Tool {
+namespace {
+
+constexpr std::uint32_t kOutOfMemory = 14;
+constexpr std::uint32_t kInvalidParameter = 87;
+constexpr std::uint32_t kHttpOk = 200;
+constexpr std::uint32_t kAborted = 995;
+constexpr std::uint32_t kNotAuthenticated = 1026;
+constexpr std::uint32_t kNotAuthorized = 1027;
+constexpr std::uint32_t kTimeout = 1460;
+constexpr std::uint32_t kIncorrectSize = 1462;
+constexpr std::uint32_t kUnknownPort = 1796;
+
+constexpr char kWantsAccount[] =
+    "the printer wants an account, or another one: say --account, with ipps://";
+
+std::string Hexadecimal(std::uint32_t number, const char* format) {
+  char text[16];
+  std::snprintf(text, sizeof(text), format, number);
+  return text;
+}
+
+// What the host says of an exchange; else the code alone.
+std::string ExchangeText(std::uint32_t error, Address& address) {
+  constexpr char kNoPrinter[] = "the device answers, but not as an IPP printer";
+  if (error == kHttpOk) return kNoPrinter;
+  if (error == kOutOfMemory) return "out of memory";
+  if (std::string failure = LastFailureOf(address); !failure.empty()) return failure;
+  return error == 0 ? kNoPrinter : "error " + std::to_string(error);
+}
+
+// The state in the words of RFC 8011, 5.3.7: "pending-held" for "Pending_held".
+std::string StateOf(IPPResponseBase& response) {
+  const char* const state = response.GetJobState();
+  std::string text = state ? state : "";
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
+    if (c == '_') c = '-';
+  }
+  return EscapeText(text);
+}
+
+std::string ReasonsOf(IPPResponseBase& response) {
+  const char* const reasons = response.GetJobStateReasons();
+  return reasons && *reasons ? " (" + EscapeText(std::string_view(reasons)) + ")" : std::string();
+}
+
+std::string FailureText(std::uint32_t error, IPPResponseBase& response, Address& address) {
+  switch (error) {
+    case kIncorrectSize:
+      return "the document is empty";
+    case kTimeout:
+      return "the printer was not idle, or had no room, for an hour";
+    case kAborted:
+      return "the printer has aborted the job" + ReasonsOf(response);
+    case kNotAuthenticated:
+    case kNotAuthorized:
+      return kWantsAccount;
+    case kIPPPrinterStateUnknown:
+      return "the printer does not tell its state; nothing was sent: " + ExchangeText(0, address);
+    case kIPPPrinterBusy:
+      return "the printer is busy and has not taken the job";
+    default:
+      break;
+  }
+  if (const char* const name = ErrorStatusName(static_cast<std::int32_t>(error))) {
+    return "the printer refuses the job: IPP status " + Hexadecimal(error, "0x%04X") + ", " + name;
+  }
+  return ExchangeText(error, address);
+}
+
+}  // namespace
+
+std::string CancelledText(const Cancellation& cancellation) {
+  return "cancelled: " + cancellation.text +
+         (cancellation.result == CancelResult::kUnknown ? "; what was not sent yet is dropped"
+                                                        : "");
+}
+
+std::string PerhapsPrintedText(const Cancellation& cancellation) {
+  return "perhaps printed: the printer may have the whole document; " + cancellation.text;
+}
+
+Failure CreationFailure(std::uint32_t error, Address& address) {
+  const std::string device = EscapeText(std::wstring_view(address.GetDisplayName()));
+  switch (error) {
+    case kIPPNotOnDevice:
+      return Failure(kNotPrinted,
+                     device + " has no IPP printer: it answers at port 80, but not at 631");
+    case kIPPDeviceSilent:
+      return Failure(kNotPrinted, device + " does not answer, neither at port 631 nor at 80");
+    case kIPPPathTooShort:
+    case kIPPNoResourcePath:
+      return Failure(kBadUsage, "--uri: the printer's path is missing or too short");
+    case kInvalidParameter:
+      return Failure(kBadUsage, "--uri: no printer URI");
+    case kUnknownPort:
+      return Failure(kBadUsage, "--uri: the port of a printer is 631 or 443");
+    case kNotAuthenticated:
+    case kNotAuthorized:
+      return Failure(kNotPrinted, std::string("not printed: ") + kWantsAccount);
+    default:
+      return Failure(kNotPrinted, "not printed: " + ExchangeText(error, address));
+  }
+}
+
+Failure PrintFailure(std::uint32_t error, IPPResponseBase& response, Address& address) {
+  if (error == kIPPPerhapsPrinted) {
+    return Failure(kPerhapsPrinted,
+                   "perhaps printed: the printer has the whole document, but tells nothing more of "
+                   "it\nprinting it again may print it twice");
+  }
+  return Failure(kNotPrinted, "not printed: " + FailureText(error, response, address));
+}
+
+std::string JobText(IPPResponseBase& response) {
+  std::string text = response.GetJobID() > 0 ? "job " + std::to_string(response.GetJobID())
+                                             : std::string("a job without a number");
+  if (const std::string state = StateOf(response); !state.empty()) text += ", " + state;
+  return text;
+}
+
+std::string JobLine(IPPResponseBase& response) {
+  const auto orDash = [](std::string text) { return text.empty() ? "-" : text; };
+  const char* const uri = response.GetJobURI();
+  return (response.GetJobID() > 0 ? std::to_string(response.GetJobID()) : "-") + '\t' +
+         orDash(StateOf(response)) + '\t' + orDash(EscapeText(std::string_view(uri ? uri : ""))) +
+         '\n';
+}
+
+}  // namespace Corvane::Tool
