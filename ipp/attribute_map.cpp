@@ -224,10 +224,8 @@ std::vector<std::string> AttributeMap::Values(std::string_view path) const {
     const Attribute& attribute = m_attributes[i];
     if (attribute.size != name.size()) continue;
     if (Bytes(attribute.position, attribute.size) != name) continue;
-    const auto entries = EntriesOf(i);
-    values.reserve(values.size() + entries.size());
     ValuePicker picker(members, &values);
-    for (const Entry& entry : entries) {
+    for (const Entry& entry : EntriesOf(i)) {
       switch (entry.kind) {
         case Kind::kSetStart:
           picker.SetStart();

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <climits>
 #include <cstdint>
 #include <span>
@@ -223,6 +224,22 @@ TEST(IppDecodingTest, ReadsCollectionsOfAnyDepth) {
   EXPECT_TRUE(opened + ",b,x" + closed == Decoded(body + kEnd, "a"));
   EXPECT_EQ("x", Decoded(body + kEnd, path.c_str()));
   EXPECT_EQ("E_FAIL", Decoded(body + kEnd, (path + ".b").c_str()));
+}
+
+// An answer of 2 MB takes a fraction of a second; what grows with the square of it takes minutes.
+TEST(IppDecodingTest, ReadsAnyNumberOfValuesInTimeThatGrowsWithThem) {
+  constexpr std::size_t kValues = 300'000;
+  const std::pair<const char*, std::string> kCases[] = {
+      {"one attribute", Key("x")}, {"one attribute repeated", kX}, {"collections", Begin("a")}};
+  for (const auto& [name, value] : kCases) {
+    std::string body = Head() + kX;
+    for (std::size_t i = 1; i < kValues; ++i) body += value;
+    IPPOperations operations(nullptr);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(S_OK, Parse(&operations, body, nullptr)) << name;
+    EXPECT_EQ(kValues, operations.ValuesOf("a").size()) << name;
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20)) << name;
+  }
 }
 
 TEST(IppDecodingTest, MakesTextOfAnyBytes) {
