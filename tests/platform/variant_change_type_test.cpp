@@ -14,7 +14,6 @@
 namespace {
 
 using Corvane::Test::HrText;
-using Corvane::Test::UnderWine;
 
 // The result of a conversion to `type`, or the name of its failure.
 std::string Convert(const VARIANT& source, unsigned type, USHORT flags = 0) {
@@ -32,10 +31,10 @@ std::string Convert(const VARIANT& source, unsigned type, USHORT flags = 0) {
   if (type == VT_UI2) return std::to_string(result.uiVal);
   if (type == VT_I4 || type == VT_ERROR) return std::to_string(result.lVal);
   if (type == VT_UI4) return std::to_string(result.ulVal);
-  if (type == VT_I8 || type == VT_CY) return std::to_string(result.llVal);
+  if (type == VT_I8) return std::to_string(result.llVal);
   if (type == VT_UI8) return std::to_string(result.ullVal);
   if (type == VT_BSTR) return {result.bstrVal, result.bstrVal + SysStringLen(result.bstrVal)};
-  if (type != VT_R4 && type != VT_R8 && type != VT_DATE) return "done";
+  if (type != VT_R4 && type != VT_R8) return "done";
   char number[64];
   std::snprintf(number, sizeof(number), "%.15g",
                 type == VT_R4 ? static_cast<double>(result.fltVal) : result.dblVal);
@@ -66,68 +65,55 @@ _variant_t Zero(unsigned type) {
   return {result, false};
 }
 
-CY Money(long long tenThousandths) {
-  CY result;
-  result.int64 = tenThousandths;
-  return result;
-}
-
 TEST(VariantChangeTypeTest, WritesNumbers) {
   Check(VT_BSTR, Row{{}, ""}, Row{-5L, "-5"}, Row{short{-5}, "-5"}, Row{'\xFD', "-3"},
         Row{BYTE{200}, "200"}, Row{7, "7"}, Row{~0u, "4294967295"}, Row{~0ul, "4294967295"},
         Row{LLONG_MIN, "-9223372036854775808"}, Row{~0ull, "18446744073709551615"}, Row{true, "-1"},
-        Row{false, "0"}, Row{Money(12345), "1.2345"}, Row{Money(-15000), "-1.5"},
-        Row{Money(10000), "1"}, Row{Money(-1), "-0.0001"});
+        Row{false, "0"});
 }
 
 TEST(VariantChangeTypeTest, WritesRealsWithFifteenOrSevenDigits) {
   Check(VT_BSTR, Row{0.0, "0"}, Row{-0.0, "0"}, Row{1.0, "1"}, Row{1.5, "1.5"}, Row{0.1, "0.1"},
         Row{-2.25, "-2.25"}, Row{1.0 / 3, "0.333333333333333"}, Row{123456789.0, "123456789"},
         Row{1e14, "100000000000000"}, Row{1e15, "1E+15"}, Row{999999999999999.9, "1E+15"},
-        Row{100000000000000.5, "100000000000001"},
+        Row{-100000000000000.5, "-100000000000001"}, Row{9999995.0f, "9999995"},
         Row{123456789012345678.0, "1.23456789012346E+17"}, Row{0.0001, "0.0001"},
         Row{1e-5, "1E-05"}, Row{1e300, "1E+300"},
         Row{4.94065645841247e-324, "4.94065645841247E-324"}, Row{654322.23456f, "654322.3"},
         Row{0.1f, "0.1"}, Row{1e10f, "1E+10"});
-  if (UnderWine()) GTEST_SKIP() << "Wine 8 writes INF and NAN";
-  Check(VT_BSTR, Row{HUGE_VAL, "1.#INF"}, Row{-HUGE_VAL, "-1.#INF"});
-  Check(VT_I4, Row{std::nan(""), "overflow"});
-}
-
-TEST(VariantChangeTypeTest, WritesAndReadsDates) {
-  Check(VT_BSTR, Row{{0.0, VT_DATE}, "12:00:00 AM"}, Row{{36921.0, VT_DATE}, "1/30/2001"},
-        Row{{36921.54321, VT_DATE}, "1/30/2001 1:02:13 PM"},
-        Row{{-1.25, VT_DATE}, "12/29/1899 6:00:00 AM"},
-        Row{{2958466.0, VT_DATE}, HrText(E_INVALIDARG)});
-  Check(VT_DATE, Row{L"1/30/2001", "36921"}, Row{L"2001-01-30", "36921"},
-        Row{L"1/30/2001 6:00:00 PM", "36921.75"}, Row{L"12:30", "0.520833333333333"},
-        Row{L"2/30/2001", "mismatch"}, Row{L"abc", "mismatch"});
 }
 
 TEST(VariantChangeTypeTest, ReadsText) {
   Check(VT_I4, Row{static_cast<const wchar_t*>(nullptr), "mismatch"}, Row{L"", "mismatch"},
-        Row{L"abc", "mismatch"}, Row{L" 12 ", "12"}, Row{L"\t12\n", "12"}, Row{L"\u00A012", "12"},
-        Row{L"1 2", "mismatch"}, Row{L"12abc", "mismatch"}, Row{L"-5", "-5"}, Row{L"- 5", "-5"},
-        Row{L"12-", "-12"}, Row{L"(12)", "-12"}, Row{L"(12", "mismatch"}, Row{L"12)", "mismatch"},
-        Row{L"--5", "mismatch"}, Row{L"-5-", "mismatch"}, Row{L"(-5)", "-5"}, Row{L"$-5", "-5"},
-        Row{L"5$", "5"}, Row{L"1,234", "1234"}, Row{L",1", "mismatch"}, Row{L"1e3", "1000"},
-        Row{L"1.5E+1", "15"}, Row{L"1e99999999999", "overflow"}, Row{L"0e99999999999", "0"},
-        Row{L"0x10", "mismatch"}, Row{L"&H1f", "31"}, Row{L"&O17", "15"}, Row{L"&HFFFF", "65535"});
+        Row{L"  ", "mismatch"}, Row{L"abc", "mismatch"}, Row{L" 12 ", "12"}, Row{L"\t12\n", "12"},
+        Row{L"1 2", "mismatch"}, Row{L"12abc", "mismatch"}, Row{L"12\u0663", "mismatch"},
+        Row{L"-5", "-5"}, Row{L"+5", "5"}, Row{L"--5", "mismatch"}, Row{L"1e3", "1000"},
+        Row{L"1.5E+1", "15"}, Row{L"1e99999999999", "overflow"}, Row{L"0x10", "mismatch"});
   Check(VT_R8, Row{L"", "mismatch"}, Row{L"abc", "mismatch"}, Row{L".5", "0.5"}, Row{L"5.", "5"},
         Row{L".", "mismatch"}, Row{L"1.2.3", "mismatch"}, Row{L"1e", "mismatch"},
-        Row{L"1e400", "overflow"}, Row{L"1e-400", "0"}, Row{L"inf", "mismatch"});
-  Check(VT_I2, Row{L"&HFFFF", "-1"});
-  Check(VT_CY, Row{L"12.3456", "123456"}, Row{L"-0.00006", "-1"});
+        Row{L"1e400", "overflow"}, Row{L"inf", "mismatch"}, Row{L"12.6", "12.6"});
   Check(VT_BOOL, Row{L"", "mismatch"}, Row{L"abc", "mismatch"}, Row{L"True", "-1"},
-        Row{L"false", "0"}, Row{L"#TRUE#", "-1"}, Row{L"#FALSE#", "0"}, Row{L"#true#", "mismatch"},
-        Row{L" True", "mismatch"}, Row{L"0.1", "-1"}, Row{L"0", "0"});
+        Row{L"false", "0"}, Row{L" True", "mismatch"}, Row{L"0.1", "-1"}, Row{L"0", "0"});
+}
+
+// What the system reads by the user's locale.
+TEST(VariantChangeTypeTest, RefusesCurrencyDatesAndNotations) {
+  if (const char* reason = Corvane::Test::LayerOnly("the system reads and writes all of these")) {
+    GTEST_SKIP() << reason;
+  }
+  Check(VT_I4, Row{L"(12)", "mismatch"}, Row{L"$5", "mismatch"}, Row{L"1,234", "mismatch"},
+        Row{L"12-", "mismatch"}, Row{L"+-5", "mismatch"}, Row{L"&H1F", "mismatch"},
+        Row{L"&O17", "mismatch"}, Row{Zero(VT_CY), "mismatch"}, Row{Zero(VT_DATE), "mismatch"},
+        Row{std::wstring(1025, L'1').c_str(), "mismatch"});
+  Check(VT_BSTR, Row{Zero(VT_CY), "mismatch"}, Row{Zero(VT_DATE), "mismatch"});
+  Check(VT_CY, Row{5L, "mismatch"}, Row{L"5", "mismatch"});
+  Check(VT_DATE, Row{5L, "mismatch"}, Row{L"1/30/2001", "mismatch"});
+  Check(VT_UNKNOWN, Row{Zero(VT_DISPATCH), "bad type"});
 }
 
 TEST(VariantChangeTypeTest, RoundsHalvesToEven) {
   Check(VT_I4, Row{L"12.5", "12"}, Row{L"12.6", "13"}, Row{L"13.5", "14"}, Row{L"-12.5", "-12"},
-        Row{L"2.50000000000000000001", "3"}, Row{0.5, "0"}, Row{1.5, "2"}, Row{-1.5, "-2"},
-        Row{2.5f, "2"}, Row{Money(25000), "2"}, Row{Money(-15000), "-2"},
-        Row{{36921.5, VT_DATE}, "36922"});
+        Row{0.5, "0"}, Row{1.5, "2"}, Row{-1.5, "-2"}, Row{2.5f, "2"});
   Check(VT_UI1, Row{L"-0.5", "0"}, Row{-0.5, "0"});
 }
 
@@ -145,8 +131,6 @@ TEST(VariantChangeTypeTest, ChecksRanges) {
   Check(VT_UI8, Row{L"18446744073709551615", "18446744073709551615"}, Row{-5L, "overflow"},
         Row{L"18446744073709551616", "overflow"}, Row{0x1p63, "9223372036854775808"});
   Check(VT_R4, Row{L"3.5e38", "overflow"}, Row{1e300, "overflow"});
-  Check(VT_CY, Row{1e20, "overflow"}, Row{LLONG_MAX, "overflow"});
-  Check(VT_DATE, Row{2958466.0, "overflow"});
 }
 
 TEST(VariantChangeTypeTest, KeepsTheBitsOfIntegersOfOneWidth) {
@@ -160,7 +144,7 @@ TEST(VariantChangeTypeTest, KeepsTheBitsOfIntegersOfOneWidth) {
 }
 
 TEST(VariantChangeTypeTest, ConvertsBooleans) {
-  Check(VT_BOOL, Row{7L, "-1"}, Row{{}, "0"}, Row{0.1, "-1"}, Row{Money(0), "0"});
+  Check(VT_BOOL, Row{7L, "-1"}, Row{{}, "0"}, Row{0.1, "-1"});
   EXPECT_EQ("True", Convert(_variant_t(true), VT_BSTR, VARIANT_ALPHABOOL));
   EXPECT_EQ("False", Convert(_variant_t(false), VT_BSTR, VARIANT_ALPHABOOL));
   EXPECT_EQ("1", Convert(_variant_t(1L), VT_BSTR, VARIANT_ALPHABOOL));
@@ -175,10 +159,8 @@ TEST(VariantChangeTypeTest, RefusesWhatIsNoNumber) {
   Check(VT_I4, Row{Zero(VT_NULL), "mismatch"});
   Check(VT_EMPTY, Row{Zero(VT_NULL), "mismatch"}, Row{L"abc", "done"});
   Check(VT_NULL, Row{Zero(VT_NULL), "done"}, Row{5L, "done"}, Row{L"abc", "done"});
-  Check(VT_ERROR, Row{{5L, VT_ERROR}, "5"}, Row{5L, "mismatch"},
-        Row{Zero(VT_DISPATCH), "mismatch"});
+  Check(VT_ERROR, Row{{5L, VT_ERROR}, "5"}, Row{5L, "mismatch"});
   Check(VT_UNKNOWN, Row{5L, "mismatch"}, Row{L"1", "mismatch"});
-  Check(VT_DISPATCH, Row{Zero(VT_UNKNOWN), "done"});
   for (const int type : {15, VT_I4 | VT_BYREF, VT_I4 | VT_ARRAY})
     Check(static_cast<unsigned>(type), Row{5L, type == 15 ? "bad type" : "mismatch"});
 }
@@ -199,7 +181,7 @@ TEST(VariantChangeTypeTest, FollowsReferences) {
   SysFreeString(text);
 }
 
-TEST(VariantChangeTypeTest, MovesBytesBetweenArraysAndText) {
+TEST(VariantChangeTypeTest, MakesTextOfBytes) {
   _variant_t bytes = Zero(VT_ARRAY | VT_UI1);
   bytes.parray = SafeArrayCreateVector(VT_UI1, 0, 5);
   std::memcpy(bytes.parray->pvData, "abcde", 5);
@@ -207,11 +189,6 @@ TEST(VariantChangeTypeTest, MovesBytesBetweenArraysAndText) {
   ASSERT_HR(VariantChangeType(&text, &bytes, 0, VT_BSTR), S_OK);
   EXPECT_EQ(5u, SysStringByteLen(text.bstrVal));
   EXPECT_EQ(0, std::memcmp(text.bstrVal, "abcde", 5));
-  ASSERT_HR(VariantChangeType(&text, &text, 0, VT_ARRAY | VT_UI1), S_OK);
-  LONG bound = 0;
-  EXPECT_HR(SafeArrayGetUBound(text.parray, 1, &bound), S_OK);
-  EXPECT_EQ(4, bound);
-  EXPECT_EQ(0, std::memcmp(text.parray->pvData, "abcde", 5));
   EXPECT_EQ("mismatch", Convert(bytes, VT_ARRAY | VT_I4));
   EXPECT_EQ("mismatch", Convert(bytes, VT_I4));
   _variant_t numbers = Zero(VT_ARRAY | VT_I4);

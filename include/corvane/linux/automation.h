@@ -51,8 +51,8 @@ typedef struct tagSAFEARRAYBOUND {
   LONG lLbound;
 } SAFEARRAYBOUND;
 
-// One-dimensional arrays of the element types above; `cLocks` counts SafeArrayAccessData calls not
-// yet undone.
+// One-dimensional; `cLocks` counts SafeArrayAccessData calls not yet undone. `fFeatures` stays 0:
+// SafeArrayGetVartype tells the type of the elements.
 typedef struct tagSAFEARRAY {
   USHORT cDims;
   USHORT fFeatures;
@@ -151,26 +151,28 @@ CORVANE_API HRESULT WINAPI VariantClear(VARIANTARG* variant);
 CORVANE_API HRESULT WINAPI VariantCopy(VARIANTARG* destination, const VARIANTARG* source);
 CORVANE_API HRESULT WINAPI VariantCopyInd(VARIANT* destination, const VARIANTARG* source);
 
-// Converts `source` to `type` (source and destination may be the same variant). On failure the
-// destination is as it was. DISP_E_TYPEMISMATCH: no such conversion, or text that is no number.
-// DISP_E_OVERFLOW: the number does not fit. DISP_E_BADVARTYPE: a type the layer does not know, or a
-// NULL VT_DISPATCH. E_INVALIDARG: a DATE outside the years 100 to 9999 to text, a NULL array of
-// bytes to text, a reference to a reference. E_OUTOFMEMORY.
+// Converts `source` to `type` (source and destination may be the same variant): between the integer
+// types, VT_R4, VT_R8, VT_BOOL and VT_BSTR, from VT_EMPTY (zero, or no text), from an array of
+// bytes to the text with these bytes, and to VT_EMPTY and VT_NULL. On failure the destination is as
+// it was. DISP_E_TYPEMISMATCH: any other conversion, so VT_CY and VT_DATE to or from anything but
+// themselves, or text that is no number. DISP_E_OVERFLOW: the number does not fit.
+// DISP_E_BADVARTYPE: a type the layer does not know, or a NULL VT_DISPATCH. E_INVALIDARG: a NULL
+// array of bytes to text, a reference to a reference. E_OUTOFMEMORY.
 //
-// Text is that of US English whatever the process's locale: "1234.5", "1/30/2001 1:02:03 PM".
-// Reading takes blanks around a number, a sign or parentheses, "$", "," between digits, an
-// exponent, and &H / &O; dates only as M/D/YYYY or YYYY-MM-DD, H:MM or H:MM:SS with or without AM /
-// PM, or both. Halves round to even. Integers of one width but different sign keep their bits (-1
+// Text is the same whatever the process's locale: a sign, digits with a ".", an exponent
+// ("-1234.5", "1E+15"), and for VT_BOOL "True" and "False" in any case. Reading takes blanks around
+// a number, and no more than 1024 characters. Writing gives 15 significant digits at most, of a
+// VT_R4 seven. Halves round to even. Integers of one width but different sign keep their bits (-1
 // as VT_I4 becomes 4294967295 as VT_UI4).
 CORVANE_API HRESULT WINAPI VariantChangeType(VARIANTARG* destination, const VARIANTARG* source,
                                              USHORT flags, VARTYPE type);
 
-// SAFEARRAY, one dimension, made by SafeArrayCreateVector or SafeArrayCopy only. Element types: the
-// integers and reals above, VT_BOOL, VT_BSTR, VT_VARIANT, VT_UNKNOWN, VT_DISPATCH, VT_ERROR, VT_CY,
-// VT_DATE. Destroying or copying an array destroys or copies its elements. SafeArrayGetElement
-// copies out (the caller frees), SafeArrayPutElement copies in; an index outside the bounds gives
-// DISP_E_BADINDEX. For VT_BSTR, VT_UNKNOWN and VT_DISPATCH PutElement takes the pointer itself, as
-// on Windows.
+// SAFEARRAY, one dimension, made by SafeArrayCreateVector or SafeArrayCopy only. Elements are texts
+// (VT_BSTR) or numbers of any type above; SafeArrayCreateVector gives NULL for VT_VARIANT,
+// VT_UNKNOWN and VT_DISPATCH. Destroying or copying an array destroys or copies its texts.
+// SafeArrayGetElement copies out (the caller frees), SafeArrayPutElement copies in; an index
+// outside the bounds gives DISP_E_BADINDEX. For VT_BSTR PutElement takes the pointer itself, as on
+// Windows.
 CORVANE_API SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count);
 CORVANE_API HRESULT WINAPI
 SafeArrayDestroy(SAFEARRAY* array);  // NULL is S_OK; locked: DISP_E_ARRAYISLOCKED

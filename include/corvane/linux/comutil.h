@@ -5,6 +5,8 @@
 #define CORVANE_LINUX_COMUTIL_H_
 
 #include <memory>
+#include <type_traits>
+#include <utility>
 
 #include "corvane/linux/automation.h"
 #include "corvane/linux/com.h"
@@ -135,22 +137,12 @@ class CORVANE_API _variant_t : public VARIANT {
   _variant_t& operator=(short value);
   _variant_t& operator=(long value);
   _variant_t& operator=(double value);
-  _variant_t& operator=(int value) { return *this = _variant_t(value); }
-  _variant_t& operator=(unsigned int value) { return *this = _variant_t(value); }
-  _variant_t& operator=(unsigned long value) { return *this = _variant_t(value); }
-  _variant_t& operator=(long long value) { return *this = _variant_t(value); }
-  _variant_t& operator=(unsigned long long value) { return *this = _variant_t(value); }
-  _variant_t& operator=(float value) { return *this = _variant_t(value); }
-  _variant_t& operator=(bool value) { return *this = _variant_t(value); }
-  _variant_t& operator=(BYTE value) { return *this = _variant_t(value); }
-  _variant_t& operator=(char value) { return *this = _variant_t(value); }
-  _variant_t& operator=(unsigned short value) { return *this = _variant_t(value); }
-  _variant_t& operator=(const CY& value) { return *this = _variant_t(value); }
-  _variant_t& operator=(const wchar_t* text) { return *this = _variant_t(text); }
-  _variant_t& operator=(const char* text) { return *this = _variant_t(text); }
-  _variant_t& operator=(const _bstr_t& text) { return *this = _variant_t(text); }
-  _variant_t& operator=(IUnknown* object) { return *this = _variant_t(object); }
-  _variant_t& operator=(IDispatch* object) { return *this = _variant_t(object); }
+  // All others take the type that a new _variant_t of them has.
+  template <typename Value>
+  requires(!std::is_base_of_v<VARIANT, std::remove_cvref_t<Value>>) _variant_t& operator=(
+      Value&& value) {
+    return *this = _variant_t(std::forward<Value>(value));
+  }
 
   // The value converted by VariantChangeType, whose failure is thrown.
   operator short() const { return As(VT_I2, &VARIANT::iVal); }
@@ -166,10 +158,8 @@ class CORVANE_API _variant_t : public VARIANT {
   operator BYTE() const { return As(VT_UI1, &VARIANT::bVal); }
   operator char() const { return As(VT_I1, &VARIANT::cVal); }
   operator unsigned short() const { return As(VT_UI2, &VARIANT::uiVal); }
-  operator CY() const { return As(VT_CY, &VARIANT::cyVal); }
   operator _bstr_t() const { return _bstr_t(*this); }  // up to the NUL
   operator IUnknown*() const;                          // the caller owns one reference
-  operator IDispatch*() const;
 
   // Same type and same value, without conversion; arrays and references: E_INVALIDARG.
   bool operator==(const VARIANT& other) const { return *this == &other; }

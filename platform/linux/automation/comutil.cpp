@@ -6,6 +6,7 @@
 #include <new>
 #include <string_view>
 
+#include "platform/linux/automation/variant_types.h"
 #include "platform/linux/misc/text.h"
 
 namespace {
@@ -262,53 +263,19 @@ _variant_t::operator IUnknown*() const {
   return converted.Detach().punkVal;
 }
 
-_variant_t::operator IDispatch*() const {
-  _variant_t converted;
-  converted.ChangeType(VT_DISPATCH, this);
-  return converted.Detach().pdispVal;
-}
-
 bool _variant_t::operator==(const VARIANT* other) const {
   if (other == nullptr) return false;
   if (this == other) return true;
   if (vt != other->vt) return false;
-  switch (vt) {
-    case VT_EMPTY:
-    case VT_NULL:
-      return true;
-    case VT_I1:
-    case VT_UI1:
-      return bVal == other->bVal;
-    case VT_I2:
-    case VT_UI2:
-    case VT_BOOL:
-      return iVal == other->iVal;
-    case VT_I4:
-    case VT_UI4:
-    case VT_INT:
-    case VT_UINT:
-    case VT_ERROR:
-      return lVal == other->lVal;
-    case VT_I8:
-    case VT_UI8:
-    case VT_CY:
-      return llVal == other->llVal;
-    case VT_R4:
-      return fltVal == other->fltVal;
-    case VT_R8:
-    case VT_DATE:
-      return dblVal == other->dblVal;
-    case VT_BSTR: {
-      const UINT bytes = SysStringByteLen(bstrVal);
-      return bytes == SysStringByteLen(other->bstrVal) &&
-             (bytes == 0 || std::memcmp(bstrVal, other->bstrVal, bytes) == 0);
-    }
-    case VT_UNKNOWN:
-    case VT_DISPATCH:
-      return punkVal == other->punkVal;
-    default:
-      _com_issue_error(E_INVALIDARG);
+  if (V_ISARRAY(this) || V_ISBYREF(this) || vt == VT_VARIANT) _com_issue_error(E_INVALIDARG);
+  if (vt == VT_R4) return fltVal == other->fltVal;
+  if (vt == VT_R8 || vt == VT_DATE) return dblVal == other->dblVal;
+  if (vt == VT_BSTR) {
+    const UINT bytes = SysStringByteLen(bstrVal);
+    return bytes == SysStringByteLen(other->bstrVal) &&
+           (bytes == 0 || std::memcmp(bstrVal, other->bstrVal, bytes) == 0);
   }
+  return std::memcmp(&llVal, &other->llVal, ElementBytes(vt)) == 0;
 }
 
 void _variant_t::Attach(VARIANT& source) {

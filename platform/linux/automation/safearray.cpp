@@ -2,19 +2,9 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "corvane/linux/com.h"
 #include "platform/linux/automation/variant_types.h"
 
 namespace {
-
-// fFeatures, with Windows' values.
-constexpr USHORT kHaveIid = 0x0040;
-constexpr USHORT kHaveVartype = 0x0080;
-constexpr USHORT kBstr = 0x0100;
-constexpr USHORT kUnknown = 0x0200;
-constexpr USHORT kDispatch = 0x0400;
-constexpr USHORT kVariant = 0x0800;
-constexpr USHORT kCreateVector = 0x2000;
 
 // Sizes of elements are computed with 32 bits by callers.
 constexpr std::size_t kMaxDataBytes = UINT32_MAX;
@@ -32,20 +22,8 @@ VARTYPE TypeOf(const SAFEARRAY& array) {
   return type;
 }
 
-USHORT FeaturesOf(VARTYPE type) {
-  switch (type) {
-    case VT_BSTR:
-      return kHaveVartype | kBstr;
-    case VT_VARIANT:
-      return kHaveVartype | kVariant;
-    case VT_UNKNOWN:
-      return kHaveIid | kUnknown;
-    case VT_DISPATCH:
-      return kHaveIid | kDispatch;
-    default:
-      return kHaveVartype;
-  }
-}
+// Elements are texts, which the array owns, or numbers.
+bool HoldsTexts(const SAFEARRAY& array) { return TypeOf(array) == VT_BSTR; }
 
 char* ElementAt(const SAFEARRAY& array, ULONG position) {
   return static_cast<char*>(array.pvData) + std::size_t{position} * array.cbElements;
@@ -58,53 +36,28 @@ char* FindElement(const SAFEARRAY& array, LONG index) {
   return ElementAt(array, static_cast<ULONG>(position));
 }
 
-template <typename T>
-T Load(const void* element) {
-  T value;
-  std::memcpy(&value, element, sizeof(value));
-  return value;
-}
-
-template <typename T>
-void Store(void* element, T value) {
-  std::memcpy(element, &value, sizeof(value));
-}
-
-// A NULL BSTR stays NULL.
-HRESULT CopyBstr(BSTR source, void* destination) {
-  BSTR copy = nullptr;
-  if (source != nullptr) {
-    copy = SysAllocStringByteLen(reinterpret_cast<const char*>(source), SysStringByteLen(source));
-    if (copy == nullptr) return E_OUTOFMEMORY;
+// `destination` owns nothing before, and is left alone on failure. A NULL BSTR stays NULL.
+HRESULT CopyElement(const SAFEARRAY& array, const void* source, void* destination) {
+  if (HoldsTexts(array)) {
+    BSTR text;
+    std::memcpy(&text, source, sizeof(text));
+    BSTR copy = nullptr;
+    if (text != nullptr) {
+      copy = SysAllocStringByteLen(reinterpret_cast<const char*>(text), SysStringByteLen(text));
+      if (copy == nullptr) return E_OUTOFMEMORY;
+    }
+    std::memcpy(destination, &copy, sizeof(copy));
+  } else {
+    std::memcpy(destination, source, array.cbElements);
   }
-  Store(destination, copy);
   return S_OK;
 }
 
-// `destination` owns nothing before. A VARIANT there is VT_EMPTY after a failure, anything else as
-// it was.
-HRESULT CopyElement(const SAFEARRAY& array, const char* source, void* destination) {
-  if ((array.fFeatures & kVariant) != 0) {
-    VARIANT* copy = static_cast<VARIANT*>(destination);
-    VariantInit(copy);
-    return VariantCopy(copy, reinterpret_cast<const VARIANT*>(source));
-  }
-  if ((array.fFeatures & kBstr) != 0) return CopyBstr(Load<BSTR>(source), destination);
-  if ((array.fFeatures & (kUnknown | kDispatch)) != 0) {
-    if (IUnknown* object = Load<IUnknown*>(source)) object->AddRef();
-  }
-  std::memcpy(destination, source, array.cbElements);
-  return S_OK;
-}
-
-void FreeElement(const SAFEARRAY& array, char* element) {
-  if ((array.fFeatures & kVariant) != 0) {
-    VariantClear(reinterpret_cast<VARIANT*>(element));
-  } else if ((array.fFeatures & kBstr) != 0) {
-    SysFreeString(Load<BSTR>(element));
-  } else if ((array.fFeatures & (kUnknown | kDispatch)) != 0) {
-    if (IUnknown* object = Load<IUnknown*>(element)) object->Release();
-  }
+void FreeElement(const SAFEARRAY& array, const void* element) {
+  if (!HoldsTexts(array)) return;
+  BSTR text;
+  std::memcpy(&text, element, sizeof(text));
+  SysFreeString(text);
 }
 
 // Dimensions count from 1, and there is one.
@@ -118,17 +71,16 @@ HRESULT CheckBoundCall(const SAFEARRAY* array, UINT dimension, const LONG* bound
 extern "C" {
 
 SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count) {
-  const UINT elementBytes = ElementBytes(type);
+  const bool isOwner = type == VT_VARIANT || type == VT_UNKNOWN || type == VT_DISPATCH;
+  const UINT elementBytes = isOwner ? 0 : ElementBytes(type);
   const std::size_t dataBytes = std::size_t{elementBytes} * count;
   if (elementBytes == 0 || dataBytes > kMaxDataBytes) return nullptr;
-  // Zeroed elements are NULL pointers and VT_EMPTY variants.
   void* memory = std::calloc(1, sizeof(Block) + dataBytes);
   if (memory == nullptr) return nullptr;
   Block* block = static_cast<Block*>(memory);
   block->type = type;
   SAFEARRAY* array = &block->array;
   array->cDims = 1;
-  array->fFeatures = static_cast<USHORT>(FeaturesOf(type) | kCreateVector);
   array->cbElements = elementBytes;
   array->pvData = block + 1;
   array->rgsabound[0] = {count, lowerBound};
@@ -194,24 +146,13 @@ HRESULT WINAPI SafeArrayPutElement(SAFEARRAY* array, LONG* index, void* element)
   if (array == nullptr || index == nullptr) return E_INVALIDARG;
   char* destination = FindElement(*array, *index);
   if (destination == nullptr) return DISP_E_BADINDEX;
-  if ((array->fFeatures & kBstr) != 0) {
-    const BSTR old = Load<BSTR>(destination);
-    const HRESULT status = CopyBstr(static_cast<BSTR>(element), destination);
-    if (SUCCEEDED(status)) SysFreeString(old);
-    return status;
-  }
-  if ((array->fFeatures & (kUnknown | kDispatch)) != 0) {
-    IUnknown* object = static_cast<IUnknown*>(element);
-    if (object != nullptr) object->AddRef();
-    FreeElement(*array, destination);
-    Store(destination, object);
-    return S_OK;
-  }
-  if (element == nullptr) return E_INVALIDARG;
-  if ((array->fFeatures & kVariant) != 0) {
-    return VariantCopy(reinterpret_cast<VARIANT*>(destination), static_cast<VARIANT*>(element));
-  }
-  std::memcpy(destination, element, array->cbElements);
+  const void* source = HoldsTexts(*array) ? &element : element;
+  if (source == nullptr) return E_INVALIDARG;
+  char copy[sizeof(LONGLONG)];
+  const HRESULT status = CopyElement(*array, source, copy);
+  if (FAILED(status)) return status;
+  FreeElement(*array, destination);
+  std::memcpy(destination, copy, array->cbElements);
   return S_OK;
 }
 

@@ -1,45 +1,25 @@
 // Life and copies of a VARIANT.
+#include <iterator>
+
 #include "corvane/linux/com.h"
 #include "platform/linux/automation/variant_types.h"
 
-bool IsKnownType(VARTYPE type) {
-  constexpr VARTYPE kModifiers = VT_ARRAY | VT_BYREF;
-  const unsigned plain = type & VT_TYPEMASK;
-  if ((type & ~(kModifiers | VT_TYPEMASK)) != 0) return false;
-  if ((type & kModifiers) != 0 && plain <= VT_NULL) return false;
-  return plain <= VT_UNKNOWN || (plain >= VT_I1 && plain <= VT_UINT);
-}
+namespace {
+
+// By type, from VT_EMPTY to VT_UINT.
+constexpr std::uint8_t kElementBytes[] = {0, 0, 2, 4, 4, 8, 8, 8, 8, 8, 4, 2, sizeof(VARIANT),
+                                          8, 0, 0, 1, 1, 2, 4, 8, 8, 4, 4};
+
+}  // namespace
 
 UINT ElementBytes(VARTYPE type) {
-  switch (type) {
-    case VT_I1:
-    case VT_UI1:
-      return 1;
-    case VT_I2:
-    case VT_UI2:
-    case VT_BOOL:
-      return 2;
-    case VT_I4:
-    case VT_UI4:
-    case VT_INT:
-    case VT_UINT:
-    case VT_R4:
-    case VT_ERROR:
-      return 4;
-    case VT_I8:
-    case VT_UI8:
-    case VT_R8:
-    case VT_CY:
-    case VT_DATE:
-    case VT_BSTR:
-    case VT_UNKNOWN:
-    case VT_DISPATCH:
-      return 8;
-    case VT_VARIANT:
-      return sizeof(VARIANT);
-    default:
-      return 0;
-  }
+  return type < std::size(kElementBytes) ? kElementBytes[type] : 0;
+}
+
+bool IsKnownType(VARTYPE type) {
+  constexpr VARTYPE kModifiers = VT_ARRAY | VT_BYREF;
+  const VARTYPE plain = static_cast<VARTYPE>(type & ~kModifiers);
+  return ElementBytes(plain) != 0 || type <= VT_NULL;
 }
 
 HRESULT Dereference(const VARIANT& source, VARIANT* view) {
@@ -88,6 +68,16 @@ HRESULT Duplicate(const VARIANT& source, VARIANT* copy) {
   return S_OK;
 }
 
+HRESULT Replace(VARIANT* destination, VARIANT value) {
+  const HRESULT result = VariantClear(destination);
+  if (SUCCEEDED(result)) {
+    *destination = value;
+  } else {
+    VariantClear(&value);
+  }
+  return result;
+}
+
 extern "C" {
 
 void WINAPI VariantInit(VARIANTARG* variant) { *variant = VARIANT{}; }
@@ -124,14 +114,7 @@ HRESULT WINAPI VariantCopyInd(VARIANT* destination, const VARIANTARG* source) {
   // The reference may lead into the destination: copy before clearing it.
   VARIANT copy;
   result = Duplicate(view, &copy);
-  if (FAILED(result)) return result;
-  result = VariantClear(destination);
-  if (FAILED(result)) {
-    VariantClear(&copy);
-    return result;
-  }
-  *destination = copy;
-  return S_OK;
+  return FAILED(result) ? result : Replace(destination, copy);
 }
 
 }  // extern "C"
