@@ -371,24 +371,58 @@ TEST_F(StoreTest, WaitsForAnotherWriterOnlySoLong) {
   EXPECT_EQ("old", Get(key.Get(), L"v"));
 }
 
-TEST_F(StoreTest, HandlesLastThroughFork) {
+TEST_F(StoreTest, ChildrenOpenItForThemselves) {
   MakeStore();
   UniqueHkey key;
   ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
   EXPECT_EQ("old", Get(key.Get(), L"v"));
   EXPECT_EQ(0, Wait(Start([&] { return Set(key.Get(), L"v", "new"); })));
   EXPECT_EQ("new", Get(key.Get(), L"v"));
-  // A transaction stays with the parent.
+  // A transaction stays with the parent, and its child waits for it like everybody else.
   WriteGroup group(key.Get());
   ASSERT_EQ(ERROR_SUCCESS, Set(key.Get(), L"v", "newer"));
-  EXPECT_EQ(0, Wait(Start([&] {
-              HKEY none = nullptr;
-              if (Set(key.Get(), L"v", "child") != ERROR_NOT_SUPPORTED) return 1;
-              if (group.Commit() != ERROR_NOT_SUPPORTED) return 2;
-              return Open(KEY_READ, &none) == ERROR_NOT_SUPPORTED ? 0 : 3;
-            })));
+  const pid_t child = Start([&] {
+    if (Set(key.Get(), L"v", "child") != ERROR_NOT_SUPPORTED) return 1;
+    if (group.Commit() != ERROR_NOT_SUPPORTED) return 2;
+    if (Value(L"v") != "new") return 3;
+    return Set(key.Get(), L"w", "child") == ERROR_SUCCESS ? 0 : 4;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
   EXPECT_EQ(ERROR_SUCCESS, group.Commit());
+  EXPECT_EQ(0, Wait(child));
   EXPECT_EQ("newer", Value(L"v"));
+  EXPECT_EQ("child", Value(L"w"));
+}
+
+// SQLite in the child took the parent's locks for its own: after the parent's end the next to open
+// the file found nobody there, and made the index anew under the child's transaction.
+TEST_F(StoreTest, ChildrenOutliveTheirParent) {
+  int go[2];
+  int result[2];
+  ASSERT_EQ(0, pipe(go) | pipe(result));
+  EXPECT_EQ(0, Wait(Start([&] {
+              MakeStore();
+              int ready[2];
+              if (pipe(ready) != 0) return 1;
+              char byte = 0;
+              if (fork() != 0) return read(ready[0], &byte, 1) == 1 ? 0 : 2;
+              UniqueHkey key;
+              bool good = Open(KEY_ALL_ACCESS, key.Receive()) == ERROR_SUCCESS;
+              WriteGroup group(key.Get());
+              good = Set(key.Get(), L"w", "child") == ERROR_SUCCESS && good;
+              good = write(ready[1], &byte, 1) == 1 && read(go[0], &byte, 1) == 1 && good;
+              good = group.Commit() == ERROR_SUCCESS && good;
+              byte = good && Get(key.Get(), L"v") == "old" ? 'y' : 'n';
+              return write(result[1], &byte, 1) == 1 ? 0 : 3;
+            })));
+  close(result[1]);
+  EXPECT_EQ("old", Value(L"v"));
+  char byte = 0;
+  ASSERT_EQ(1, write(go[1], &byte, 1));
+  EXPECT_EQ(1, read(result[0], &byte, 1)) << "it crashed";
+  EXPECT_EQ('y', byte);
+  EXPECT_EQ("child", Value(L"w"));
+  for (const int end : {go[0], go[1], result[0]}) close(end);
 }
 
 // A fork that waited for one thread's group while it kept another from ending lasted until the busy

@@ -7,7 +7,8 @@
 // 32 bits each). Data is kept byte for byte whatever its type; a string counts its terminator only
 // where the writer stored one, and none is added.
 //
-// Every operation may run on several threads, on one handle as well. Handles last through fork().
+// Every operation may run on several threads, on one handle as well. A
+// child may use the handles of its parent.
 // Outputs are untouched after a failure unless something else is said. Any operation may give
 //   ERROR_INVALID_HANDLE      NULL, closed, made up, or not a key
 //   ERROR_KEY_DELETED         the key has been deleted since it was opened
@@ -15,7 +16,7 @@
 //   ERROR_BUSY                another process has held the file for longer than the time-out
 //   ERROR_NOT_REGISTRY_FILE   the file is no database, another's, or of a newer version
 //   ERROR_REGISTRY_CORRUPT    the file is damaged
-//   ERROR_NOT_SUPPORTED       in a child, after fork() during a transaction
+//   ERROR_NOT_SUPPORTED       in a child, through a handle whose transaction its parent had begun
 //   ERROR_DISK_FULL  ERROR_OUTOFMEMORY  ERROR_REGISTRY_IO_FAILED (all else that goes wrong there)
 #ifndef CORVANE_LINUX_REGISTRY_H_
 #define CORVANE_LINUX_REGISTRY_H_

@@ -62,7 +62,7 @@ LSTATUS AddKey(std::shared_ptr<Connection> connection, std::int64_t node, REGSAM
 LSTATUS OpenKey(const RegistryKey& parent, const std::vector<Name>& path, REGSAM access,
                 HKEY* result) {
   auto connection = std::make_shared<Connection>();
-  connection->PinAs(*parent.Connection());
+  connection->PinAs(*parent.Way());
   LSTATUS code = Grant(*connection, OpenMode::kExisting, &access);
   if (code != ERROR_SUCCESS) return code;
   std::int64_t node = 0;
@@ -76,7 +76,7 @@ LSTATUS OpenKey(const RegistryKey& parent, const std::vector<Name>& path, REGSAM
 LSTATUS CreateKey(const RegistryKey& parent, const std::vector<Name>& path, REGSAM access,
                   HKEY* result, DWORD* disposition) {
   auto connection = std::make_shared<Connection>();
-  connection->PinAs(*parent.Connection());
+  connection->PinAs(*parent.Way());
   LSTATUS code = Grant(*connection, OpenMode::kCreate, &access);
   if (code != ERROR_SUCCESS) return code;
   std::int64_t node = 0;

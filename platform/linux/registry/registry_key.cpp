@@ -13,10 +13,6 @@ std::shared_ptr<RegistryKey> RegistryKey::Of(HKEY key) {
                                        KEY_ALL_ACCESS);
 }
 
-LSTATUS RegistryKey::Require(REGSAM rights) const {
-  return (m_access & rights) == rights ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
-}
-
 LSTATUS RegistryKey::TouchLocked(Database& database) {
   if (m_touchedIn == m_connection->TransactionLocked()) return ERROR_SUCCESS;
   const LSTATUS result = Store::TouchNode(database, m_node);
@@ -57,7 +53,7 @@ LSTATUS RegistryKey::DeleteSubkey(const std::vector<Store::Name>& path) {
 }
 
 LSTATUS RegistryKey::GetInfo(Store::NodeInfo* info) {
-  const auto lock = m_connection->Lock();
+  const Store::Connection::Access access(*m_connection);
   const LSTATUS result = m_connection->ReadLocked([&](Database& database) -> LSTATUS {
     Store::Enumeration::Extent values;
     const LSTATUS measured = m_values.MeasureLocked(*m_connection, m_node, &values);

@@ -5,31 +5,24 @@
 #include <memory>
 
 #include "corvane/linux/registry.h"
-#include "platform/linux/misc/handle_table.h"
-#include "platform/linux/store/connection.h"
 #include "platform/linux/store/enumeration.h"
 #include "platform/linux/store/nodes.h"
+#include "platform/linux/store/store_handle.h"
 #include "platform/linux/store/values.h"
 
 namespace Corvane {
 
 // Any thread. Every operation may give ERROR_KEY_DELETED and what the store's file gives.
-class RegistryKey final : public HandleObject {
+class RegistryKey final : public Store::StoreHandle<HandleKind::kRegistryKey> {
  public:
-  static constexpr HandleKind kKind = HandleKind::kRegistryKey;
-
   RegistryKey(std::shared_ptr<Store::Connection> connection, std::int64_t node, REGSAM access)
-      : HandleObject(kKind), m_connection(std::move(connection)), m_node(node), m_access(access) {}
+      : StoreHandle(std::move(connection), access), m_node(node) {}
 
   // What `key` stands for; for HKEY_LOCAL_MACHINE an object of its own for each call, whose store
   // is made by the first write and read as empty before. Null for an invalid handle.
   static std::shared_ptr<RegistryKey> Of(HKEY key);
   static bool IsPredefined(HKEY key) { return key == HKEY_LOCAL_MACHINE; }
 
-  // ERROR_ACCESS_DENIED unless the handle was opened with all of `rights`.
-  LSTATUS Require(REGSAM rights) const;
-
-  const std::shared_ptr<Store::Connection>& Connection() const { return m_connection; }
   std::int64_t Node() const { return m_node; }
 
   LSTATUS SetValue(const Store::Name& name, const Store::Data& data);
@@ -41,7 +34,7 @@ class RegistryKey final : public HandleObject {
   // Calls `use(item)` with the value or the key of that number; its result is the operation's.
   template <typename Use>
   LSTATUS WithItem(Store::Enumeration::Of what, std::size_t index, Use&& use) {
-    const auto lock = m_connection->Lock();
+    const Store::Connection::Access access(*m_connection);
     Store::Enumeration& enumeration =
         what == Store::Enumeration::Of::kValues ? m_values : m_subkeys;
     Store::Enumeration::Item item;
@@ -54,9 +47,7 @@ class RegistryKey final : public HandleObject {
  private:
   LSTATUS TouchLocked(Store::Database& database);
 
-  const std::shared_ptr<Store::Connection> m_connection;
   const std::int64_t m_node;
-  const REGSAM m_access;
 
   // Guarded by the connection's lock.
   std::uint64_t m_touchedIn = 0;  // the transaction that has noted the time of writing

@@ -4,7 +4,6 @@
 
 #include "platform/linux/misc/exception_wall.h"
 #include "platform/linux/registry/registry_key.h"
-#include "platform/linux/store/limits.h"
 
 namespace {
 

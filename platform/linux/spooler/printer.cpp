@@ -41,10 +41,6 @@ BOOL Report(LSTATUS result) {
 
 }  // namespace
 
-LSTATUS Printer::RequireAdministration() const {
-  return (m_access & PRINTER_ACCESS_ADMINISTER) != 0 ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
-}
-
 std::vector<Store::Name> Printer::PathOf(const std::vector<Store::Name>& key) const {
   std::vector<Store::Name> path = {m_name};
   path.insert(path.end(), key.begin(), key.end());

@@ -7,31 +7,23 @@
 #include <vector>
 
 #include "corvane/linux/spooler.h"
-#include "platform/linux/misc/handle_table.h"
-#include "platform/linux/store/connection.h"
 #include "platform/linux/store/names.h"
 #include "platform/linux/store/nodes.h"
+#include "platform/linux/store/store_handle.h"
 #include "platform/linux/store/values.h"
 
 namespace Corvane {
 
 // Any thread. `key` is a path of names as SplitPath makes it. Every operation may give what the
 // store's file gives.
-class Printer final : public HandleObject {
+class Printer final : public Store::StoreHandle<HandleKind::kPrinter> {
  public:
-  static constexpr HandleKind kKind = HandleKind::kPrinter;
-
   Printer(Store::Name name, ACCESS_MASK access)
-      : HandleObject(kKind), m_name(std::move(name)), m_access(access) {}
+      : StoreHandle(std::make_shared<Store::Connection>(), access), m_name(std::move(name)) {}
 
   static std::shared_ptr<Printer> Of(HANDLE printer) {
     return HandleTable::OfProcess().Find<Printer>(printer);
   }
-
-  // ERROR_ACCESS_DENIED unless the handle was opened for changes.
-  LSTATUS RequireAdministration() const;
-
-  const std::shared_ptr<Store::Connection>& Connection() const { return m_connection; }
 
   // ERROR_FILE_NOT_FOUND: no such key.
   LSTATUS Find(Store::Database& database, const std::vector<Store::Name>& key,
@@ -49,9 +41,7 @@ class Printer final : public HandleObject {
   LSTATUS FindOrMakeLocked(Store::Database& database, const std::vector<Store::Name>& key,
                            std::int64_t* node);
 
-  const std::shared_ptr<Store::Connection> m_connection = std::make_shared<Store::Connection>();
   const Store::Name m_name;
-  const ACCESS_MASK m_access;
 
   // The key written to last, by its folded names, in the connection's transaction m_keyIn: no one
   // else can have deleted it meanwhile. Guarded by the connection's lock.

@@ -14,7 +14,6 @@ using Corvane::Store::Data;
 using Corvane::Store::Database;
 using Corvane::Store::Name;
 using Corvane::Store::Query;
-using Corvane::Store::Sql;
 using Corvane::Store::ValueTotals;
 
 // What an operation is about: an open printer, a key of it, a value of that.
@@ -85,7 +84,7 @@ class EntryWriter {
 LSTATUS WriteEntries(Database& database, std::int64_t node, const ValueTotals& totals,
                      BYTE* buffer) {
   EntryWriter writer(totals, buffer);
-  Query query(database, Sql::kListValues);
+  Query query(database, Corvane::Store::kListValues);
   query.Bind(node).Bind(std::string_view(""));
   std::wstring name;
   LSTATUS result = query.Step();
@@ -115,7 +114,7 @@ DWORD WINAPI EnumPrinterDataExW(HANDLE printer, const wchar_t* key, BYTE* values
     Target target;
     const LSTATUS code = FindTarget(printer, key, L"", &target);
     if (code != ERROR_SUCCESS) return code;
-    return target.printer->Connection()->Read([&](Database& database) -> LSTATUS {
+    return target.printer->Way()->Read([&](Database& database) -> LSTATUS {
       std::int64_t node = 0;
       ValueTotals totals;
       LSTATUS result = target.printer->Find(database, target.key, &node);
@@ -143,7 +142,7 @@ DWORD WINAPI GetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t
     if (code != ERROR_SUCCESS) return code;
     DWORD foundType = 0;
     DWORD size = dataBytes;
-    const LSTATUS read = target.printer->Connection()->Read([&](Database& database) {
+    const LSTATUS read = target.printer->Way()->Read([&](Database& database) {
       std::int64_t node = 0;
       const LSTATUS result = target.printer->Find(database, target.key, &node);
       if (result != ERROR_SUCCESS) return result;
@@ -162,7 +161,7 @@ DWORD WINAPI SetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t
     Target target;
     const Data written = {type, data, dataBytes};
     LSTATUS code = FindTarget(printer, key, value, &target);
-    if (code == ERROR_SUCCESS) code = target.printer->RequireAdministration();
+    if (code == ERROR_SUCCESS) code = target.printer->Require(PRINTER_ACCESS_ADMINISTER);
     if (code == ERROR_SUCCESS) code = CheckValue(value, written);
     return code == ERROR_SUCCESS ? target.printer->SetValue(target.key, target.value, written)
                                  : code;
@@ -173,10 +172,10 @@ DWORD WINAPI DeletePrinterDataExW(HANDLE printer, const wchar_t* key, const wcha
   return static_cast<DWORD>(BehindWall([&]() -> LSTATUS {
     Target target;
     LSTATUS code = FindTarget(printer, key, value, &target);
-    if (code == ERROR_SUCCESS) code = target.printer->RequireAdministration();
+    if (code == ERROR_SUCCESS) code = target.printer->Require(PRINTER_ACCESS_ADMINISTER);
     if (code != ERROR_SUCCESS) return code;
     using Corvane::Store::OpenMode;
-    return target.printer->Connection()->Write(OpenMode::kExisting, [&](Database& database) {
+    return target.printer->Way()->Write(OpenMode::kExisting, [&](Database& database) {
       std::int64_t node = 0;
       const LSTATUS result = target.printer->Find(database, target.key, &node);
       return result == ERROR_SUCCESS ? DeleteValue(database, node, target.value) : result;

@@ -1,28 +1,59 @@
 #include "platform/linux/store/connection.h"
 
+#include <chrono>
 #include <thread>
 #include <utility>
 
-#include "platform/linux/store/connection_list.h"
-
 namespace Corvane::Store {
+namespace {
 
-Connection::Connection() { ConnectionList::OfProcess().Add(this); }
+using std::chrono::steady_clock;
 
-Connection::~Connection() { ConnectionList::OfProcess().Remove(this); }
+// For another writer's transaction: nobody waits for ever for a process that was stopped.
+constexpr std::chrono::seconds kWriterTimeout{5};
+constexpr std::chrono::milliseconds kWriterRetry{1};
 
-// While another thread wants to fork, only a transaction under way goes on.
-std::unique_lock<std::mutex> Connection::Lock() {
-  for (;;) {
-    std::unique_lock lock(m_mutex);
-    if (m_group == Group::kOpen || !ConnectionList::OfProcess().IsForking()) return lock;
-    lock.unlock();
-    std::this_thread::sleep_for(ConnectionList::kForkRetry);
+// A database that is open and not in use: opening costs many times what a short operation does, and
+// who opens the file first reads its log through.
+class Spare {
+ public:
+  static Spare& OfProcess() {
+    // Never destroyed: threads may outlive the end of main().
+    static Spare& spare = *new Spare;
+    return spare;
   }
+
+  // Open on the store as it is now; null when there is none.
+  std::unique_ptr<Database> Take() {
+    const std::lock_guard lock(m_mutex);
+    std::unique_ptr<Database> taken = std::move(m_database);
+    return taken && taken->IsAsLeft() ? std::move(taken) : nullptr;
+  }
+
+  // For the next one, or closes it.
+  void Keep(std::unique_ptr<Database> database) {
+    const std::lock_guard lock(m_mutex);
+    if (!m_database && database->Rest()) m_database = std::move(database);
+  }
+
+ private:
+  std::mutex m_mutex;  // locked after a connection
+  std::unique_ptr<Database> m_database;
+};
+
+}  // namespace
+
+Connection::Access::Access(Connection& connection) : m_lock(connection.m_mutex) {
+  if (connection.m_database->IsInherited()) connection.LeaveToParentLocked();
+}
+
+Connection::~Connection() {
+  const Access access(*this);
+  if (m_database->IsOpen()) Spare::OfProcess().Keep(std::move(m_database));
 }
 
 LSTATUS Connection::Open(OpenMode mode, bool toWrite) {
-  const auto lock = Lock();
+  const Access access(*this);
   const LSTATUS result = OpenLocked(mode);
   if (result != ERROR_SUCCESS) return result;
   return toWrite && m_database->IsReadOnly() ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
@@ -30,8 +61,7 @@ LSTATUS Connection::Open(OpenMode mode, bool toWrite) {
 
 LSTATUS Connection::OpenLocked(OpenMode mode) {
   if (m_database->IsOpen()) return ERROR_SUCCESS;
-  if (ConnectionList::OfProcess().IsOrphaned()) return ERROR_NOT_SUPPORTED;
-  if (auto spare = ConnectionList::OfProcess().TakeSpare()) {
+  if (auto spare = Spare::OfProcess().Take()) {
     m_database = std::move(spare);
   } else if (const LSTATUS result = m_database->Open(mode); result != ERROR_SUCCESS) {
     return result;
@@ -42,32 +72,45 @@ LSTATUS Connection::OpenLocked(OpenMode mode) {
 }
 
 void Connection::Pin() {
-  const auto lock = Lock();
+  const Access access(*this);
   m_pinned = m_database->Id();
 }
 
 void Connection::PinAs(Connection& other) {
   StoreId pinned;
   {
-    const auto lock = other.Lock();
+    const Access access(other);
     pinned = other.m_pinned;
   }
-  const auto lock = Lock();
+  const Access access(*this);
   m_pinned = std::move(pinned);
 }
 
 void Connection::EndReadLocked() {
-  if (m_database->InTransaction()) m_database->Run(Sql::kCommit);
+  if (m_database->InTransaction()) m_database->Run(kCommit);
 }
 
-LSTATUS Connection::BeginWriteLocked() {
+// Between its tries the handle is free, and the process may fork.
+LSTATUS Connection::BeginWrite(OpenMode mode, std::optional<Access>* access) {
+  for (const auto deadline = steady_clock::now() + kWriterTimeout;;) {
+    access->emplace(*this);
+    const bool last = steady_clock::now() >= deadline;
+    LSTATUS result = OpenLocked(mode);
+    if (result == ERROR_SUCCESS) result = BeginWriteLocked(last);
+    if (result != ERROR_BUSY || last || m_group == Group::kFailed) return result;
+    access->reset();
+    std::this_thread::sleep_for(kWriterRetry);
+  }
+}
+
+LSTATUS Connection::BeginWriteLocked(bool lastTry) {
   if (m_group == Group::kFailed) return m_groupFailure;
   if (m_group == Group::kOpen) return ERROR_SUCCESS;
-  const LSTATUS result = m_database->Run(Sql::kBeginImmediate);
+  const LSTATUS result = m_database->BeginImmediate();
   if (result == ERROR_SUCCESS) {
     ++m_transaction;
     if (m_group == Group::kArmed) m_group = Group::kOpen;
-  } else if (m_group == Group::kArmed) {
+  } else if (m_group == Group::kArmed && (result != ERROR_BUSY || lastTry)) {
     // The other writes of the group would each wait as long.
     FailGroupLocked(result);
   }
@@ -83,13 +126,13 @@ LSTATUS Connection::EndWriteLocked(LSTATUS result) {
     return result;
   }
   if (result == ERROR_SUCCESS) return CommitLocked();
-  if (m_database->InTransaction()) m_database->Run(Sql::kRollback);
+  if (m_database->InTransaction()) m_database->Run(kRollback);
   return result;
 }
 
 LSTATUS Connection::CommitLocked() {
-  const LSTATUS result = m_database->Run(Sql::kCommit);
-  if (m_database->InTransaction()) m_database->Run(Sql::kRollback);
+  const LSTATUS result = m_database->Run(kCommit);
+  if (m_database->InTransaction()) m_database->Run(kRollback);
   return result;
 }
 
@@ -99,14 +142,14 @@ void Connection::FailGroupLocked(LSTATUS failure) {
 }
 
 bool Connection::BeginGroup() {
-  const auto lock = Lock();
+  const Access access(*this);
   if (m_group != Group::kNone) return false;
   m_group = Group::kArmed;
   return true;
 }
 
 LSTATUS Connection::EndGroup(bool commit) {
-  const auto lock = Lock();
+  const Access access(*this);
   LSTATUS result = ERROR_SUCCESS;
   if (m_group == Group::kFailed) {
     result = m_groupFailure;
@@ -114,7 +157,7 @@ LSTATUS Connection::EndGroup(bool commit) {
     if (commit) {
       result = CommitLocked();
     } else {
-      m_database->Run(Sql::kRollback);
+      m_database->Run(kRollback);
     }
   }
   m_group = Group::kNone;
@@ -122,23 +165,10 @@ LSTATUS Connection::EndGroup(bool commit) {
   return result;
 }
 
-// Nobody uses it any more.
-void Connection::CloseForGood() {
-  ConnectionList::OfProcess().KeepSpare(std::exchange(m_database, std::make_unique<Database>()));
-}
-
-void Connection::CloseForFork() {
-  if (!m_database->IsOpen() || m_database->InTransaction()) return;
+void Connection::LeaveToParentLocked() {
   m_database->Close();
   ++m_writes;  // what tells of others' writes begins anew with the next opening
-}
-
-bool Connection::UnlockInChild() {
-  const bool clean = !m_database->IsOpen();
-  m_database->Abandon();
   if (m_group == Group::kOpen) FailGroupLocked(ERROR_NOT_SUPPORTED);
-  m_mutex.unlock();
-  return clean;
 }
 
 }  // namespace Corvane::Store

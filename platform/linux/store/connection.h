@@ -4,17 +4,30 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "platform/linux/misc/exception_wall.h"
 #include "platform/linux/store/database.h"
+#include "platform/linux/store/fork.h"
 
 namespace Corvane::Store {
 
-// Any thread. Opens the file with the first use that needs it; ERROR_NOT_SUPPORTED in a child whose
-// parent had a transaction under way at fork().
+// Any thread. Opens the file with the first use that needs it, and again in a child: what the
+// parent had open stays the parent's. A group that was under way at fork() is the parent's alone;
+// in the child all of it fails with ERROR_NOT_SUPPORTED.
 class Connection {
  public:
-  Connection();
+  // The lock, for several calls of ReadLocked and what is remembered of them.
+  class Access {
+   public:
+    explicit Access(Connection& connection);
+
+   private:
+    const NoFork m_noFork;
+    const std::lock_guard<std::mutex> m_lock;
+  };
+
+  Connection() = default;
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
   ~Connection();
@@ -28,13 +41,10 @@ class Connection {
   void Pin();
   void PinAs(Connection& other);
 
-  // The lock, for several calls of ReadLocked and what is remembered of them.
-  [[nodiscard]] std::unique_lock<std::mutex> Lock();
-
   // Calls `work(database)`, which only reads, in one state of the store.
   template <typename Work>
   LSTATUS Read(Work&& work) {
-    const auto lock = Lock();
+    const Access access(*this);
     return ReadLocked(work);
   }
   template <typename Work>
@@ -43,7 +53,7 @@ class Connection {
     if (result != ERROR_SUCCESS) return result;
     // Within a group its own transaction is the state.
     const bool begun = !m_database->InTransaction();
-    if (begun) result = m_database->Run(Sql::kBegin);
+    if (begun) result = m_database->Run(kBegin);
     if (result == ERROR_SUCCESS) result = BehindWall([&] { return work(*m_database); });
     if (begun) EndReadLocked();
     return result;
@@ -54,9 +64,8 @@ class Connection {
   // store itself gave it up.
   template <typename Work>
   LSTATUS Write(OpenMode mode, Work&& work) {
-    const auto lock = Lock();
-    LSTATUS result = OpenLocked(mode);
-    if (result == ERROR_SUCCESS) result = BeginWriteLocked();
+    std::optional<Access> access;
+    const LSTATUS result = BeginWrite(mode, &access);
     if (result != ERROR_SUCCESS) return result;
     return EndWriteLocked(BehindWall([&] { return work(*m_database); }));
   }
@@ -73,8 +82,6 @@ class Connection {
   std::uint64_t WritesLocked() const { return m_writes; }
 
  private:
-  friend class ConnectionList;
-
   enum class Group {
     kNone,
     kArmed,   // no write so far
@@ -83,17 +90,13 @@ class Connection {
   };
 
   LSTATUS OpenLocked(OpenMode mode);
+  void LeaveToParentLocked();
   void EndReadLocked();
-  LSTATUS BeginWriteLocked();
+  LSTATUS BeginWrite(OpenMode mode, std::optional<Access>* access);
+  LSTATUS BeginWriteLocked(bool lastTry);
   LSTATUS EndWriteLocked(LSTATUS result);
   void FailGroupLocked(LSTATUS failure);
   LSTATUS CommitLocked();
-
-  void CloseForGood();
-  bool TryLockForFork() { return m_mutex.try_lock(); }
-  void CloseForFork();
-  void UnlockInParent() { m_mutex.unlock(); }
-  bool UnlockInChild();  // false when the database was not closed before
 
   std::mutex m_mutex;  // guards everything below
   std::unique_ptr<Database> m_database = std::make_unique<Database>();

@@ -6,13 +6,25 @@
 #include <cerrno>
 #include <string>
 
-#include "platform/linux/store/limits.h"
+#include "platform/linux/store/result_codes.h"
 #include "platform/linux/store/schema.h"
-#include "platform/linux/store/sqlite_result.h"
 #include "platform/linux/store/store_file.h"
 
 namespace Corvane::Store {
 namespace {
+
+// Of a row read from the file, longest names and data included: the memory that a damaged length
+// can ask for.
+constexpr int kMaxRowBytes = 2 << 20;
+
+// For who repairs the log after a crash. Writers wait for each other elsewhere.
+constexpr int kBusyTimeoutMs = 5000;
+
+// Of the log, after which a commit copies it into the database. Small, because whoever opens the
+// file first reads it through; large enough that few commits wait for the disk.
+constexpr int kCheckpointPages = 256;
+
+constexpr char kBeginImmediate[] = "BEGIN IMMEDIATE";
 
 constexpr int kReadWrite = SQLITE_OPEN_READWRITE;
 
@@ -21,7 +33,7 @@ LSTATUS Fill(const std::string& path) {
   sqlite3* sqlite = nullptr;
   constexpr int kFlags = kReadWrite | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW;
   errno = 0;
-  int result = sqlite3_open_v2(path.c_str(), &sqlite, kFlags, nullptr);
+  int result = OpenSqlite(path.c_str(), &sqlite, kFlags);
   if (result == SQLITE_OK) {
     sqlite3_extended_result_codes(sqlite, 1);
     result = sqlite3_exec(sqlite, kCreateSchema, nullptr, nullptr, nullptr);
@@ -98,8 +110,8 @@ bool Database::Rest() {
 
 bool Database::IsAsLeft() const {
   std::string path;
-  return StorePath(&path) == ERROR_SUCCESS && FindStoreFile(&path) == ERROR_SUCCESS &&
-         path == m_path && FileState(path) == m_asLeft;
+  return !IsInherited() && StorePath(&path) == ERROR_SUCCESS &&
+         FindStoreFile(&path) == ERROR_SUCCESS && path == m_path && FileState(path) == m_asLeft;
 }
 
 StoreId Database::Id() const {
@@ -130,7 +142,8 @@ LSTATUS Database::Connect(const char* name, int flags) {
   constexpr int kFlags =
       SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE;
   errno = 0;
-  return FromSqlite(sqlite3_open_v2(name, &m_sqlite, flags | kFlags, nullptr), m_sqlite);
+  m_generation = ProcessGeneration();
+  return FromSqlite(OpenSqlite(name, &m_sqlite, flags | kFlags), m_sqlite);
 }
 
 LSTATUS Database::Configure() {
@@ -170,13 +183,11 @@ LSTATUS Database::CheckVersion() {
 }
 
 void Database::Close() {
-  for (sqlite3_stmt* statement : m_statements) sqlite3_finalize(statement);
-  sqlite3_close(m_sqlite);
-  Abandon();
-}
-
-void Database::Abandon() {
-  m_statements.fill(nullptr);
+  if (!IsInherited()) {
+    for (const auto& [sql, statement] : m_statements) sqlite3_finalize(statement);
+    sqlite3_close(m_sqlite);
+  }
+  m_statements.clear();
   m_sqlite = nullptr;
   m_path.clear();
 }
@@ -191,17 +202,29 @@ LSTATUS Database::Run(Sql sql) {
   return result == ERROR_NO_MORE_ITEMS ? LSTATUS{ERROR_SUCCESS} : result;
 }
 
-Query::Query(Database& database, Sql sql) : m_database(database) {
-  sqlite3_stmt*& statement = database.m_statements[static_cast<std::size_t>(sql)];
-  if (statement == nullptr) {
-    const char* text = kStatements[static_cast<std::size_t>(sql)];
-    errno = 0;
-    m_failure = FromSqlite(sqlite3_prepare_v3(database.m_sqlite, text, -1,
-                                              SQLITE_PREPARE_PERSISTENT, &statement, nullptr),
-                           database.m_sqlite);
-  }
-  m_statement = statement;
+LSTATUS Database::BeginImmediate() {
+  sqlite3_busy_timeout(m_sqlite, 0);
+  const LSTATUS result = Run(kBeginImmediate);
+  sqlite3_busy_timeout(m_sqlite, kBusyTimeoutMs);
+  return result;
 }
+
+LSTATUS Database::Prepare(Sql sql, sqlite3_stmt** statement) {
+  for (const auto& [prepared, found] : m_statements) {
+    if (prepared != sql) continue;
+    *statement = found;
+    return ERROR_SUCCESS;
+  }
+  m_statements.reserve(m_statements.size() + 1);
+  errno = 0;
+  const int result =
+      sqlite3_prepare_v3(m_sqlite, sql, -1, SQLITE_PREPARE_PERSISTENT, statement, nullptr);
+  if (result == SQLITE_OK) m_statements.emplace_back(sql, *statement);
+  return FromSqlite(result, m_sqlite);
+}
+
+Query::Query(Database& database, Sql sql)
+    : m_database(database), m_failure(database.Prepare(sql, &m_statement)) {}
 
 Query::~Query() { sqlite3_reset(m_statement); }
 

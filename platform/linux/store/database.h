@@ -2,47 +2,27 @@
 #ifndef CORVANE_PLATFORM_LINUX_STORE_DATABASE_H_
 #define CORVANE_PLATFORM_LINUX_STORE_DATABASE_H_
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "corvane/linux/base.h"
+#include "platform/linux/store/fork.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace Corvane::Store {
 
-// Every statement there is; each is prepared when it is first needed.
-enum class Sql : std::size_t {
-  kBegin,
-  kBeginImmediate,
-  kCommit,
-  kRollback,
-  kFindNode,
-  kNodeExists,
-  kNodeWritten,
-  kAddNode,
-  kTouchNode,
-  kDeleteNode,
-  kDeleteValues,
-  kHasSubkeys,
-  kSubkeyInfo,
-  kListSubkeys,
-  kSkipToSubkey,
-  kFindValue,
-  kSetValue,
-  kDeleteValue,
-  kValueInfo,
-  kValueTotals,
-  kListValues,
-  kSkipToValue,
-  kDataVersion,
-  kCount,
-};
+// A statement: a constant, which is prepared when it is first needed.
+using Sql = const char*;
+
+inline constexpr char kBegin[] = "BEGIN";
+inline constexpr char kCommit[] = "COMMIT";
+inline constexpr char kRollback[] = "ROLLBACK";
 
 // Whoever opens the file may make it.
 enum class OpenMode { kExisting, kCreate };
@@ -66,10 +46,8 @@ class Database {
 
   // ERROR_FILE_NOT_FOUND when there is no file and none is to be made.
   LSTATUS Open(OpenMode mode);
-  // An open transaction is undone.
+  // An open transaction is undone. What is a parent's is left to it.
   void Close();
-  // Forgets the connection without touching it: it is another process's.
-  void Abandon();
 
   // For one that may be used again: true when it can be left open, without a transaction. Later,
   // whether the store is still where it was and nobody has touched the file, its log apart.
@@ -79,11 +57,15 @@ class Database {
   StoreId Id() const;
 
   bool IsOpen() const { return m_sqlite != nullptr; }
+  // Opened by the parent of this process.
+  bool IsInherited() const { return IsOpen() && m_generation != ProcessGeneration(); }
   bool IsReadOnly() const;
   bool InTransaction() const;
 
   // A statement without parameters and rows.
   LSTATUS Run(Sql sql);
+  // ERROR_BUSY at once while another writes.
+  LSTATUS BeginImmediate();
 
  private:
   friend class Query;
@@ -93,11 +75,13 @@ class Database {
   LSTATUS Connect(const char* name, int flags);
   LSTATUS Configure();
   LSTATUS CheckVersion();
+  LSTATUS Prepare(Sql sql, sqlite3_stmt** statement);
 
   sqlite3* m_sqlite = nullptr;
+  unsigned m_generation = 0;
   std::string m_path;
   std::vector<std::int64_t> m_asLeft;
-  std::array<sqlite3_stmt*, static_cast<std::size_t>(Sql::kCount)> m_statements{};
+  std::vector<std::pair<Sql, sqlite3_stmt*>> m_statements;
 };
 
 // One run of a statement. All its parameters are bound before the first step; what they point to

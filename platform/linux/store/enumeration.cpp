@@ -5,9 +5,17 @@
 
 #include "platform/linux/store/names.h"
 #include "platform/linux/store/nodes.h"
+#include "platform/linux/store/values.h"
 
 namespace Corvane::Store {
 namespace {
+
+constexpr char kListSubkeys[] =
+    "SELECT folded, name, written, '' FROM node WHERE parent = ? AND folded >= ? ORDER BY folded";
+constexpr char kSkipToSubkey[] =
+    "SELECT folded FROM node WHERE parent = ? ORDER BY folded LIMIT 1 OFFSET ?";
+constexpr char kSkipToValue[] =
+    "SELECT folded FROM value WHERE node = ? ORDER BY folded LIMIT 1 OFFSET ?";
 
 // Who only wants the first item, to delete it, does not pay for many after the first time.
 constexpr std::size_t kFirstRowsAfterWrite = 16;
@@ -99,7 +107,7 @@ LSTATUS Enumeration::Read(Connection& connection, std::int64_t node, std::size_t
 LSTATUS Enumeration::Seek(Database& database, std::int64_t node, std::size_t index) {
   m_next.clear();
   if (index == 0) return ERROR_SUCCESS;
-  Query query(database, m_what == Of::kValues ? Sql::kSkipToValue : Sql::kSkipToSubkey);
+  Query query(database, m_what == Of::kValues ? kSkipToValue : kSkipToSubkey);
   const LSTATUS result = query.Bind(node).Bind(static_cast<std::int64_t>(index)).Step();
   if (result == ERROR_SUCCESS) m_next = query.Bytes(0);
   if (result != ERROR_NO_MORE_ITEMS) return result;
@@ -108,7 +116,7 @@ LSTATUS Enumeration::Seek(Database& database, std::int64_t node, std::size_t ind
 }
 
 LSTATUS Enumeration::ReadRows(Database& database, std::int64_t node) {
-  Query query(database, m_what == Of::kValues ? Sql::kListValues : Sql::kListSubkeys);
+  Query query(database, m_what == Of::kValues ? kListValues : kListSubkeys);
   const std::string from = m_next;
   query.Bind(node).Bind(from);
   LSTATUS result = ERROR_SUCCESS;

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <cwchar>
 
-#include "platform/linux/store/limits.h"
-
 namespace Corvane::Store {
 namespace {
 

@@ -10,6 +10,11 @@
 
 namespace Corvane::Store {
 
+// Windows' own limits, in characters: no name that Windows would refuse gets in.
+constexpr std::size_t kMaxKeyNameChars = 255;
+constexpr std::size_t kMaxValueNameChars = 16383;
+constexpr std::size_t kMaxPathChars = 32767;
+
 // UTF-8 in which a lone surrogate has three bytes as any other character, so that every name comes
 // back as it was.
 struct Name {

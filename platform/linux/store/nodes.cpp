@@ -6,6 +6,25 @@
 namespace Corvane::Store {
 namespace {
 
+constexpr char kFindNode[] = "SELECT id FROM node WHERE parent = ? AND folded = ?";
+constexpr char kNodeExists[] = "SELECT 1 FROM node WHERE id = ?";
+constexpr char kNodeWritten[] = "SELECT written FROM node WHERE id = ?";
+constexpr char kAddNode[] =
+    "INSERT INTO node(parent, folded, name, written) VALUES(?, ?, ?, ?) RETURNING id";
+constexpr char kTouchNode[] = "UPDATE node SET written = ? WHERE id = ?";
+constexpr char kDeleteNode[] = "DELETE FROM node WHERE id = ?";
+constexpr char kDeleteValues[] = "DELETE FROM value WHERE node = ?";
+constexpr char kHasSubkeys[] = "SELECT 1 FROM node WHERE parent = ? LIMIT 1";
+constexpr char kSubkeyInfo[] =
+    "SELECT count(*), coalesce(max(length(name)), 0) FROM node WHERE parent = ?";
+constexpr char kValueInfo[] =
+    "SELECT count(*), coalesce(max(length(name)), 0), coalesce(max(length(data)), 0) FROM value "
+    "WHERE node = ?";
+constexpr char kValueTotals[] =
+    "SELECT count(*), coalesce(sum(length(name)), 0), coalesce(sum((length(data) + 7) & ~7), 0) "
+    "FROM value WHERE node = ?";
+constexpr char kDataVersion[] = "PRAGMA data_version";
+
 std::int64_t Now() {
   SYSTEMTIME now{};
   GetSystemTime(&now);
@@ -16,7 +35,7 @@ std::int64_t Now() {
 
 // ERROR_NO_MORE_ITEMS when there is none.
 LSTATUS FindChild(Database& database, std::int64_t parent, const Name& name, std::int64_t* child) {
-  Query query(database, Sql::kFindNode);
+  Query query(database, kFindNode);
   query.Bind(parent).Bind(name.folded);
   const LSTATUS result = query.Step();
   if (result == ERROR_SUCCESS) *child = query.Integer(0);
@@ -26,7 +45,7 @@ LSTATUS FindChild(Database& database, std::int64_t parent, const Name& name, std
 LSTATUS AddChild(Database& database, std::int64_t parent, const Name& name, std::int64_t* child) {
   const LSTATUS result = TouchNode(database, parent);
   if (result != ERROR_SUCCESS) return result;
-  Query query(database, Sql::kAddNode);
+  Query query(database, kAddNode);
   query.Bind(parent).Bind(name.folded).Bind(name.text).Bind(Now());
   const LSTATUS added = query.Step();
   if (added == ERROR_SUCCESS) *child = query.Integer(0);
@@ -70,13 +89,13 @@ LSTATUS MakeNode(Database& database, std::int64_t parent, const std::vector<Name
 LSTATUS DeleteNode(Database& database, std::int64_t node) {
   if (node == kRegistryRoot || node == kPrinterRoot) return ERROR_ACCESS_DENIED;
   {
-    Query below(database, Sql::kHasSubkeys);
+    Query below(database, kHasSubkeys);
     const LSTATUS result = below.Bind(node).Step();
     if (result != ERROR_NO_MORE_ITEMS) {
       return result == ERROR_SUCCESS ? LSTATUS{ERROR_ACCESS_DENIED} : result;
     }
   }
-  for (const Sql sql : {Sql::kDeleteValues, Sql::kDeleteNode}) {
+  for (const Sql sql : {kDeleteValues, kDeleteNode}) {
     Query query(database, sql);
     const LSTATUS result = query.Bind(node).Step();
     if (result != ERROR_NO_MORE_ITEMS) return result;
@@ -85,31 +104,31 @@ LSTATUS DeleteNode(Database& database, std::int64_t node) {
 }
 
 LSTATUS CheckNode(Database& database, std::int64_t node) {
-  Query query(database, Sql::kNodeExists);
+  Query query(database, kNodeExists);
   const LSTATUS result = query.Bind(node).Step();
   return result == ERROR_NO_MORE_ITEMS ? LSTATUS{ERROR_KEY_DELETED} : result;
 }
 
 LSTATUS TouchNode(Database& database, std::int64_t node) {
-  Query query(database, Sql::kTouchNode);
+  Query query(database, kTouchNode);
   const LSTATUS result = query.Bind(Now()).Bind(node).Step();
   if (result != ERROR_NO_MORE_ITEMS) return result;
   return query.Changed() ? ERROR_SUCCESS : ERROR_KEY_DELETED;
 }
 
 LSTATUS GetNodeInfo(Database& database, std::int64_t node, bool withValues, NodeInfo* info) {
-  Query written(database, Sql::kNodeWritten);
+  Query written(database, kNodeWritten);
   LSTATUS result = written.Bind(node).Step();
   if (result == ERROR_NO_MORE_ITEMS) return ERROR_KEY_DELETED;
   if (result != ERROR_SUCCESS) return result;
-  Query subkeys(database, Sql::kSubkeyInfo);
+  Query subkeys(database, kSubkeyInfo);
   result = subkeys.Bind(node).Step();
   if (result != ERROR_SUCCESS) return result;
   info->subkeys = subkeys.Integer(0);
   info->maxSubkeyChars = subkeys.Integer(1);
   info->written = written.Integer(0);
   if (!withValues) return ERROR_SUCCESS;
-  Query values(database, Sql::kValueInfo);
+  Query values(database, kValueInfo);
   result = values.Bind(node).Step();
   if (result != ERROR_SUCCESS) return result;
   info->values = values.Integer(0);
@@ -119,14 +138,14 @@ LSTATUS GetNodeInfo(Database& database, std::int64_t node, bool withValues, Node
 }
 
 LSTATUS GetValueTotals(Database& database, std::int64_t node, ValueTotals* totals) {
-  Query query(database, Sql::kValueTotals);
+  Query query(database, kValueTotals);
   const LSTATUS result = query.Bind(node).Step();
   if (result == ERROR_SUCCESS) *totals = {query.Integer(0), query.Integer(1), query.Integer(2)};
   return result;
 }
 
 std::int64_t DataVersion(Database& database) {
-  Query query(database, Sql::kDataVersion);
+  Query query(database, kDataVersion);
   return query.Step() == ERROR_SUCCESS ? query.Integer(0) : -1;
 }
 

@@ -12,6 +12,8 @@
 #include <memory>
 #include <vector>
 
+#include "platform/linux/store/result_codes.h"
+
 namespace Corvane::Store {
 namespace {
 
@@ -61,25 +63,6 @@ void SyncFolder(const std::string& folder) {
 }
 
 }  // namespace
-
-LSTATUS FromErrno(int error) {
-  switch (error) {
-    case ENOENT:
-      return ERROR_FILE_NOT_FOUND;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-      return ERROR_ACCESS_DENIED;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-      return ERROR_DISK_FULL;
-    case ENOMEM:
-      return ERROR_OUTOFMEMORY;
-    default:
-      return ERROR_REGISTRY_IO_FAILED;
-  }
-}
 
 LSTATUS StorePath(std::string* path) {
   *path = Variable("CORVANE_STORE");

@@ -25,9 +25,6 @@ LSTATUS FindStoreFile(std::string* path);
 LSTATUS CreateStoreFile(const std::string& path,
                         const std::function<LSTATUS(const std::string&)>& fill);
 
-// A system's error number as a Win32 code.
-LSTATUS FromErrno(int error);
-
 }  // namespace Corvane::Store
 
 #endif  // CORVANE_PLATFORM_LINUX_STORE_STORE_FILE_H_

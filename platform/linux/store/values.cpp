@@ -4,9 +4,21 @@
 #include <cwchar>
 
 #include "platform/linux/misc/caller_memory.h"
-#include "platform/linux/store/limits.h"
 
 namespace Corvane::Store {
+namespace {
+
+// What a runaway writer can put into the file, and a reader must hold, at a time.
+constexpr std::size_t kMaxDataBytes = std::size_t{1} << 20;
+
+constexpr char kFindValue[] = "SELECT type, data FROM value WHERE node = ? AND folded = ?";
+constexpr char kSetValue[] =
+    "INSERT INTO value(node, folded, name, type, data) VALUES(?, ?, ?, ?, ?) ON CONFLICT DO "
+    "UPDATE SET type = excluded.type, data = excluded.data "
+    "WHERE type <> excluded.type OR data <> excluded.data";
+constexpr char kDeleteValue[] = "DELETE FROM value WHERE node = ? AND folded = ?";
+
+}  // namespace
 
 LSTATUS CheckValue(const wchar_t* name, const Data& data) {
   if (wcsnlen(name, kMaxValueNameChars + 1) > kMaxValueNameChars) return ERROR_INVALID_PARAMETER;
@@ -15,7 +27,7 @@ LSTATUS CheckValue(const wchar_t* name, const Data& data) {
 }
 
 LSTATUS SetValue(Database& database, std::int64_t node, const Name& name, const Data& data) {
-  Query query(database, Sql::kSetValue);
+  Query query(database, kSetValue);
   query.Bind(node).Bind(name.folded).Bind(name.text);
   query.Bind(std::int64_t{data.type}).Bind(data.bytes, data.size);
   const LSTATUS result = query.Step();
@@ -23,7 +35,7 @@ LSTATUS SetValue(Database& database, std::int64_t node, const Name& name, const 
 }
 
 LSTATUS GetValue(Database& database, std::int64_t node, const Name& name, const Buffer& buffer) {
-  Query query(database, Sql::kFindValue);
+  Query query(database, kFindValue);
   const LSTATUS result = query.Bind(node).Bind(name.folded).Step();
   if (result == ERROR_NO_MORE_ITEMS) return ERROR_FILE_NOT_FOUND;
   if (result != ERROR_SUCCESS) return result;
@@ -38,7 +50,7 @@ LSTATUS GetValue(Database& database, std::int64_t node, const Name& name, const 
 }
 
 LSTATUS DeleteValue(Database& database, std::int64_t node, const Name& name) {
-  Query query(database, Sql::kDeleteValue);
+  Query query(database, kDeleteValue);
   const LSTATUS result = query.Bind(node).Bind(name.folded).Step();
   if (result != ERROR_NO_MORE_ITEMS) return result;
   return query.Changed() ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;

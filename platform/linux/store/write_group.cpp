@@ -1,29 +1,24 @@
 #include "platform/write_group.h"
 
-#include "platform/linux/misc/exception_wall.h"
-#include "platform/linux/registry/registry_key.h"
-#include "platform/linux/spooler/printer.h"
+#include "platform/linux/store/store_handle.h"
 
 namespace Corvane {
 namespace {
 
-// Null for a connection that is in a group already: the outer one has the writes.
-std::shared_ptr<Store::Connection> Begin(std::shared_ptr<Store::Connection> connection) {
-  return connection->BeginGroup() ? std::move(connection) : nullptr;
+// Null for a handle that is not open, and for one that is in a group already: the outer one has the
+// writes.
+template <HandleKind kind>
+std::shared_ptr<Store::Connection> Begin(HANDLE handle) {
+  const auto opened = HandleTable::OfProcess().Find<Store::StoreHandle<kind>>(handle);
+  if (opened == nullptr || !opened->Way()->BeginGroup()) return nullptr;
+  return opened->Way();
 }
 
 }  // namespace
 
-WriteGroup::WriteGroup(HKEY key) {
-  if (RegistryKey::IsPredefined(key)) return;
-  const std::shared_ptr<RegistryKey> opened = RegistryKey::Of(key);
-  if (opened != nullptr) m_connection = Begin(opened->Connection());
-}
+WriteGroup::WriteGroup(HKEY key) : m_connection(Begin<HandleKind::kRegistryKey>(key)) {}
 
-WriteGroup::WriteGroup(HANDLE printer) {
-  const std::shared_ptr<Printer> opened = Printer::Of(printer);
-  if (opened != nullptr) m_connection = Begin(opened->Connection());
-}
+WriteGroup::WriteGroup(HANDLE printer) : m_connection(Begin<HandleKind::kPrinter>(printer)) {}
 
 WriteGroup::~WriteGroup() { End(false); }
 

@@ -1,10 +1,8 @@
-#include "platform/linux/store/sqlite_result.h"
+#include "platform/linux/store/result_codes.h"
 
 #include <sqlite3.h>
 
 #include <cerrno>
-
-#include "platform/linux/store/store_file.h"
 
 namespace Corvane::Store {
 namespace {
@@ -22,6 +20,25 @@ LSTATUS FromSystemError(int error, sqlite3* database) {
 }
 
 }  // namespace
+
+LSTATUS FromErrno(int error) {
+  switch (error) {
+    case ENOENT:
+      return ERROR_FILE_NOT_FOUND;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return ERROR_ACCESS_DENIED;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return ERROR_DISK_FULL;
+    case ENOMEM:
+      return ERROR_OUTOFMEMORY;
+    default:
+      return ERROR_REGISTRY_IO_FAILED;
+  }
+}
 
 LSTATUS FromSqlite(int result, sqlite3* database) {
   const int error = errno;
