@@ -9,7 +9,6 @@
 #include "cache/stored_value.h"
 #include "core/file_time.h"
 #include "corvane/data_item_spec.h"
-#include "spec/item_key.h"
 
 namespace Corvane {
 namespace {

@@ -5,7 +5,6 @@
 #include "core/file_time.h"
 #include "core/variant.h"
 #include "corvane/static_data_item_spec.h"
-#include "spec/item_key.h"
 
 namespace Corvane {
 

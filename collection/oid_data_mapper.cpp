@@ -8,7 +8,6 @@
 #include "collection/oid_order.h"
 #include "core/class_identification.h"
 #include "core/variant.h"
-#include "spec/item_key.h"
 
 namespace Corvane {
 namespace {

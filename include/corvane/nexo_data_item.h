@@ -56,6 +56,15 @@ class CORVANE_API NexoDataItem {
   ConversionTable m_conversions;
 };
 
+// The key of an item's value, in queries, stores and caches: its name, or prefix + ":" + name when
+// it has a prefix, be it an empty one. Empty without a name.
+inline std::wstring ItemKey(const NexoDataItem& item) {
+  std::wstring key;
+  if (!item.GetName()) return key;
+  if (item.GetPrefix()) key.append(item.GetPrefix()).push_back(L':');
+  return key.append(item.GetName());
+}
+
 }  // namespace Corvane
 
 #endif  // CORVANE_NEXO_DATA_ITEM_H_

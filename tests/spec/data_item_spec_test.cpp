@@ -4,7 +4,6 @@
 #include "corvane/static_data_item_spec.h"
 #include "corvane/xml_data_item_spec.h"
 #include "spec/decimal.h"
-#include "spec/item_key.h"
 #include "tests/support/dom.h"
 
 namespace Corvane::Test {

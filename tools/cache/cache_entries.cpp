@@ -12,7 +12,6 @@
 #include "corvane/code_unit_less.h"
 #include "corvane/data_item_spec.h"
 #include "host/common/text.h"
-#include "tools/map/item_key.h"
 
 namespace Corvane::Tool {
 namespace {

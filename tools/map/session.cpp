@@ -11,7 +11,6 @@
 #include "corvane/static_data_item_spec.h"
 #include "corvane/xml_data_item_spec.h"
 #include "tools/map/dom.h"
-#include "tools/map/item_key.h"
 #include "tools/options/device.h"
 #include "tools/output/failure.h"
 #include "tools/output/text_escape.h"
