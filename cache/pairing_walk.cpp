@@ -1,22 +1,16 @@
 #include "cache/pairing_walk.h"
 
-#include <cwchar>
-#include <optional>
-#include <string>
+#include <algorithm>
 #include <string_view>
-#include <unordered_map>
 
-#include "cache/stored_value.h"
 #include "core/file_time.h"
 #include "corvane/data_item_spec.h"
 
 namespace Corvane {
 namespace {
 
-using LifespanByKey = std::unordered_map<std::wstring, std::uint32_t>;
-
-LifespanByKey LifespansOf(DataMapSpec* spec) {
-  LifespanByKey lifespans;
+std::unordered_map<std::wstring, std::uint32_t> LifespansOf(DataMapSpec* spec) {
+  std::unordered_map<std::wstring, std::uint32_t> lifespans;
   if (!spec) return lifespans;
   lifespans.reserve(static_cast<std::size_t>(spec->SizeOf()));
   spec->Begin();
@@ -29,50 +23,59 @@ LifespanByKey LifespansOf(DataMapSpec* spec) {
   return lifespans;
 }
 
-void Restore(const std::wstring& key, const _variant_t& data, std::uint64_t timestamp,
-             std::uint32_t lifespan, CachedValueMap* out) {
+bool IsShorter(std::uint32_t a, std::uint32_t b) { return a != 0 && (b == 0 || a < b); }
+
+void Restore(const std::wstring& key, const _variant_t& data, const Judgement& judgement,
+             CachedValueMap* out) {
   CachedValue& restored = out->try_emplace(out->end(), key)->second;
   if (data.vt == VT_I4 && data.lVal == -1) {
     restored.value = L"";
   } else {
     restored.value = data;
   }
-  restored.timestamp = timestamp;
-  restored.lifespan = lifespan;
-}
-
-bool IsText(const VARIANT& value) { return value.vt == VT_BSTR && value.bstrVal; }
-
-// The companion's text as a number up to the first character that is none; 0 without one.
-std::uint64_t TimestampOf(const VARIANT& companion) {
-  if (!IsText(companion)) return 0;
-  return static_cast<std::uint64_t>(std::wcstoll(companion.bstrVal, nullptr, 10));
+  restored.timestamp = judgement.timestamp;
+  restored.lifespan = judgement.lifespan;
 }
 
 }  // namespace
 
+std::optional<LifespanTable::Range> LifespanTable::Of(const std::wstring& key) {
+  while (m_byKey.size() < m_maps.size()) m_byKey.push_back(LifespansOf(m_maps[m_byKey.size()]));
+  std::optional<Range> range;
+  for (const auto& map : m_byKey) {
+    const auto item = map.find(key);
+    if (item == map.end()) continue;
+    const std::uint32_t lifespan = item->second;
+    range = range ? Range{std::min(range->shortest, lifespan, IsShorter),
+                          std::max(range->longest, lifespan, IsShorter)}
+                  : Range{lifespan, lifespan};
+  }
+  return range;
+}
+
+Judgement JudgePair(const std::wstring& key, const VARIANT& companion, LifespanTable* lifespans) {
+  if (IsNeverStale(companion)) return {CacheVerdict::kNeverStale};
+  const auto lifespan = lifespans->Of(key);
+  if (!lifespan) return {CacheVerdict::kNotInSpecification};
+  const auto timestamp = static_cast<std::uint64_t>(TimestampOf(companion));
+  if (IsExpired(timestamp, lifespan->longest)) return {CacheVerdict::kStale};
+  if (lifespan->shortest != lifespan->longest && IsExpired(timestamp, lifespan->shortest)) {
+    return {CacheVerdict::kDependsOnTheMap};
+  }
+  return {CacheVerdict::kFresh, timestamp, lifespan->longest};
+}
+
 std::uint32_t FillFromPairs(const CachedValueMap& stored, DataMapSpec* spec, CachedValueMap* out) {
   if (!out) return 1;
   if (stored.empty()) return spec && spec->SizeOf() > 0 ? 0 : 1;
-
-  std::optional<LifespanByKey> lifespans;
-  for (auto entry = stored.begin(); entry != stored.end();) {
-    const auto& [key, data] = *entry++;
-    if (entry == stored.end()) break;
-    const auto& [companionName, companion] = *entry++;
-    if (!IsCompanionOf(key, companionName)) continue;
-
-    if (IsText(companion.value) && companion.value.bstrVal == std::wstring_view(L"0")) {
-      Restore(key, data.value, 0, 0, out);
-      continue;
+  LifespanTable lifespans({spec});
+  WalkPairs(stored, [&](const std::wstring& key, const _variant_t& data, const VARIANT& companion) {
+    const Judgement judgement = JudgePair(key, companion, &lifespans);
+    if (judgement.verdict == CacheVerdict::kNeverStale ||
+        judgement.verdict == CacheVerdict::kFresh) {
+      Restore(key, data, judgement, out);
     }
-    if (!lifespans) lifespans = LifespansOf(spec);
-    const auto item = lifespans->find(key);
-    if (item == lifespans->end()) continue;
-    const std::uint64_t timestamp = TimestampOf(companion.value);
-    if (IsExpired(timestamp, item->second)) continue;
-    Restore(key, data.value, timestamp, item->second, out);
-  }
+  });
   return 0;
 }
 

@@ -1,17 +1,15 @@
 #include "cache/print_data_cache_provider.h"
 
-#include <memory>
 #include <new>
 
 #include "cache/pairing_walk.h"
-#include "cache/stored_value.h"
+#include "cache/store_reading.h"
 #include "core/class_identification.h"
 #include "core/ref_ptr.h"
 
 namespace Corvane {
 namespace {
 
-constexpr wchar_t kDataKey[] = L"UBidiData";
 constexpr wchar_t kWriteFailed[] = L"Printer Registry writing failed with the error = %d ";
 
 }  // namespace
@@ -30,22 +28,9 @@ const char* PrintDataCacheProvider::GetTypeName() { return kClassIdentification;
 void PrintDataCacheProvider::InitializeDictionary() {
   TraceScope trace(L"Corvane::PrintDataCacheProvider::InitializeDictionary");
   m_values.clear();
-  DWORD needed = 0;
-  DWORD count = 0;
-  if (EnumPrinterDataExW(m_printer, kDataKey, nullptr, 0, &needed, &count) != ERROR_MORE_DATA) {
-    return;
-  }
-  const std::unique_ptr<BYTE[]> buffer(new (std::nothrow) BYTE[needed]);
-  if (!buffer || EnumPrinterDataExW(m_printer, kDataKey, buffer.get(), needed, &needed, &count) !=
-                     ERROR_SUCCESS) {
-    return;
-  }
-  const auto* const entries = reinterpret_cast<const PRINTER_ENUM_VALUESW*>(buffer.get());
-  for (DWORD i = 0; i < count; ++i) {
-    if (!entries[i].pValueName) continue;
-    AddStoredValue(&m_values, entries[i].pValueName,
-                   {entries[i].dwType, entries[i].pData, entries[i].cbData});
-  }
+  ReadPrinterData(m_printer, [this](const wchar_t* name, const TypedData& data) {
+    AddStoredValue(&m_values, name, data);
+  });
 }
 
 std::uint32_t PrintDataCacheProvider::GetDataValue(const wchar_t* name, VARIANT* value) {
@@ -88,7 +73,7 @@ std::uint32_t PrintDataCacheProvider::RegistryWrite(const std::wstring& name, co
       name, value, timestamp,
       [this](const std::wstring& under, const std::wstring& text) -> DWORD {
         const TypedData data = TextData(text);
-        return SetPrinterDataExW(m_printer, kDataKey, under.c_str(), data.type,
+        return SetPrinterDataExW(m_printer, kPrintDataCacheKey, under.c_str(), data.type,
                                  const_cast<BYTE*>(data.data), data.bytes);
       },
       // Not left to the spooler: it would store whatever lies at an address that happens to exist,

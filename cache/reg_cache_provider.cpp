@@ -1,11 +1,10 @@
 #include "cache/reg_cache_provider.h"
 
-#include <memory>
 #include <new>
 #include <utility>
 
 #include "cache/pairing_walk.h"
-#include "cache/stored_value.h"
+#include "cache/store_reading.h"
 #include "core/class_identification.h"
 #include "core/ref_ptr.h"
 
@@ -13,7 +12,6 @@ namespace Corvane {
 namespace {
 
 constexpr wchar_t kWriteFailed[] = L"Registry writing failed with the error = %d ";
-constexpr DWORD kUnknownCount = 0xFFFFFFFF;
 
 }  // namespace
 
@@ -67,10 +65,13 @@ std::uint32_t RegCacheProvider::PopulateFromRegistry(DataMapSpec* spec, CachedVa
   m_values.clear();
   UniqueHkey key;
   if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, KeyPath().c_str(), 0, KEY_READ, key.Receive()) !=
-          ERROR_SUCCESS ||
-      !ReadValues(key.Get())) {
+      ERROR_SUCCESS) {
     return 1;
   }
+  const LSTATUS error = ReadKey(key.Get(), [this](const wchar_t* name, const TypedData& data) {
+    AddStoredValue(&m_values, name, data);
+  });
+  if (error == ERROR_OUTOFMEMORY) return 1;
   return FillDataMapSpec(spec, out);
 }
 
@@ -102,30 +103,6 @@ std::uint32_t RegCacheProvider::RegistryWrite(HKEY key, const std::wstring& name
         return write(under, {REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number)});
       },
       trace, kWriteFailed);
-}
-
-// A value that grows meanwhile, by another process, is passed over.
-bool RegCacheProvider::ReadValues(HKEY key) {
-  DWORD count = 0;
-  DWORD longestName = 0;  // characters, without a terminator
-  DWORD longestData = 0;  // bytes
-  const LSTATUS error = RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                         &count, &longestName, &longestData, nullptr, nullptr);
-  const std::unique_ptr<wchar_t[]> name(new (std::nothrow) wchar_t[std::size_t{longestName} + 1]);
-  const std::unique_ptr<wchar_t[]> data(new (std::nothrow) wchar_t[std::size_t{longestData} + 1]);
-  if (!name || !data) return false;
-  if (error != ERROR_SUCCESS || count == kUnknownCount) return true;
-  auto* const bytes = reinterpret_cast<BYTE*>(data.get());
-  for (DWORD index = 0; index < count; ++index) {
-    DWORD nameChars = longestName + 1;
-    DWORD type = 0;
-    DWORD size = longestData + 1;
-    if (RegEnumValueW(key, index, name.get(), &nameChars, nullptr, &type, bytes, &size) ==
-        ERROR_SUCCESS) {
-      AddStoredValue(&m_values, name.get(), {type, bytes, size});
-    }
-  }
-  return true;
 }
 
 std::uint32_t RegCacheProvider::FillDataMapSpec(DataMapSpec* spec, CachedValueMap* out) {

@@ -50,8 +50,6 @@ class RegCacheProvider : public IDisposableImpl, public ICacheProvider {
   bool CreateKey(UniqueHkey* key, const TraceScope& trace) const;
   static std::uint32_t RegistryWrite(HKEY key, const std::wstring& name, const VARIANT& value,
                                      std::int64_t timestamp);
-  // False when there is no memory for the key's longest value.
-  bool ReadValues(HKEY key);
   std::uint32_t FillDataMapSpec(DataMapSpec* spec, CachedValueMap* out);
 
   CachedValueMap m_values;  // as read last

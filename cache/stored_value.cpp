@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <cwchar>
 #include <iterator>
 
 #include "core/unique_bstr.h"
@@ -24,6 +25,8 @@ UINT CharsOfText(const TypedData& data) {
   return limit;
 }
 
+bool IsText(const VARIANT& value) { return value.vt == VT_BSTR && value.bstrVal; }
+
 }  // namespace
 
 TypedData TextData(const std::wstring& text) {
@@ -42,11 +45,32 @@ bool IsCompanionOf(std::wstring_view key, std::wstring_view name) {
          name.ends_with(kCompanionEnding);
 }
 
+std::optional<std::wstring> KeyOfCompanion(std::wstring_view name) {
+  if (!name.ends_with(kCompanionEnding)) return std::nullopt;
+  return std::wstring(name.substr(0, name.size() - kCompanionEnding.size()));
+}
+
 // std::to_wstring would format by the locale, at ten times the cost.
 std::wstring CompanionText(std::int64_t timestamp) {
   char digits[24];
   const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), timestamp);
   return std::wstring(digits, end);
+}
+
+bool IsNeverStale(const VARIANT& companion) {
+  return IsText(companion) && companion.bstrVal == std::wstring_view(L"0");
+}
+
+std::int64_t TimestampOf(const VARIANT& companion) {
+  return IsText(companion) ? std::wcstoll(companion.bstrVal, nullptr, 10) : 0;
+}
+
+std::optional<std::uint64_t> FetchTimeOf(const VARIANT& companion) {
+  const std::int64_t timestamp = TimestampOf(companion);
+  if (timestamp < 0 || !IsText(companion) || CompanionText(timestamp) != companion.bstrVal) {
+    return std::nullopt;
+  }
+  return static_cast<std::uint64_t>(timestamp);
 }
 
 void AddStoredValue(CachedValueMap* values, const wchar_t* name, const TypedData& data) {

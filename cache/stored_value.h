@@ -3,6 +3,7 @@
 #ifndef CORVANE_CACHE_STORED_VALUE_H_
 #define CORVANE_CACHE_STORED_VALUE_H_
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,8 +26,17 @@ TypedData TextData(const std::wstring& text);
 
 std::wstring CompanionName(std::wstring_view key);
 bool IsCompanionOf(std::wstring_view key, std::wstring_view name);
+// Of a companion; null for the name of anything else.
+std::optional<std::wstring> KeyOfCompanion(std::wstring_view name);
 // A fetch time as the companion holds it; "0" is a value that never goes stale.
 std::wstring CompanionText(std::int64_t timestamp);
+
+// A companion as it is loaded: whether its value never goes stale, and otherwise its number up to
+// the first character that is none, 0 without one.
+bool IsNeverStale(const VARIANT& companion);
+std::int64_t TimestampOf(const VARIANT& companion);
+// Exactly what CompanionText makes of a time; none for all else.
+std::optional<std::uint64_t> FetchTimeOf(const VARIANT& companion);
 
 // Adds what a store holds under `name`: REG_SZ as VT_BSTR, up to its first NUL or its end, and
 // REG_DWORD as VT_I4, of which missing bytes are 0. Other types are left out.

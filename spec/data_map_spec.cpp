@@ -112,12 +112,14 @@ NexoDataItem* DataMapSpec::GetDataItemSpec(std::wstring name) {
   return found == m_items.end() ? nullptr : found->second;
 }
 
-DataMapTypeEnum DataMapSpec::GetDataMapType() {
+DataMapTypeEnum DataMapSpec::TypeOfProtocol(std::wstring_view protocol) {
   for (const auto& known : kProtocols) {
-    if (EqualsIgnoreAsciiCase(m_protocol, known.protocol)) return known.type;
+    if (EqualsIgnoreAsciiCase(protocol, known.protocol)) return known.type;
   }
   return DataMapTypeUnknown;
 }
+
+DataMapTypeEnum DataMapSpec::GetDataMapType() { return TypeOfProtocol(m_protocol); }
 
 std::wstring DataMapSpec::GetProtocolType() { return m_protocol; }
 

@@ -14,6 +14,8 @@ set(expected
   CreateQUARNProvider
   CreateRegCacheProvider
   CreateWSProvider
+  ReviewPrintDataCache
+  ReviewRegCache
   SetTraceSink)
 if(LIBRARY MATCHES "\\.dll$")
   execute_process(COMMAND ${OBJDUMP} -p ${LIBRARY} OUTPUT_VARIABLE names RESULT_VARIABLE failed)

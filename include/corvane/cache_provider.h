@@ -4,9 +4,12 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "corvane/code_unit_less.h"
+#include "corvane/data_map_spec_collection.h"
 #include "corvane/disposable.h"
 
 namespace Corvane {
@@ -43,6 +46,73 @@ class ICacheProvider : public Corvane::IDisposable {
   virtual std::uint32_t SetDataValues(const CachedValueMap* values) = 0;
 };
 
+// What loading makes of a value in a cache's place.
+enum class CacheVerdict : std::int32_t {
+  kNeverStale,          // loaded, whatever the specification says: stored to stay for ever
+  kFresh,               // loaded
+  kStale,               // thrown away: older than the lifespan of its item, or from the future
+  kDependsOnTheMap,     // loaded or not, by which of several maps, with lifespans that differ
+  kNotInSpecification,  // thrown away: no item has the key
+  kNoCompanion,         // thrown away: a value without the time of its fetch
+  kNoValue,             // thrown away: the time of a fetch without its value
+  kForeign,             // not a cache's: of another type, or such a value's companion
+};
+
+// A value with its companion, or what there is of the two.
+struct CacheEntry {
+  std::wstring key;  // the item key; of kNoValue that of the value that is missing
+  CacheVerdict verdict = CacheVerdict::kForeign;
+  // A value and its companion are there, but another name stands between or before, so that
+  // loading, which takes names two by two, does not come upon them: thrown away, whatever the
+  // verdict.
+  bool isPassedOver = false;
+  // As they lie there: VT_BSTR or VT_I4 (-1 too, which is loaded as an empty text), VT_EMPTY when
+  // missing or of another type.
+  _variant_t value;
+  _variant_t companion;
+  DWORD type = REG_NONE;  // of the value: REG_...
+  std::size_t bytes = 0;  // of the value's data
+  // As CachedValue's timestamp, 0 for ever; none unless the companion holds a time as caches write
+  // it. Loading takes any other text for the number that it begins with, or for 1601.
+  std::optional<std::uint64_t> fetchTime;
+  // From the fetch to now, in ticks of 100 ns: negative when it lies in the future. None without a
+  // time of the fetch, or with 0.
+  std::optional<std::int64_t> age;
+  // Of the item; none when no map has it, or maps disagree.
+  std::optional<std::uint32_t> lifespan;
+  // The names in the store, the companion last, of what is recognisably a cache's and may be
+  // deleted; empty otherwise.
+  std::vector<std::wstring> ownNames;
+};
+
+// What lies in one place: in a key, or with a printer.
+struct CacheSection {
+  std::wstring path;      // of the key, below HKEY_LOCAL_MACHINE; empty for a printer
+  std::wstring device;    // as the key is named; empty for a device that tells no identity
+  std::wstring protocol;  // as the key is named; empty for the cache's own key and for a printer
+  // False for a key below the cache's that is no protocol's and has no keys below. It has no
+  // entries here.
+  bool isOfACache = true;
+  std::vector<CacheEntry> entries;  // in the order of names
+  // Why the key could not be read, or not to its end: a system error code.
+  std::uint32_t error = 0;
+};
+
+// Keys that are looked at below a cache's own: against a walk through half the machine when a path
+// is mistaken for a cache's.
+constexpr std::size_t kMaxCacheKeys = 10'000;
+
+class CacheVisitor {
+ public:
+  virtual ~CacheVisitor() = default;
+  // `section` is the library's, and gone after the call. What this throws passes through the
+  // review.
+  virtual void Visit(const CacheSection& section) = 0;
+};
+
+// The key of a printer's data that is a cache's place.
+inline constexpr wchar_t kPrintDataCacheKey[] = L"UBidiData";
+
 }  // namespace Corvane
 
 // Each returns a cache with one reference, the caller's; null when there is no memory. Make a new
@@ -67,11 +137,32 @@ CORVANE_API Corvane::ICacheProvider* CreateRegCacheProvider(const wchar_t* regis
 // while the cache lives.
 CORVANE_API Corvane::ICacheProvider* CreatePrintDataCacheProvider(HANDLE printer);
 
+// Show `visitor` what a cache holds and what loading would make of it now, by the same code. They
+// read, and exchange nothing with a device.
+// - specification: may be null, and has no items then. A key of a protocol is judged by the first
+//   map of that protocol; the cache's own key and a printer, which tell none, by all maps.
+// - now: the time by which ages are told, as CachedValue's timestamp. Not null; written first.
+// Results: 0, also for a cache that is not there; or, before anything was shown,
+// ERROR_MORE_DATA: more than kMaxCacheKeys keys lie below the path, which is no cache's then; else
+// the system's error code.
+
+// The keys of the cache at `registryPath`, in the order of devices and protocols; its own key,
+// where values of devices lie that tell neither, first, and only if it has values.
+CORVANE_API std::uint32_t ReviewRegCache(const wchar_t* registryPath,
+                                         Corvane::DataMapSpecCollection* specification,
+                                         Corvane::CacheVisitor* visitor, std::uint64_t* now);
+// One section, if the printer has values. `printer` is open.
+CORVANE_API std::uint32_t ReviewPrintDataCache(HANDLE printer,
+                                               Corvane::DataMapSpecCollection* specification,
+                                               Corvane::CacheVisitor* visitor, std::uint64_t* now);
+
 }  // extern "C"
 
 namespace Corvane {
 using ::CreatePrintDataCacheProvider;
 using ::CreateRegCacheProvider;
+using ::ReviewPrintDataCache;
+using ::ReviewRegCache;
 }  // namespace Corvane
 
 #endif  // CORVANE_CACHE_PROVIDER_H_

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "corvane/code_unit_less.h"
 #include "corvane/disposable.h"
@@ -35,14 +36,15 @@ class CORVANE_API DataMapSpec : public IDisposableImpl {
   // any other node gives an empty map. Items without a name are dropped; of items with one name the
   // last counts.
   static DataMapSpec* CreateDataMapSpec(IXMLDOMNode* mapElement);
+  // By the protocol's text in any ASCII case.
+  static DataMapTypeEnum TypeOfProtocol(std::wstring_view protocol);
 
   // Takes ownership of `item`. An item that stood under the name is forgotten, not destroyed: it is
   // the caller's again. A null name destroys the item.
   void AddDataItemSpec(const wchar_t* name, NexoDataItem* item);
   // Case-sensitive; null when there is none. The map keeps the item.
   NexoDataItem* GetDataItemSpec(std::wstring name);
-  // By the protocol's text in any ASCII case.
-  DataMapTypeEnum GetDataMapType();
+  DataMapTypeEnum GetDataMapType();  // of its protocol
   std::wstring GetProtocolType();
   int SizeOf();
 

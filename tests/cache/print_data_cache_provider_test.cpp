@@ -22,13 +22,6 @@ class PrintDataCacheProviderTest : public ParsingTest {
     _variant_t value;
     return Cache()->GetDataValue(name, &value) == 0 ? TextOf(value) : L"<none>";
   }
-  void Put(const wchar_t* name, DWORD type, const wchar_t* text) {
-    const auto bytes = static_cast<DWORD>((std::wcslen(text) + 1) * sizeof(wchar_t));
-    std::wstring data = text;
-    ASSERT_EQ(static_cast<DWORD>(ERROR_SUCCESS),
-              SetPrinterDataExW(m_printer.Handle(), L"UBidiData", name, type,
-                                reinterpret_cast<BYTE*>(data.data()), bytes));
-  }
 
   const TestStore m_store;
   const TestPrinter m_printer;
@@ -79,23 +72,6 @@ TEST_F(PrintDataCacheProviderTest, NeverWritesAnInteger) {
   EXPECT_EQ(L"<none>", Kept(L"A.Expires"));
   EXPECT_EQ(L"text", Kept(L"B"));
   EXPECT_EQ(L"0", Kept(L"B.Expires"));
-}
-
-TEST_F(PrintDataCacheProviderTest, RestoresTextAndNumbersOnly) {
-  Put(L"Size", REG_SZ, L"A4");
-  Put(L"Size.Expires", REG_SZ, L"0");
-  Put(L"Size.a", REG_EXPAND_SZ, L"%x%");
-  DWORD number = 7;
-  SetPrinterDataExW(m_printer.Handle(), L"UBidiData", L"Old", REG_DWORD,
-                    reinterpret_cast<BYTE*>(&number), sizeof(number));
-  Put(L"Old.Expires", REG_SZ, L"0");
-  const auto spec = RefPtr<DataMapSpec>::Adopt(DataMapSpec::CreateDataMapSpec());
-  CachedValueMap out;
-  EXPECT_EQ(0u, Cache()->PopulateFromRegistry(spec.Get(), &out));
-  ASSERT_EQ(2u, out.size());
-  EXPECT_EQ(L"A4", TextOf(out[L"Size"].value));
-  EXPECT_EQ(7, out[L"Old"].value.lVal);
-  EXPECT_EQ(1u, Cache()->PopulateFromRegistry(nullptr, &out));
 }
 
 }  // namespace
