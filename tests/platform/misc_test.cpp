@@ -153,7 +153,7 @@ TEST(TextTest, RefusesWhatUtf8DoesNotHave) {
 
 using Fields = std::array<WORD, 8>;  // of a SYSTEMTIME
 
-TEST(TimeTest, ConvertsBothWays) {
+TEST(TimeTest, CountsUnitsSince1601) {
   const std::pair<Fields, std::uint64_t> cases[] = {
       {{1601, 1, 1, 1, 0, 0, 0, 0}, 0},
       {{1601, 1, 1, 1, 0, 0, 0, 1}, 10'000},
@@ -166,10 +166,6 @@ TEST(TimeTest, ConvertsBothWays) {
     FILETIME fileTime{};
     EXPECT_TRUE(SystemTimeToFileTime(&time, &fileTime));
     EXPECT_EQ(units, std::bit_cast<std::uint64_t>(fileTime)) << testing::PrintToString(fields);
-    SYSTEMTIME back{};
-    fileTime = std::bit_cast<FILETIME>(units + 9'999);
-    EXPECT_TRUE(FileTimeToSystemTime(&fileTime, &back));
-    EXPECT_EQ(fields, std::bit_cast<Fields>(back));
   }
 }
 
@@ -198,25 +194,20 @@ TEST(TimeTest, RefusesFieldsOutOfRange) {
   }
 }
 
-TEST(TimeTest, RefusesCountsOf63Bits) {
-  SYSTEMTIME time{};
-  const auto tooLate = std::bit_cast<FILETIME>(std::uint64_t{1} << 63);
-  EXPECT_FALSE(FileTimeToSystemTime(&tooLate, &time));
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
-  const auto last = std::bit_cast<FILETIME>((std::uint64_t{1} << 63) - 1);
-  EXPECT_TRUE(FileTimeToSystemTime(&last, &time));
-  EXPECT_EQ(30828, time.wYear);
-  EXPECT_EQ(477, time.wMilliseconds);
-}
-
 TEST(TimeTest, AgreesWithTheCLibrary) {
   SYSTEMTIME now{};
   GetSystemTime(&now);
   const std::time_t after = std::time(nullptr);
+  std::tm today{};
+  today.tm_year = now.wYear - 1900;
+  today.tm_mon = now.wMonth - 1;
+  today.tm_mday = now.wDay;
   FILETIME fileTime{};
   ASSERT_TRUE(SystemTimeToFileTime(&now, &fileTime));
   const auto units = std::bit_cast<std::int64_t>(fileTime) - 116'444'736'000'000'000;
   EXPECT_NEAR(static_cast<double>(after), static_cast<double>(units) / 1e7, 2);
+  std::mktime(&today);
+  EXPECT_EQ(today.tm_wday, now.wDayOfWeek);
 }
 
 TEST(UuidTest, IsWrittenInItsStandardForm) {

@@ -95,7 +95,6 @@ inline bool IsEqualIID(REFIID a, REFIID b) { return a == b; }
 #define E_INVALIDARG (static_cast<HRESULT>(0x80070057))
 #define CO_E_NOTINITIALIZED (static_cast<HRESULT>(0x800401F0))
 #define CLASS_E_NOAGGREGATION (static_cast<HRESULT>(0x80040110))
-#define CLASS_E_CLASSNOTAVAILABLE (static_cast<HRESULT>(0x80040111))
 #define REGDB_E_CLASSNOTREG (static_cast<HRESULT>(0x80040154))
 #define DISP_E_TYPEMISMATCH (static_cast<HRESULT>(0x80020005))
 #define DISP_E_BADVARTYPE (static_cast<HRESULT>(0x80020008))

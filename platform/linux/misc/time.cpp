@@ -21,28 +21,6 @@ constexpr std::uint32_t kMsPerDay = 24 * kMsPerHour;
 constexpr std::uint64_t kUnixEpochMs =
     static_cast<std::uint64_t>((sys_days{} - kFirstDay).count()) * kMsPerDay;
 
-// `milliseconds` since 1601. No time zone, no C library calendar, 32 bits within the day: this runs
-// for every value that the library looks at.
-void FillSystemTime(std::uint64_t milliseconds, SYSTEMTIME* time) {
-  const auto day = static_cast<std::uint32_t>(milliseconds / kMsPerDay);
-  const auto rest = static_cast<std::uint32_t>(milliseconds % kMsPerDay);
-  const year_month_day date{kFirstDay + std::chrono::days{static_cast<int>(day)}};
-  constexpr std::uint32_t kMonday = 1;  // 1601-01-01
-  time->wYear = static_cast<WORD>(int{date.year()});
-  time->wMonth = static_cast<WORD>(unsigned{date.month()});
-  time->wDayOfWeek = static_cast<WORD>((day + kMonday) % 7);
-  time->wDay = static_cast<WORD>(unsigned{date.day()});
-  time->wHour = static_cast<WORD>(rest / kMsPerHour);
-  time->wMinute = static_cast<WORD>(rest % kMsPerHour / kMsPerMinute);
-  time->wSecond = static_cast<WORD>(rest % kMsPerMinute / kMsPerSecond);
-  time->wMilliseconds = static_cast<WORD>(rest % kMsPerSecond);
-}
-
-BOOL FailInvalidParameter() {
-  SetLastError(ERROR_INVALID_PARAMETER);
-  return FALSE;
-}
-
 }  // namespace
 
 extern "C" {
@@ -52,9 +30,23 @@ void WINAPI GetSystemTime(SYSTEMTIME* now) {
   timespec time{};
   clock_gettime(CLOCK_REALTIME_COARSE, &time);
   constexpr std::int64_t kNanosecondsPerMs = 1'000'000;
-  const std::int64_t sinceUnixEpochMs =
-      std::int64_t{time.tv_sec} * std::int64_t{kMsPerSecond} + time.tv_nsec / kNanosecondsPerMs;
-  FillSystemTime(kUnixEpochMs + static_cast<std::uint64_t>(sinceUnixEpochMs), now);
+  const std::uint64_t milliseconds =
+      kUnixEpochMs + static_cast<std::uint64_t>(time.tv_sec * std::int64_t{kMsPerSecond} +
+                                                time.tv_nsec / kNanosecondsPerMs);
+  // No time zone, no C library calendar, 32 bits within the day: this runs for every value that the
+  // library looks at.
+  const auto day = static_cast<std::uint32_t>(milliseconds / kMsPerDay);
+  const auto rest = static_cast<std::uint32_t>(milliseconds % kMsPerDay);
+  const year_month_day date{kFirstDay + std::chrono::days{static_cast<int>(day)}};
+  constexpr std::uint32_t kMonday = 1;  // 1601-01-01
+  now->wYear = static_cast<WORD>(int{date.year()});
+  now->wMonth = static_cast<WORD>(unsigned{date.month()});
+  now->wDayOfWeek = static_cast<WORD>((day + kMonday) % 7);
+  now->wDay = static_cast<WORD>(unsigned{date.day()});
+  now->wHour = static_cast<WORD>(rest / kMsPerHour);
+  now->wMinute = static_cast<WORD>(rest % kMsPerHour / kMsPerMinute);
+  now->wSecond = static_cast<WORD>(rest % kMsPerMinute / kMsPerSecond);
+  now->wMilliseconds = static_cast<WORD>(rest % kMsPerSecond);
 }
 
 BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTime) {
@@ -65,7 +57,8 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTim
   if (time.wYear < kFirstYear || time.wYear > kLastYear || time.wMonth > 12 || time.wDay > 31 ||
       !date.ok() || time.wHour > 23 || time.wMinute > 59 || time.wSecond > 59 ||
       time.wMilliseconds > 999) {
-    return FailInvalidParameter();
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return FALSE;
   }
   const std::uint64_t days = static_cast<std::uint64_t>((sys_days{date} - kFirstDay).count());
   const std::uint32_t ofDay = time.wHour * kMsPerHour + time.wMinute * kMsPerMinute +
@@ -74,14 +67,6 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTim
   const std::uint64_t units = milliseconds * kUnitsPerMs;
   fileTime->dwLowDateTime = static_cast<DWORD>(units);
   fileTime->dwHighDateTime = static_cast<DWORD>(units >> 32);
-  return TRUE;
-}
-
-BOOL WINAPI FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime) {
-  const std::uint64_t units =
-      (std::uint64_t{fileTime->dwHighDateTime} << 32) | fileTime->dwLowDateTime;
-  if (units >> 63 != 0) return FailInvalidParameter();
-  FillSystemTime(units / kUnitsPerMs, systemTime);
   return TRUE;
 }
 

@@ -20,10 +20,8 @@ extern "C" {
 void WINAPI GetSystemTime(SYSTEMTIME* now);
 
 // FALSE and ERROR_INVALID_PARAMETER, with the output untouched: a field out of its range or a day
-// that the month does not have (wDayOfWeek is ignored), a year outside 1601 to 30827; the other
-// way, a count of 2^63 or more. Units below a millisecond are cut off.
+// that the month does not have (wDayOfWeek is ignored), a year outside 1601 to 30827.
 BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTime);
-BOOL WINAPI FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime);
 
 }  // extern "C"
 

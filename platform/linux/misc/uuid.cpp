@@ -2,20 +2,8 @@
 
 #include <sys/random.h>
 
+#include <cstdio>
 #include <cstdlib>
-
-namespace {
-
-constexpr std::size_t kTextChars = 36;
-
-char* AppendHex(char* out, std::uint32_t value, int digits) {
-  for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4) {
-    *out++ = "0123456789abcdef"[(value >> shift) & 0xF];
-  }
-  return out;
-}
-
-}  // namespace
 
 extern "C" {
 
@@ -33,19 +21,14 @@ RPC_STATUS WINAPI UuidCreate(UUID* uuid) {
 }
 
 RPC_STATUS WINAPI UuidToStringA(const UUID* uuid, RPC_CSTR* text) {
-  char* result = static_cast<char*>(std::malloc(kTextChars + 1));
+  constexpr std::size_t kTextBytes = 36 + 1;
+  char* result = static_cast<char*>(std::malloc(kTextBytes));
   if (result == nullptr) return RPC_S_OUT_OF_MEMORY;
   const UUID value = uuid == nullptr ? UUID{} : *uuid;
-  char* out = AppendHex(result, value.Data1, 8);
-  *out++ = '-';
-  out = AppendHex(out, value.Data2, 4);
-  *out++ = '-';
-  out = AppendHex(out, value.Data3, 4);
-  for (int i = 0; i < 8; ++i) {
-    if (i == 0 || i == 2) *out++ = '-';
-    out = AppendHex(out, value.Data4[i], 2);
-  }
-  *out = '\0';
+  const std::uint8_t* const end = value.Data4;
+  std::snprintf(result, kTextBytes, "%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x", value.Data1,
+                value.Data2, value.Data3, end[0], end[1], end[2], end[3], end[4], end[5], end[6],
+                end[7]);
   *text = reinterpret_cast<RPC_CSTR>(result);
   return RPC_S_OK;
 }

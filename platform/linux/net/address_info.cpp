@@ -2,9 +2,9 @@
 #include <string>
 #include <string_view>
 
+#include "platform/linux/misc/exception_wall.h"
 #include "platform/linux/net/startup.h"
 #include "platform/linux/net/winsock.h"
-#include "platform/linux/net/wsa_error.h"
 
 namespace Corvane::Net {
 namespace {
@@ -45,12 +45,9 @@ int Resolve(const char* node, const char* service, const addrinfo* hints, addrin
   // For any type the system would give each address once a type, Windows gives it once.
   const bool anyType = wanted.ai_socktype == 0 && wanted.ai_protocol == 0;
   if (anyType) wanted.ai_socktype = SOCK_STREAM;
-  int failure = 0;
-  if (node != nullptr) {
-    failure = (getaddrinfo)(WithoutBrackets(node).c_str(), service, &wanted, result);
-  } else {
-    failure = (getaddrinfo)(nullptr, service, &wanted, result);
-  }
+  const std::string host = node != nullptr ? WithoutBrackets(node) : std::string();
+  const int failure =
+      (getaddrinfo)(node != nullptr ? host.c_str() : nullptr, service, &wanted, result);
   if (failure != 0) return failure;
   for (addrinfo* found = *result; anyType && found != nullptr; found = found->ai_next) {
     found->ai_socktype = 0;
@@ -65,10 +62,7 @@ int GetAddrInfo(const char* node, const char* service, const addrinfo* hints, ad
   *result = nullptr;
   if (!RequireStartup()) return WSANOTINITIALISED;
   int failure = EAI_MEMORY;
-  try {
-    failure = Resolve(node, service, hints, result);
-  } catch (...) {  // only std::bad_alloc
-  }
+  BehindWall([&] { return failure = Resolve(node, service, hints, result); });
   if (failure == 0) return 0;
   *result = nullptr;
   const DWORD code = CodeOf(failure);

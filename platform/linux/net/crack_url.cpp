@@ -17,14 +17,7 @@ struct Scheme {
 constexpr Scheme kSchemes[] = {{L"http", INTERNET_SCHEME_HTTP, 80},
                                {L"https", INTERNET_SCHEME_HTTPS, 443},
                                {L"ftp", INTERNET_SCHEME_FTP, 21},
-                               {L"file", INTERNET_SCHEME_FILE, 0},
-                               {L"gopher", INTERNET_SCHEME_GOPHER, 0},
-                               {L"news", INTERNET_SCHEME_NEWS, 0},
-                               {L"mailto", INTERNET_SCHEME_MAILTO, 0},
-                               {L"socks", INTERNET_SCHEME_SOCKS, 0},
-                               {L"javascript", INTERNET_SCHEME_JAVASCRIPT, 0},
-                               {L"vbscript", INTERNET_SCHEME_VBSCRIPT, 0},
-                               {L"res", INTERNET_SCHEME_RES, 0}};
+                               {L"file", INTERNET_SCHEME_FILE, 0}};
 
 constexpr Scheme kUnknownScheme = {L"", INTERNET_SCHEME_UNKNOWN, 0};
 

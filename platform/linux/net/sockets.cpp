@@ -5,7 +5,6 @@
 
 #include "platform/linux/net/startup.h"
 #include "platform/linux/net/winsock.h"
-#include "platform/linux/net/wsa_error.h"
 
 namespace Corvane::Net {
 namespace {

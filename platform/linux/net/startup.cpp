@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 
 #include "platform/linux/net/winsock.h"
-#include "platform/linux/net/wsa_error.h"
 
 namespace Corvane::Net {
 namespace {
@@ -15,15 +15,10 @@ std::atomic<unsigned>& Startups() {
   return startups;
 }
 
+// The highest version up to the one asked for.
 WORD Grant(unsigned major, unsigned minor) {
-  switch (major) {
-    case 1:
-      return MAKEWORD(1, std::min(minor, 1u));
-    case 2:
-      return MAKEWORD(2, std::min(minor, 2u));
-    default:
-      return MAKEWORD(2, 2);
-  }
+  const unsigned highestMinor = major == 1 ? 1 : 2;
+  return MAKEWORD(std::min(major, 2u), major > 2 ? highestMinor : std::min(minor, highestMinor));
 }
 
 }  // namespace
@@ -33,6 +28,55 @@ bool RequireStartup() {
   SetLastError(WSANOTINITIALISED);
   return false;
 }
+
+DWORD WsaError(int error) {
+  static constexpr struct {
+    int error;
+    DWORD code;
+  } kCodes[] = {{EINTR, WSAEINTR},
+                {EACCES, WSAEACCES},
+                {EPERM, WSAEACCES},
+                {EFAULT, WSAEFAULT},
+                {EINVAL, WSAEINVAL},
+                {EMFILE, WSAEMFILE},
+                {ENFILE, WSAEMFILE},
+                {EAGAIN, WSAEWOULDBLOCK},
+                {EINPROGRESS, WSAEINPROGRESS},
+                {EALREADY, WSAEALREADY},
+                {EBADF, WSAENOTSOCK},
+                {ENOTSOCK, WSAENOTSOCK},
+                {EPROTOTYPE, WSAEPROTOTYPE},
+                {EPROTONOSUPPORT, WSAEPROTONOSUPPORT},
+                {ESOCKTNOSUPPORT, WSAESOCKTNOSUPPORT},
+                {EOPNOTSUPP, WSAEOPNOTSUPP},
+                {EAFNOSUPPORT, WSAEAFNOSUPPORT},
+                {EADDRINUSE, WSAEADDRINUSE},
+                {EADDRNOTAVAIL, WSAEADDRNOTAVAIL},
+                {ENETDOWN, WSAENETDOWN},
+                {ENETUNREACH, WSAENETUNREACH},
+                {ENETRESET, WSAENETRESET},
+                {ECONNABORTED, WSAECONNABORTED},
+                {ECONNRESET, WSAECONNRESET},
+                {ENOBUFS, WSAENOBUFS},
+                {ENOMEM, WSAENOBUFS},
+                {EISCONN, WSAEISCONN},
+                {ENOTCONN, WSAENOTCONN},
+                {ETIMEDOUT, WSAETIMEDOUT},
+                {ECONNREFUSED, WSAECONNREFUSED},
+                {EHOSTDOWN, WSAEHOSTDOWN},
+                {EHOSTUNREACH, WSAEHOSTUNREACH}};
+  for (const auto& known : kCodes) {
+    if (known.error == error) return known.code;
+  }
+  return WSASYSCALLFAILURE;
+}
+
+int Fail(DWORD code) {
+  SetLastError(code);
+  return SOCKET_ERROR;
+}
+
+int FailWithErrno(int error) { return Fail(WsaError(error)); }
 
 }  // namespace Corvane::Net
 

@@ -9,19 +9,13 @@
 
 typedef WORD INTERNET_PORT;
 
+// Of the schemes that Windows names those that make a difference here; others are unknown.
 typedef enum {
   INTERNET_SCHEME_UNKNOWN = -1,
   INTERNET_SCHEME_FTP = 1,
-  INTERNET_SCHEME_GOPHER,
-  INTERNET_SCHEME_HTTP,
-  INTERNET_SCHEME_HTTPS,
-  INTERNET_SCHEME_FILE,
-  INTERNET_SCHEME_NEWS,
-  INTERNET_SCHEME_MAILTO,
-  INTERNET_SCHEME_SOCKS,
-  INTERNET_SCHEME_JAVASCRIPT,
-  INTERNET_SCHEME_VBSCRIPT,
-  INTERNET_SCHEME_RES
+  INTERNET_SCHEME_HTTP = 3,
+  INTERNET_SCHEME_HTTPS = 4,
+  INTERNET_SCHEME_FILE = 5,
 } INTERNET_SCHEME;
 
 // A part that is wanted has a NULL pointer and a length that is not 0. Only scheme, host and path

@@ -1,5 +1,6 @@
 #include <thread>
 
+#include "platform/linux/misc/exception_wall.h"
 #include "platform/linux/threads/threads.h"
 #include "platform/linux/threads/waitable.h"
 
@@ -18,22 +19,14 @@ class Thread final : public Waitable {
     if (m_thread.joinable()) m_thread.join();
   }
 
-  static HANDLE Start(unsigned (*start)(void*), void* argument) {
-    const auto self = std::make_shared<Thread>();
-    const HANDLE handle = HandleTable::OfProcess().Add(self);
-    try {
-      // It ends no sooner than its std::thread is here.
-      const std::lock_guard lock(WaitingRoom::OfProcess().mutex);
-      self->m_thread = std::thread([self, start, argument] {
-        start(argument);
-        const std::lock_guard ended(WaitingRoom::OfProcess().mutex);
-        self->Signal();
-      });
-    } catch (...) {
-      CloseHandle(handle);
-      throw;
-    }
-    return handle;
+  static void Start(const std::shared_ptr<Thread>& self, unsigned (*start)(void*), void* argument) {
+    // It ends no sooner than its std::thread is here.
+    const std::lock_guard lock(WaitingRoom::OfProcess().mutex);
+    self->m_thread = std::thread([self, start, argument] {
+      start(argument);
+      const std::lock_guard ended(WaitingRoom::OfProcess().mutex);
+      self->Signal();
+    });
   }
 
  private:
@@ -46,9 +39,14 @@ class Thread final : public Waitable {
 extern "C" std::uintptr_t _beginthreadex(void*, unsigned, unsigned (*start)(void*), void* argument,
                                          unsigned, unsigned* id) {
   if (id) *id = 0;
-  try {
-    return reinterpret_cast<std::uintptr_t>(Corvane::Thread::Start(start, argument));
-  } catch (...) {
-    return 0;
-  }
+  HANDLE handle = nullptr;
+  const LSTATUS error = Corvane::BehindWall([&]() -> LSTATUS {
+    const auto thread = std::make_shared<Corvane::Thread>();
+    handle = Corvane::HandleTable::OfProcess().Add(thread);
+    Corvane::Thread::Start(thread, start, argument);
+    return ERROR_SUCCESS;
+  });
+  if (error == ERROR_SUCCESS) return reinterpret_cast<std::uintptr_t>(handle);
+  if (handle) CloseHandle(handle);
+  return 0;
 }
