@@ -20,8 +20,10 @@ namespace Corvane::Host {
 // else; but for a streamed body, see below. A request that sets a password uses its own; any other
 // uses the address's, and without those a bare user name answers with an empty password.
 //
-// With `secretsOverTlsOnly`, a request without TLS goes without any user name and password, its
-// own or the address's, and without a header Authorization: the device's 401 is the response.
+// Without TLS, a request of CreateIPPHTTPRequest goes without any user name and password, its own
+// or the address's, and without a header Authorization: the device's 401 is the response. So does
+// every request with `secretsOverTlsOnly` true, and none with it false. In clear, credentials
+// answer a digest challenge, and one for Basic only with `basicInClear`.
 //
 // With a `pinFile`, trust is by first use. The first key that a host and port show over TLS is
 // recorded there, and every later connection, of any program with this file, must show it; who
@@ -53,7 +55,7 @@ namespace Corvane::Host {
 //   for one that is not its turn. Cancel ends a waiting chunk or response within 100 ms.
 // - A streamed body cannot be sent again in answer to a challenge. So a password (the request's,
 //   else the address's) goes out with it at once, as Basic, over TLS alone, unless there is a
-//   header Authorization. Over plain HTTP none goes out: the device's 401 is the response.
+//   header Authorization. Over plain HTTP none goes out, whatever the options say.
 //
 // GetMIBConnection gives an SNMP session to UDP port 161, without asking the network anything yet.
 // E_INVALIDARG, with the reason in GetLastFailure, for SnmpOptions that no agent can be spoken to

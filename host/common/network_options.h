@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -44,7 +45,11 @@ struct NetworkOptions {
   bool verifyCertificates = true;  // chain and host name
   std::string pinFile;  // UTF-8 path of the keys that devices are known by, as network_address.h
                         // tells; empty: none
-  bool secretsOverTlsOnly = false;         // a request without TLS goes without credentials
+  // A request without TLS goes without credentials: each when true, none when false, and when
+  // nothing is said those for IPP.
+  std::optional<bool> secretsOverTlsOnly;
+  // A password may answer a challenge for Basic in clear, where anyone on the way reads it.
+  bool basicInClear = false;
   std::uint32_t connectTimeoutMs = 5'000;  // one exchange's connecting
   std::uint32_t totalTimeoutMs = 30'000;   // one exchange in all, however slowly the device drips
   std::size_t maxResponseBytes = std::size_t{64}

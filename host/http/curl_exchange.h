@@ -26,6 +26,7 @@ struct WireRequest {
   std::string contentType;  // empty: none goes out
   std::string userName;     // both empty: no credentials
   std::string password;
+  bool allowsBasic = true;  // to answer a challenge with
   std::string_view body;
   bool hasBody = false;  // an empty one counts
 };

@@ -63,7 +63,9 @@ void CurlExchange::AppendHeaderLine(const std::string& line) {
 
 bool CurlExchange::ConfigureCredentials() {
   if (m_request.userName.empty() && m_request.password.empty()) return true;
-  return Set(CURLOPT_HTTPAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST) &&
+  // One scheme alone would be begun before the device asks for it; nobody has a token to bear.
+  return Set(CURLOPT_HTTPAUTH, m_request.allowsBasic ? CURLAUTH_BASIC | CURLAUTH_DIGEST
+                                                     : CURLAUTH_DIGEST | CURLAUTH_BEARER) &&
          Set(CURLOPT_USERNAME, m_request.userName.c_str()) &&
          Set(CURLOPT_PASSWORD, m_request.password.c_str());
 }

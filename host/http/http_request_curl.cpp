@@ -25,8 +25,11 @@ bool IsRedirect(std::uint32_t status) {
 }  // namespace
 
 CurlRequest::CurlRequest(std::shared_ptr<NetworkDevice> device,
-                         std::shared_ptr<LastFailure> lastFailure, std::uint32_t port)
-    : RequestBase(std::move(lastFailure)), m_device(std::move(device)), m_port(port) {}
+                         std::shared_ptr<LastFailure> lastFailure, std::uint32_t port, bool forIPP)
+    : RequestBase(std::move(lastFailure)),
+      m_device(std::move(device)),
+      m_port(port),
+      m_forIPP(forIPP) {}
 
 std::string CurlRequest::Url(const RequestSettings& settings) const {
   return m_device->OriginOf(m_port) + EncodeTarget(ToUtf8(settings.uri));
@@ -58,7 +61,7 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
   const DeviceSettings device = m_device->Settings();
   WireRequest request;
   request.url = Url(settings);
-  if (const wchar_t* const fault = BuildWireRequest(settings, device, &request)) {
+  if (const wchar_t* const fault = BuildWireRequest(settings, device, m_forIPP, &request)) {
     return {nullptr, kInvalidParameter, fault};
   }
 

@@ -16,7 +16,7 @@ namespace Corvane::Host {
 class CurlRequest : public RequestBase {
  public:
   CurlRequest(std::shared_ptr<NetworkDevice> device, std::shared_ptr<LastFailure> lastFailure,
-              std::uint32_t port);
+              std::uint32_t port, bool forIPP = false);
   const char* GetTypeName() override { return "Corvane::Host::CurlRequest"; }
 
  protected:
@@ -38,6 +38,7 @@ class CurlRequest : public RequestBase {
 
   const std::shared_ptr<NetworkDevice> m_device;
   const std::uint32_t m_port;  // as asked for
+  const bool m_forIPP;
   std::atomic<std::uint64_t> m_sentBytes{0};
 };
 

@@ -14,7 +14,7 @@ namespace Corvane::Host {
 
 CurlIPPRequest::CurlIPPRequest(std::shared_ptr<NetworkDevice> device,
                                std::shared_ptr<LastFailure> lastFailure, std::uint32_t port)
-    : ExtendedRequest(std::move(device), std::move(lastFailure), port) {}
+    : ExtendedRequest(std::move(device), std::move(lastFailure), port, true) {}
 
 void CurlIPPRequest::SetOption(std::uint32_t option) { Settings().timeoutMs = option; }
 
@@ -66,7 +66,7 @@ Outcome CurlIPPRequest::OpenStream() {
   WireRequest request;
   request.url = Url(Settings());
   std::string head;
-  const wchar_t* fault = BuildWireRequest(Settings(), device, &request);
+  const wchar_t* fault = BuildWireRequest(Settings(), device, true, &request);
   if (!fault) fault = BuildStreamedHead(request, &head);
   if (fault) return {nullptr, kInvalidParameter, fault};
 

@@ -40,8 +40,8 @@ NetworkDevice::NetworkDevice(const NetworkOptions& options, std::string urlHost)
     : m_options(WithoutCredentials(options)),
       m_urlHost(std::move(urlHost)),
       m_trust{options.verifyCertificates, options.caFile, options.pinFile, std::nullopt},
-      m_settings{options.connectTimeoutMs, options.totalTimeoutMs, options.userName,
-                 options.password, options.secretsOverTlsOnly} {}
+      m_settings{options.connectTimeoutMs, options.totalTimeoutMs,     options.userName,
+                 options.password,         options.secretsOverTlsOnly, options.basicInClear} {}
 
 std::uint32_t NetworkDevice::MappedPort(std::uint32_t port) const {
   const auto entry = m_options.portMap.find(port);

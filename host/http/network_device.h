@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "host/common/network_options.h"
@@ -21,7 +22,8 @@ struct DeviceSettings {
   std::uint32_t totalTimeoutMs = 0;
   std::wstring userName;
   std::wstring password;
-  bool secretsOverTlsOnly = false;
+  std::optional<bool> secretsOverTlsOnly;
+  bool basicInClear = false;
 };
 
 // Any thread.

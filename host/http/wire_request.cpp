@@ -62,7 +62,7 @@ const wchar_t* CheckHeader(std::wstring_view name, std::wstring_view value,
 }  // namespace
 
 const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSettings& device,
-                                WireRequest* request) {
+                                bool forIPP, WireRequest* request) {
   request->verb = ToUtf8(settings.verb);
   if (!IsToken(request->verb)) return L"a verb that is no token";
   const bool expectsBody = settings.verb == L"POST" || settings.verb == L"PUT";
@@ -78,7 +78,9 @@ const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSet
   }
   request->contentType = ToUtf8(settings.contentType);
   if (HasControl(request->contentType)) return L"a control character in a header";
-  if (device.secretsOverTlsOnly && !request->url.starts_with("https:")) DropSecrets(request);
+  if (request->url.starts_with("https:")) return nullptr;
+  request->allowsBasic = device.basicInClear;
+  if (device.secretsOverTlsOnly.value_or(forIPP)) DropSecrets(request);
   return nullptr;
 }
 

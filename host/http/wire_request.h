@@ -11,10 +11,10 @@ namespace Corvane::Host {
 // Fills all but the URL, which the caller has set; the body stays that of `settings`. Null, or why
 // the settings cannot go out: a verb or header name that is no token (RFC 9110, 5.6.2), a control
 // character in a value or a credential, or a header that frames the message, which is the host's to
-// write (Host, Content-Length, Transfer-Encoding other than "chunked"). With `secretsOverTlsOnly`,
-// a request without TLS loses what only the device should see.
+// write (Host, Content-Length, Transfer-Encoding other than "chunked"). Without TLS the
+// request loses what only the device should see, as far as the device's settings say so.
 const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSettings& device,
-                                WireRequest* request);
+                                bool forIPP, WireRequest* request);
 
 }  // namespace Corvane::Host
 

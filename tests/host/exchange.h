@@ -48,9 +48,11 @@ inline Exchanged GetExchanged(const Owned<Address>& address, HTTPRequest* reques
 
 inline Exchanged Exchange(const Owned<Address>& address, const std::wstring& path,
                           const std::function<void(HTTPRequest*)>& configure = {},
-                          std::uint32_t port = 8080) {
+                          std::uint32_t port = 8080, bool forIPP = false) {
   HTTPRequest* made = nullptr;
-  EXPECT_EQ(address->CreateHTTPRequest(&made, port), S_OK);
+  EXPECT_EQ(
+      forIPP ? address->CreateIPPHTTPRequest(&made, port) : address->CreateHTTPRequest(&made, port),
+      S_OK);
   if (!made) return {};
   const Owned<HTTPRequest> request(made);
   request->SetURI(path.c_str());

@@ -76,6 +76,7 @@ TEST(MisbehavingDevice, EndsAtTheTotalTimeout) {
     Host::NetworkOptions options = LoopbackOptions(server.Port());
     options.totalTimeoutMs = 400;
     options.userName = L"admin";
+    options.basicInClear = true;
     const Exchanged seen = ExchangeInTime(options);
     EXPECT_HR(seen.result, static_cast<HRESULT>(0x80072EE2));
     EXPECT_EQ(seen.error, 12002U);

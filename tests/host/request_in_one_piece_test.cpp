@@ -109,6 +109,7 @@ TEST(RequestInOnePiece, MayTakeLongerThanTheTotalTimeout) {
     options.totalTimeoutMs = 800;
     options.userName = L"admin";
     options.password = L"secret";
+    options.secretsOverTlsOnly = false;
     const Owned<Address> address = NetworkDevice(options);
     const OnePiece piece(address);
     const Clock::time_point start = Clock::now();
@@ -186,6 +187,7 @@ TEST(RequestInOnePiece, EndsInTimeAndTellsOfALostAnswer) {
     options.totalTimeoutMs = row.totalMs;
     options.userName = L"admin";
     options.password = L"secret";
+    options.secretsOverTlsOnly = false;
     const Owned<Address> address = NetworkDevice(options);
     const OnePiece piece(address);
     piece.extended->SetOption(std::uintptr_t{row.optionMs});
@@ -224,6 +226,7 @@ TEST(RequestInOnePiece, AnEarlyAnswerEndsTheSending) {
     Host::NetworkOptions options = PrinterOptions(server.Port());
     options.userName = L"admin";
     options.password = L"wrong";
+    options.secretsOverTlsOnly = false;
     const Owned<Address> address = NetworkDevice(options);
     const OnePiece piece(address);
     const Clock::time_point start = Clock::now();

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -130,27 +131,54 @@ TEST_F(RequestWire, CredentialsAnswerAChallengeAndNothingElse) {
   EXPECT_TRUE(requests[2].ends_with("\r\n\r\nbody")) << requests[2];
 }
 
-TEST_F(RequestWire, SecretsStayAtHomeWithoutTls) {
-  LoopbackServer server(LoopbackServer::AnswerEach(
-      "HTTP/1.1 401 No\r\nContent-Length: 0\r\nWWW-Authenticate: Basic realm=\"r\"\r\n\r\n"));
-  const std::function<void(HTTPRequest*)> kSettings[] = {
-      [](HTTPRequest* r) { r->SetPassword(L"secret"); },
-      [](HTTPRequest* r) { r->AddHeader(L"aUTHORIZATION", L"Bearer secret"); },
-      [](HTTPRequest* r) { r->AddHeader(L"Proxy-Authorization", L"Bearer secret"); },
-      [](HTTPRequest*) {}};
-  for (const bool only : {true, false}) {
+TEST_F(RequestWire, SecretsGoInClearAsFarAsTheOptionsSay) {
+  const std::string kBasic = "WWW-Authenticate: Basic realm=\"r\"\r\n";
+  const std::string kDigest = "WWW-Authenticate: Digest realm=\"r\", nonce=\"n\"\r\n";
+  using Option = std::optional<bool>;
+  const struct {
+    const char* name;
+    Option tlsOnly;
+    bool forIPP;
+    std::string challenge;
+    bool basicInClear, sent, headerSent;
+  } kCases[] = {
+      {"XML, digest", {}, false, kDigest, false, true, true},
+      {"XML, basic", {}, false, kBasic, false, false, true},
+      {"XML, basic by name", {}, false, kBasic, true, true, true},
+      {"XML, over TLS only", true, false, kDigest, true, false, false},
+      {"IPP, digest", {}, true, kDigest, false, false, false},
+      {"IPP, basic by name", {}, true, kBasic, true, false, false},
+      {"IPP, digest by name", false, true, kDigest, false, true, true},
+      {"IPP, basic in spite of that", false, true, kBasic, false, false, true},
+  };
+  const struct {
+    Configure configure;
+    bool isHeader = false;
+  } kSettings[] = {
+      {[](HTTPRequest* r) { r->SetPassword(L"secret"); }},
+      {[](HTTPRequest* r) { r->AddHeader(L"aUTHORIZATION", L"Bearer secret"); }, true},
+      {[](HTTPRequest* r) { r->AddHeader(L"Proxy-Authorization", L"Bearer secret"); }, true},
+      {[](HTTPRequest*) {}}};
+  for (const auto& row : kCases) {
+    SCOPED_TRACE(row.name);
+    LoopbackServer server(LoopbackServer::AnswerEach("HTTP/1.1 401 No\r\nContent-Length: 0\r\n" +
+                                                     row.challenge + "\r\n"));
     Host::NetworkOptions options = LoopbackOptions(server.Port());
     options.userName = L"admin";
     options.password = L"secret";
-    options.secretsOverTlsOnly = only;
-    for (const auto& configure : kSettings) {
+    options.secretsOverTlsOnly = row.tlsOnly;
+    options.basicInClear = row.basicInClear;
+    const Owned<Address> address = NetworkDevice(options);
+    for (const auto& [configure, isHeader] : kSettings) {
       const std::size_t before = server.Requests().size();
-      const Exchanged seen = Exchange(NetworkDevice(options), L"/x", configure);
+      const Exchanged seen = Exchange(address, L"/x", configure, 8080, row.forIPP);
       EXPECT_EQ(seen.status, 401U);
       EXPECT_EQ(seen.failure.find(L"secret"), std::wstring::npos);
       std::string sent;
       for (std::size_t i = before; i < server.Requests().size(); ++i) sent += server.Requests()[i];
-      EXPECT_EQ(Has(sent, "uthorization:") || Has(sent, "UTHORIZATION:"), !only) << sent;
+      EXPECT_EQ(Has(sent, "uthorization:") || Has(sent, "UTHORIZATION:"),
+                isHeader ? row.headerSent : row.sent)
+          << sent;
     }
   }
 }

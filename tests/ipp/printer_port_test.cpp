@@ -17,6 +17,7 @@
 #include "tests/support/hr.h"
 #include "tests/support/ipp_bytes.h"
 #include "tests/support/loopback_server.h"
+#include "tests/support/nginx.h"
 #include "tests/support/private_network.h"
 
 namespace Corvane::Test {
@@ -175,6 +176,45 @@ TEST_F(PrinterPort, IsMadeOfAnIppError) {
   EXPECT_EQ("nothing", Shown(value));
   EXPECT_HR(provider->GetValue("status-code", &value), S_OK);
   EXPECT_EQ("1286", Shown(value));
+}
+
+// Cancel-Job goes to port 631 in clear, for every printer.
+TEST_F(PrinterPort, HearsNoCredentialsInClear) {
+  LoopbackServer behindTls(LoopbackServer::AnswerEach(IppResponse(LibraryAnswer(
+      0, IppGroup(2) + IppValue(0x45, "job-uri", "ipps://p/jobs/1") + IppNumber(0x21, "job-id", 1) +
+             IppNumber(0x23, "job-state", 5) + IppValue(0x42, "job-originating-user-name", "anna") +
+             IppValue(0x44, "job-state-reasons", "none")))));
+  Nginx nginx;
+  ASSERT_TRUE(nginx.MakeCertificate("device", "IP:127.0.0.1") &&
+              nginx.Start("server {\n listen @PORT0@ ssl;\n ssl_certificate device.pem;\n"
+                          " ssl_certificate_key device.key;\n location / { proxy_pass "
+                          "http://127.0.0.1:" +
+                              std::to_string(behindTls.Port()) + "; }\n}\n",
+                          1))
+      << nginx.Failure();
+  for (const char* const scheme : {"Basic realm=\"p\"", "Digest realm=\"p\", nonce=\"n\""}) {
+    LoopbackServer plain(LoopbackServer::AnswerEach("HTTP/1.1 401 No\r\nWWW-Authenticate: "s +
+                                                    scheme + "\r\nContent-Length: 0\r\n\r\n"),
+                         631);
+    Host::NetworkOptions options;
+    options.host = L"127.0.0.1";
+    options.portMap[443] = nginx.Port(0);
+    options.caFile = (nginx.Folder().Path() / "device.pem").string();
+    options.userName = L"admin";
+    options.password = L"secret";
+    const auto device = RefPtr<Address>::Adopt(Host::CreateNetworkAddress(options));
+    const auto provider = Provider::Adopt(
+        CreateSecureIPPPrintProvider(device.Get(), L"ipps://127.0.0.1/ipp/print", 0));
+    ASSERT_TRUE(provider) << GetLastError() << device->GetLastFailure();
+    const auto request = RefPtr<IPPRequestBase>::Adopt(CreateIPPRequest());
+    const auto response = RefPtr<IPPResponseBase>::Adopt(CreateIPPResponse());
+    request->SetRequestingUserName("anna");
+    EXPECT_HR(provider->CancelJob(request.Get(), response.Get()), S_OK);
+    const std::vector<std::string> requests = plain.Requests();
+    ASSERT_EQ(requests.size(), 1U) << scheme;
+    EXPECT_TRUE(requests[0].starts_with("POST /ipp/print ")) << requests[0];
+    EXPECT_EQ(requests[0].find("Authorization"), std::string::npos) << requests[0];
+  }
 }
 
 // The time-out of creation is not the caller's, that of later questions is.
