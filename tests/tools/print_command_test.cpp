@@ -306,6 +306,26 @@ TEST_F(PrintOnRealPrinter, SaysWhyItDoesNotPrint) {
   }
 }
 
+// By name as by address: the library wants an IP literal of a printer.
+TEST_F(PrintOnPort631, GetReadsAPrinterByItsName) {
+  LoopbackServer printer(LoopbackServer::AnswerEach(IppResponse(LibraryAnswer(
+                             0, IppGroup(4) + IppValue(0x42, "printer-name", "office")))),
+                         631);
+  const std::string specification = Utf8(
+      m_folder.Write("map.xml",
+                     "<DataMaps><IPPDataMap><IPPParams Name='Defaults' ResourceURI='/ipp/print'/>"
+                     "<DataItem Name='Name' AttributeID='printer-name'/></IPPDataMap></DataMaps>"));
+  for (const char* const device : {"127.0.0.1", "localhost"}) {
+    for (const char* const command : {"get", "dump"}) {
+      std::vector<std::string> arguments = {command, "--device", device, "--spec", specification};
+      if (command == std::string("get")) arguments.push_back("Name");
+      const ProcessResult result = RunTool(arguments);
+      EXPECT_TRUE(result.output.starts_with("Name\toffice")) << result.output << result.error;
+      EXPECT_EQ(result.exitStatus, 0) << device << ' ' << command;
+    }
+  }
+}
+
 // A printer that is idle, takes a document as `onDocument` does, and then lists job 7 until that is
 // cancelled; unless it falls silent.
 class ScriptedPrinter {

@@ -82,10 +82,9 @@ Ref<Address> OpenOnNetwork(const Options& options) {
   }
   if (given.maxResponseBytes) network.maxResponseBytes = *given.maxResponseBytes;
   network.snmp = SnmpOptionsOf(given.snmp, timeoutMs);
-  if (given.lookUpName) {
-    network.addressText =
-        LiteralOf(options.device, Utf8FromWide(network.host), network.connectTimeoutMs);
-  }
+  // The library looks up no names; where it wants an IP literal, as of a printer, it has one.
+  network.addressText =
+      LiteralOf(options.device, Utf8FromWide(network.host), network.connectTimeoutMs);
   Ref<Address> address(Host::CreateNetworkAddress(network));
   if (!address) RefuseDevice(options.device, "no such address");
   return address;

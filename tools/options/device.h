@@ -13,8 +13,8 @@ namespace Corvane::Tool {
 bool IsRecorded(const Options& options);
 
 // Throws Failure with kBadUsage for an address that is none, a folder that is none, and options
-// that the kind of device does not have. Exchanges nothing with the device; of a name, no more than
-// `lookUpName` asks for is looked up.
+// that the kind of device does not have. Exchanges nothing with the device; the name of one on the
+// network is looked up, and a name that is not known is an address that is none.
 Ref<Address> OpenDevice(const Options& options);
 
 // Why its last exchange failed, escaped; empty when none has.

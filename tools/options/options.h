@@ -42,8 +42,7 @@ struct NetworkArguments {
   // Not of the command line: what a command itself settles.
   std::optional<std::uint32_t> usualTimeoutMs;  // without `timeoutMs`, in place of the host's own
   std::optional<std::size_t> maxResponseBytes;  // a longer body fails its exchange
-  bool lookUpName = false;  // the address tells an IP literal, as printing needs
-  std::string trustFile;    // keys that printers are known by, see Host::NetworkOptions::pinFile
+  std::string trustFile;  // keys that printers are known by, see Host::NetworkOptions::pinFile
   bool secretsOverTlsOnly = false;
   std::string account;  // credentials of the exchanges
   std::string password;

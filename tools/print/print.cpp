@@ -197,7 +197,6 @@ CommandResult PrintDocument(const Options& options) {
   Options reached = ReachPrinter(options, uri);
   Document document(options.print.file);
   const std::string jobName = JobNameOf(options, document);
-  reached.network.lookUpName = true;  // the library looks up none
   const Ref<Address> address = OpenDevice(reached);
   const Beginning beginning = ReadBeginning(document, options.print.chunked);
   Ref<IPPProvider> provider = OpenProvider(*address.Get(), uri, reached.network.timeoutMs);
