@@ -9,7 +9,7 @@
 
 #include "corvane/platform.h"
 #include "platform/linux/dom/dom_document.h"
-#include "platform/linux/dom/xml_reader.h"
+#include "platform/linux/dom/tree/xml_reader.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <memory>
 #include <utility>
 
-#include "platform/linux/dom/pattern_cache.h"
-#include "platform/linux/dom/tree.h"
+#include "platform/linux/dom/pattern/pattern_cache.h"
+#include "platform/linux/dom/tree/tree.h"
 
 namespace Corvane::Dom {
 

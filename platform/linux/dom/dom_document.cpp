@@ -4,9 +4,9 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/dom/encoding.h"
-#include "platform/linux/dom/file_source.h"
 #include "platform/linux/dom/parse_error.h"
+#include "platform/linux/dom/tree/encoding.h"
+#include "platform/linux/dom/tree/file_source.h"
 
 namespace Corvane::Dom {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "platform/linux/dom/dom_node.h"
-#include "platform/linux/dom/xml_reader.h"
+#include "platform/linux/dom/tree/xml_reader.h"
 
 namespace Corvane::Dom {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/linux/dom/dom_document.h"
-#include "platform/linux/dom/encoding.h"
+#include "platform/linux/dom/tree/encoding.h"
 
 namespace Corvane::Dom {
 

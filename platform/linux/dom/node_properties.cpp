@@ -3,10 +3,10 @@
 #include <string>
 
 #include "platform/linux/dom/com_object.h"
-#include "platform/linux/dom/encoding.h"
 #include "platform/linux/dom/node_operations.h"
-#include "platform/linux/dom/text.h"
-#include "platform/linux/dom/xml_names.h"
+#include "platform/linux/dom/tree/encoding.h"
+#include "platform/linux/dom/tree/text.h"
+#include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {
 namespace {

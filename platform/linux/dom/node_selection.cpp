@@ -5,7 +5,7 @@
 #include "platform/linux/dom/dom_node.h"
 #include "platform/linux/dom/dom_node_list.h"
 #include "platform/linux/dom/node_operations.h"
-#include "platform/linux/dom/pattern_evaluator.h"
+#include "platform/linux/dom/pattern/pattern_evaluator.h"
 
 namespace Corvane::Dom {
 namespace {

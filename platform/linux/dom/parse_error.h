@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "platform/linux/dom/com_object.h"
-#include "platform/linux/dom/xml_reader.h"
+#include "platform/linux/dom/tree/xml_reader.h"
 
 namespace Corvane::Dom {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/dom/pattern_parser.h"
+#include "platform/linux/dom/pattern/pattern_parser.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "corvane/linux/dom.h"
-#include "platform/linux/dom/encoding.h"
-#include "platform/linux/dom/pattern_lexer.h"
+#include "platform/linux/dom/pattern/pattern_lexer.h"
+#include "platform/linux/dom/tree/encoding.h"
 
 namespace Corvane::Dom {
 namespace {

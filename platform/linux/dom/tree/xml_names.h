@@ -1,7 +1,7 @@
 // What XML calls a name: characters (XML 1.0, fifth edition, production 4 and 4a, without the
 // colon) and the two halves of a qualified name.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_XML_NAMES_H_
-#define CORVANE_PLATFORM_LINUX_DOM_XML_NAMES_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_XML_NAMES_H_
+#define CORVANE_PLATFORM_LINUX_DOM_TREE_XML_NAMES_H_
 
 #include <string_view>
 
@@ -44,4 +44,4 @@ constexpr std::string_view LocalPartOf(std::string_view name) {
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_XML_NAMES_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_XML_NAMES_H_

@@ -1,6 +1,6 @@
 // Reads the file that a path or file: URL names.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_FILE_SOURCE_H_
-#define CORVANE_PLATFORM_LINUX_DOM_FILE_SOURCE_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_FILE_SOURCE_H_
+#define CORVANE_PLATFORM_LINUX_DOM_TREE_FILE_SOURCE_H_
 
 #include <string>
 #include <string_view>
@@ -14,4 +14,4 @@ bool ReadFile(std::string_view source, std::string* bytes, std::string* reason);
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_FILE_SOURCE_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_FILE_SOURCE_H_

@@ -1,8 +1,8 @@
-#include "platform/linux/dom/tree.h"
+#include "platform/linux/dom/tree/tree.h"
 
 #include <algorithm>
 
-#include "platform/linux/dom/xml_names.h"
+#include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {
 

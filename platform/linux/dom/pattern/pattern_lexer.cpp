@@ -1,7 +1,7 @@
-#include "platform/linux/dom/pattern_lexer.h"
+#include "platform/linux/dom/pattern/pattern_lexer.h"
 
-#include "platform/linux/dom/encoding.h"
-#include "platform/linux/dom/xml_names.h"
+#include "platform/linux/dom/tree/encoding.h"
+#include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/linux/dom/encoding.h"
+#include "platform/linux/dom/tree/encoding.h"
 
 #include <new>
 

@@ -1,8 +1,8 @@
-#include "platform/linux/dom/text.h"
+#include "platform/linux/dom/tree/text.h"
 
 #include <algorithm>
 
-#include "platform/linux/dom/xml_names.h"
+#include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/linux/dom/xml_reader.h"
+#include "platform/linux/dom/tree/xml_reader.h"
 
 #include <expat.h>
 #include <iconv.h>
@@ -10,8 +10,8 @@
 #include <type_traits>
 
 #include "corvane/linux/dom.h"
-#include "platform/linux/dom/encoding.h"
-#include "platform/linux/dom/tree_builder.h"
+#include "platform/linux/dom/tree/encoding.h"
+#include "platform/linux/dom/tree/tree_builder.h"
 
 namespace Corvane::Dom {
 namespace {

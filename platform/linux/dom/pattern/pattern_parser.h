@@ -1,12 +1,12 @@
 // Compiles XSL patterns.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_PARSER_H_
-#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_PARSER_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_PARSER_H_
+#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_PARSER_H_
 
 #include <memory>
 #include <string_view>
 
-#include "platform/linux/dom/name_table.h"
-#include "platform/linux/dom/pattern.h"
+#include "platform/linux/dom/pattern/pattern.h"
+#include "platform/linux/dom/tree/name_table.h"
 
 namespace Corvane::Dom {
 
@@ -16,4 +16,4 @@ std::unique_ptr<Expression> CompilePattern(std::string_view pattern, const NameT
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_PARSER_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_PARSER_H_

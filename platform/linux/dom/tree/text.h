@@ -1,13 +1,13 @@
 // The `text` of a node: what a person would call its content.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_TEXT_H_
-#define CORVANE_PLATFORM_LINUX_DOM_TEXT_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_TEXT_H_
+#define CORVANE_PLATFORM_LINUX_DOM_TREE_TEXT_H_
 
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
 
-#include "platform/linux/dom/tree.h"
+#include "platform/linux/dom/tree/tree.h"
 
 namespace Corvane::Dom {
 
@@ -26,4 +26,4 @@ std::string_view TextOf(const Tree& tree, NodeId node, std::size_t enough, std::
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_TEXT_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_TEXT_H_

@@ -1,4 +1,4 @@
-#include "platform/linux/dom/tree_builder.h"
+#include "platform/linux/dom/tree/tree_builder.h"
 
 #include <algorithm>
 

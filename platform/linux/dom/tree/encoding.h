@@ -1,7 +1,7 @@
 // Conversions between the wide text of the interface (one code point a character) and the UTF-8
 // inside.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_ENCODING_H_
-#define CORVANE_PLATFORM_LINUX_DOM_ENCODING_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_ENCODING_H_
+#define CORVANE_PLATFORM_LINUX_DOM_TREE_ENCODING_H_
 
 #include <string>
 #include <string_view>
@@ -30,4 +30,4 @@ char32_t Windows1252(unsigned char byte);
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_ENCODING_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_ENCODING_H_

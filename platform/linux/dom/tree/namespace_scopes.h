@@ -1,15 +1,15 @@
 // The namespace prefixes in scope while a document is read, and the rules of Namespaces in XML 1.0
 // for names.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_NAMESPACE_SCOPES_H_
-#define CORVANE_PLATFORM_LINUX_DOM_NAMESPACE_SCOPES_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_NAMESPACE_SCOPES_H_
+#define CORVANE_PLATFORM_LINUX_DOM_TREE_NAMESPACE_SCOPES_H_
 
 #include <cstdint>
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/dom/name_table.h"
-#include "platform/linux/dom/tree.h"
-#include "platform/linux/dom/xml_names.h"
+#include "platform/linux/dom/tree/name_table.h"
+#include "platform/linux/dom/tree/tree.h"
+#include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {
 
@@ -70,4 +70,4 @@ class NamespaceScopes {
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_NAMESPACE_SCOPES_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_NAMESPACE_SCOPES_H_

@@ -1,6 +1,6 @@
-#include "platform/linux/dom/namespace_scopes.h"
+#include "platform/linux/dom/tree/namespace_scopes.h"
 
-#include "platform/linux/dom/encoding.h"
+#include "platform/linux/dom/tree/encoding.h"
 
 namespace Corvane::Dom {
 namespace {

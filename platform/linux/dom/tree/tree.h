@@ -5,8 +5,8 @@
 // storing them. A node's tag holds its kind and its interned name, so that a name test is one
 // comparison and `//name` one scan of a dense array. Immutable once built; any number of threads
 // may read it.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_H_
-#define CORVANE_PLATFORM_LINUX_DOM_TREE_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_TREE_H_
+#define CORVANE_PLATFORM_LINUX_DOM_TREE_TREE_H_
 
 #include <cstdint>
 #include <optional>
@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/dom/name_table.h"
+#include "platform/linux/dom/tree/name_table.h"
 
 namespace Corvane::Dom {
 
@@ -118,4 +118,4 @@ std::optional<std::string_view> FindNamespace(const Tree& tree, NodeId node);
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_TREE_H_

@@ -1,8 +1,8 @@
 // Interned names: equal texts get the same number, so that comparing names is comparing integers.
 // Texts live in one pool; the hash is seeded at random, so that a document cannot choose names that
 // collide.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_NAME_TABLE_H_
-#define CORVANE_PLATFORM_LINUX_DOM_NAME_TABLE_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_NAME_TABLE_H_
+#define CORVANE_PLATFORM_LINUX_DOM_TREE_NAME_TABLE_H_
 
 #include <cstdint>
 #include <string>
@@ -43,4 +43,4 @@ class NameTable {
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_NAME_TABLE_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_NAME_TABLE_H_

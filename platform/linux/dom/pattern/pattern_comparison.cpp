@@ -4,10 +4,10 @@
 #include <limits>
 #include <unordered_map>
 
-#include "platform/linux/dom/encoding.h"
-#include "platform/linux/dom/pattern_evaluator.h"
-#include "platform/linux/dom/text.h"
-#include "platform/linux/dom/xml_names.h"
+#include "platform/linux/dom/pattern/pattern_evaluator.h"
+#include "platform/linux/dom/tree/encoding.h"
+#include "platform/linux/dom/tree/text.h"
+#include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {
 namespace {

@@ -1,14 +1,14 @@
 // A compiled XSL pattern: a small tree of expressions. Names are already those of one document's
 // name table.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_H_
-#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_H_
+#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_H_
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "platform/linux/dom/tree.h"
+#include "platform/linux/dom/tree/tree.h"
 
 namespace Corvane::Dom {
 
@@ -87,4 +87,4 @@ struct Expression {
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_H_

@@ -1,4 +1,4 @@
-#include "platform/linux/dom/pattern_evaluator.h"
+#include "platform/linux/dom/pattern/pattern_evaluator.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "platform/linux/dom/file_source.h"
+#include "platform/linux/dom/tree/file_source.h"
 
 #include <fcntl.h>
 #include <strings.h>

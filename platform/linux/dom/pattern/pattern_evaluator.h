@@ -4,16 +4,16 @@
 // once, however they are nested. The first node of a set, which is all that most filters and
 // selectSingleNode want, is looked for in document order without working out the rest, where no
 // later step leads upwards.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_EVALUATOR_H_
-#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_EVALUATOR_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_EVALUATOR_H_
+#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_EVALUATOR_H_
 
 #include <cstdint>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
-#include "platform/linux/dom/pattern.h"
-#include "platform/linux/dom/tree.h"
+#include "platform/linux/dom/pattern/pattern.h"
+#include "platform/linux/dom/tree/tree.h"
 
 namespace Corvane::Dom {
 
@@ -79,4 +79,4 @@ class PatternEvaluator {
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_EVALUATOR_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_EVALUATOR_H_

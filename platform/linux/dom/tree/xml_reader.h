@@ -1,13 +1,13 @@
 // Reads a whole XML document into a tree.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_XML_READER_H_
-#define CORVANE_PLATFORM_LINUX_DOM_XML_READER_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_XML_READER_H_
+#define CORVANE_PLATFORM_LINUX_DOM_TREE_XML_READER_H_
 
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "corvane/linux/base.h"
-#include "platform/linux/dom/tree.h"
+#include "platform/linux/dom/tree/tree.h"
 
 namespace Corvane::Dom {
 
@@ -30,4 +30,4 @@ std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure);
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_XML_READER_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_XML_READER_H_

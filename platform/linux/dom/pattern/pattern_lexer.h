@@ -1,10 +1,10 @@
 // Cuts an XSL pattern into tokens.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_LEXER_H_
-#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_LEXER_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_LEXER_H_
+#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_LEXER_H_
 
 #include <string_view>
 
-#include "platform/linux/dom/pattern.h"
+#include "platform/linux/dom/pattern/pattern.h"
 
 namespace Corvane::Dom {
 
@@ -60,4 +60,4 @@ class PatternLexer {
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_LEXER_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_LEXER_H_

@@ -1,4 +1,4 @@
-#include "platform/linux/dom/name_table.h"
+#include "platform/linux/dom/tree/name_table.h"
 
 #include <sys/random.h>
 

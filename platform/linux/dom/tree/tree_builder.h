@@ -1,16 +1,16 @@
 // Builds a tree from the events of a reader, enforcing what a plain XML 1.0 reader leaves open:
 // namespaces, the white space that is dropped, and the limits of dom.h. The first refusal ends the
 // work: no event may follow it.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_BUILDER_H_
-#define CORVANE_PLATFORM_LINUX_DOM_TREE_BUILDER_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_TREE_TREE_BUILDER_H_
+#define CORVANE_PLATFORM_LINUX_DOM_TREE_TREE_BUILDER_H_
 
 #include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "platform/linux/dom/namespace_scopes.h"
-#include "platform/linux/dom/tree.h"
+#include "platform/linux/dom/tree/namespace_scopes.h"
+#include "platform/linux/dom/tree/tree.h"
 
 namespace Corvane::Dom {
 
@@ -58,4 +58,4 @@ class TreeBuilder {
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_BUILDER_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_TREE_BUILDER_H_

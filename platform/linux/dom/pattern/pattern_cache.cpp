@@ -1,10 +1,10 @@
-#include "platform/linux/dom/pattern_cache.h"
+#include "platform/linux/dom/pattern/pattern_cache.h"
 
 #include <algorithm>
 
 #include "corvane/linux/dom.h"
-#include "platform/linux/dom/encoding.h"
-#include "platform/linux/dom/pattern_parser.h"
+#include "platform/linux/dom/pattern/pattern_parser.h"
+#include "platform/linux/dom/tree/encoding.h"
 
 namespace Corvane::Dom {
 namespace {

@@ -1,14 +1,14 @@
 // Patterns compiled for one tree, kept for the next time. One thread at a time.
-#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_CACHE_H_
-#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_CACHE_H_
+#ifndef CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_CACHE_H_
+#define CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_CACHE_H_
 
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/dom/name_table.h"
-#include "platform/linux/dom/pattern.h"
+#include "platform/linux/dom/pattern/pattern.h"
+#include "platform/linux/dom/tree/name_table.h"
 
 namespace Corvane::Dom {
 
@@ -29,4 +29,4 @@ class PatternCache {
 
 }  // namespace Corvane::Dom
 
-#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_CACHE_H_
+#endif  // CORVANE_PLATFORM_LINUX_DOM_PATTERN_PATTERN_CACHE_H_
