@@ -18,7 +18,7 @@
 
 #include "cache/print_data_cache_provider.h"
 #include "cache/reg_cache_provider.h"
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "corvane/oid_data_item_spec.h"
 #include "tests/support/temp_folder.h"
 

@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "bench/process_status.h"
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "host/network_address.h"
 #include "ipp/ipp_operations.h"
 

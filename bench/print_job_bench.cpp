@@ -32,7 +32,7 @@
 #include <vector>
 
 #include "bench/process_status.h"
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "host/network_address.h"
 #include "tests/support/ipp_bytes.h"

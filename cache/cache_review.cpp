@@ -7,7 +7,7 @@
 #include "cache/pairing_walk.h"
 #include "cache/store_reading.h"
 #include "core/file_time.h"
-#include "core/unique_hkey.h"
+#include "corvane/handles.h"
 
 namespace Corvane {
 namespace {

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "core/trace.h"
-#include "core/unique_hkey.h"
 #include "corvane/cache_provider.h"
 #include "corvane/data_map_spec.h"
+#include "corvane/handles.h"
 
 namespace Corvane {
 

@@ -6,8 +6,8 @@
 #include <cwchar>
 #include <iterator>
 
-#include "core/unique_bstr.h"
 #include "core/variant.h"
+#include "corvane/handles.h"
 
 namespace Corvane {
 namespace {

@@ -10,7 +10,7 @@
 #include "collection/oid_data_mapper.h"
 #include "collection/xml_data_mapper.h"
 #include "core/dom_class.h"
-#include "core/unique_bstr.h"
+#include "corvane/handles.h"
 #include "providers/oid_provider_impl.h"
 #include "providers/plsxml_provider_impl.h"
 #include "providers/quarn_provider_impl.h"

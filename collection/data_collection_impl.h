@@ -5,8 +5,8 @@
 #include <string>
 
 #include "core/com_initialization.h"
-#include "core/ref_ptr.h"
 #include "corvane/data_collection.h"
+#include "corvane/handles.h"
 
 namespace Corvane {
 

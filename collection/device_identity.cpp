@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "core/unique_bstr.h"
+#include "corvane/handles.h"
 
 namespace Corvane {
 namespace {

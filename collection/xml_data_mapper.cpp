@@ -16,11 +16,11 @@ constexpr std::uint32_t kUsualValueChars = 256;
 
 const wchar_t* ProtocolOfPort(std::uint32_t port) {
   switch (port) {
-    case PLSXMLProviderImpl::kPort:
+    case kHttpPort:
       return L"PLSXML";
-    case WSProviderImpl::kPort:
+    case kWsPort:
       return L"WS";
-    case QUARNProviderImpl::kPort:
+    case kQuarnPort:
       return L"QUARN";
     default:
       return L"";

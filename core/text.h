@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "core/unique_bstr.h"
+#include "corvane/handles.h"
 
 namespace Corvane {
 

@@ -1,7 +1,7 @@
 // Encoding whatever a caller asks for: the bytes are an operation and a position, then settings,
 // attributes and blobs, each behind a byte that says which. Nothing is written beside the buffer,
 // and what was made without blobs, of tags that values have, can be read back.
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "fuzz/input.h"
 #include "ipp/ipp_operations.h"
 

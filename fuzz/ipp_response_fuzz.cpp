@@ -1,6 +1,6 @@
 // The IPP decoder on any bytes: the first one says what is asked for and of which operation, the
 // rest is the answer. A failure leaves the output alone, what was read before leaves no trace.
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "fuzz/input.h"
 #include "ipp/ipp_operations.h"
 

@@ -30,11 +30,11 @@ namespace Corvane::Host {
 // vouches for the certificate does not count, neither does `caFile` or `verifyCertificates`. The
 // first use makes one connection more, which carries nothing. Another key, a file that is broken or
 // larger than 1 MiB, or one that a new key cannot be written to fails the exchange with
-// kSecureFailure before a byte of the request has gone out, and GetLastFailure tells which line of
-// which file to remove. A line is "HOST:PORT sha256//BASE64": the host as given here, in lower case
-// (an IPv6 literal in brackets); the port connected to; the hash of the key as
+// kErrorSecureFailure before a byte of the request has gone out, and GetLastFailure tells which
+// line of which file to remove. A line is "HOST:PORT sha256//BASE64": the host as given here, in
+// lower case (an IPv6 literal in brackets); the port connected to; the hash of the key as
 // CURLOPT_PINNEDPUBLICKEY takes it. Beside the file lies "FILE.lock", which writers lock, and for a
-// moment "FILE.new"; a lock that somebody keeps is a kTimeout.
+// moment "FILE.new"; a lock that somebody keeps is a kErrorTimeout.
 //
 // A redirect of a GET is followed, at most 5 times, when scheme, host and port stay; any other
 // redirect is the response. A body is sent again only after a 401, at most twice.
@@ -48,11 +48,12 @@ namespace Corvane::Host {
 //   end of the body of SendBody, no longer in all than the longer of the two, however the device
 //   drips. SendBody ends up to a second later than these limits say. An error status that comes
 //   before the whole body of SendBody is out ends the sending; when the device resets the
-//   connection at once, kConnectionError may be seen in its place.
+//   connection at once, kErrorConnection may be seen in its place.
 // - A streamed exchange has a connection of its own, which is closed behind it. A failed step
-//   returns 0x8007 and the low half of GetLastError: kInvalidParameter for a verb other than POST
-//   and PUT, a body of SetRequestData, or not exactly one "Transfer-Encoding: chunked"; kOutOfOrder
-//   for one that is not its turn. Cancel ends a waiting chunk or response within 100 ms.
+//   returns 0x8007 and the low half of GetLastError: kErrorInvalidParameter for a verb other than
+//   POST and PUT, a body of SetRequestData, or not exactly one "Transfer-Encoding: chunked";
+//   kErrorOutOfOrder for one that is not its turn. Cancel ends a waiting chunk or response within
+//   100 ms.
 // - A streamed body cannot be sent again in answer to a challenge. So a password (the request's,
 //   else the address's) goes out with it at once, as Basic, over TLS alone, unless there is a
 //   header Authorization. Over plain HTTP none goes out, whatever the options say.
@@ -73,10 +74,10 @@ namespace Corvane::Host {
 // for
 //   the rest. It is sent once, and after a time-out may have been done.
 // - Failures: E_INVALIDARG for what is no OID; the error statuses, exceptions and reports of
-//   error_codes.h; ResultFromError of kTimeout, kNameNotResolved, kCannotConnect,
-//   kInvalidServerResponse (the answer is to another OID, has no known type or, of
-//   GetNextOidAndValue, an OID that does not follow), kInvalidHandle after Close. A wrong community
-//   is a time-out: the agent does not answer.
+//   error_codes.h; ResultFromError of kErrorTimeout, kErrorNameNotResolved, kErrorCannotConnect,
+//   kErrorInvalidResponse (the answer is to another OID, has no known type or, of
+//   GetNextOidAndValue, an OID that does not follow), kErrorInvalidHandle after Close. A wrong
+//   community is a time-out: the agent does not answer.
 Address* CreateNetworkAddress(const NetworkOptions& options);
 
 }  // namespace Corvane::Host

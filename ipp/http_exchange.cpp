@@ -15,8 +15,6 @@ namespace {
 constexpr int kFirstOperation = 2;
 constexpr int kLastOperation = 0x4000;
 
-constexpr std::uint32_t kIppPort = 631;
-constexpr std::uint32_t kSecurePort = 443;
 constexpr wchar_t kMediaType[] = L"application/ipp";
 
 constexpr std::uint32_t kHttpOk = 200;
@@ -207,7 +205,7 @@ HRESULT IPPOperations::AbandonRequest() {
 bool IPPOperations::OpenRequest(bool secure) {
   EndExchange();
   if (!m_address) return false;
-  const std::uint32_t port = secure ? kSecurePort : kIppPort;
+  const std::uint32_t port = secure ? kIppsPort : kIppPort;
   return m_address->CreateIPPHTTPRequest(m_httpRequest.Receive(), port) == S_OK && m_httpRequest;
 }
 

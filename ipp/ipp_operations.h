@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "corvane/ipp_request.h"
 #include "corvane/ipp_response.h"
 #include "corvane/transport.h"

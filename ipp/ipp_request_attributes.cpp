@@ -4,8 +4,8 @@
 #include <new>
 
 #include "core/class_identification.h"
-#include "core/ref_ptr.h"
 #include "core/trace.h"
+#include "corvane/handles.h"
 
 namespace Corvane {
 

@@ -3,8 +3,8 @@
 #include <new>
 
 #include "core/class_identification.h"
-#include "core/ref_ptr.h"
 #include "core/trace.h"
+#include "corvane/handles.h"
 
 namespace Corvane {
 

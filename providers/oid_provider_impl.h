@@ -2,7 +2,7 @@
 #ifndef CORVANE_PROVIDERS_OID_PROVIDER_IMPL_H_
 #define CORVANE_PROVIDERS_OID_PROVIDER_IMPL_H_
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "corvane/mib_connection.h"
 #include "corvane/oid_provider.h"
 

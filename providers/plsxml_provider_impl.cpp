@@ -13,7 +13,7 @@ PLSXMLProvider* PLSXMLProviderImpl::Create(Address* address) {
   return CreateIfPresent<PLSXMLProviderImpl>(address, kProductInformation, kSerialNumber);
 }
 
-PLSXMLProviderImpl::PLSXMLProviderImpl(Address* address) : XMLProvider(address, kPort) {
+PLSXMLProviderImpl::PLSXMLProviderImpl(Address* address) : XMLProvider(address, kHttpPort) {
   TraceScope trace(L"Corvane::PLSXMLProviderImpl::PLSXMLProviderImpl");
 }
 

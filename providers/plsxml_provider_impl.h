@@ -8,8 +8,6 @@ namespace Corvane {
 
 class PLSXMLProviderImpl : public PLSXMLProvider, public XMLProvider {
  public:
-  static constexpr std::uint32_t kPort = 80;
-
   // Null for a null address, with 87 as the thread's last error, and for a device whose product
   // information tells no serial number; else one reference, the caller's.
   static PLSXMLProvider* Create(Address* address);
@@ -17,7 +15,7 @@ class PLSXMLProviderImpl : public PLSXMLProvider, public XMLProvider {
   explicit PLSXMLProviderImpl(Address* address);
   ~PLSXMLProviderImpl() override;
 
-  std::uint32_t GetPort() override { return kPort; }
+  std::uint32_t GetPort() override { return kHttpPort; }
 };
 
 }  // namespace Corvane

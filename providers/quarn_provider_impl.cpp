@@ -21,7 +21,7 @@ QUARNProvider* QUARNProviderImpl::Create(Address* address) {
                                             ResourceUriExpression(kProductConfig).c_str());
 }
 
-QUARNProviderImpl::QUARNProviderImpl(Address* address) : XMLProvider(address, kPort) {
+QUARNProviderImpl::QUARNProviderImpl(Address* address) : XMLProvider(address, kQuarnPort) {
   TraceScope trace(L"Corvane::QUARNProviderImpl::QUARNProviderImpl");
 }
 

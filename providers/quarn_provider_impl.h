@@ -8,8 +8,6 @@ namespace Corvane {
 
 class QUARNProviderImpl : public QUARNProvider, public XMLProvider {
  public:
-  static constexpr std::uint32_t kPort = 8080;
-
   // Null for a null address, with 87 as the thread's last error, and for a device without a
   // discovery tree that lists the product configuration; else one reference, the caller's. The tree
   // stays cached for the provider's life.
@@ -18,7 +16,7 @@ class QUARNProviderImpl : public QUARNProvider, public XMLProvider {
   explicit QUARNProviderImpl(Address* address);
   ~QUARNProviderImpl() override;
 
-  std::uint32_t GetPort() override { return kPort; }
+  std::uint32_t GetPort() override { return kQuarnPort; }
   HRESULT GetValue(const wchar_t* uri, const wchar_t* xpath, wchar_t* buffer,
                    std::uint32_t bufferSize, std::uint32_t* requiredLength, int useCache,
                    std::uint32_t lifeSpan) override;

@@ -16,7 +16,7 @@ WSProvider* WSProviderImpl::Create(Address* address) {
   return CreateIfPresent<WSProviderImpl>(address, kDeviceService, kMakeAndModel);
 }
 
-WSProviderImpl::WSProviderImpl(Address* address) : XMLProvider(address, kPort) {
+WSProviderImpl::WSProviderImpl(Address* address) : XMLProvider(address, kWsPort) {
   TraceScope trace(L"Corvane::WSProviderImpl::WSProviderImpl");
 }
 

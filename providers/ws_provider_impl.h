@@ -8,8 +8,6 @@ namespace Corvane {
 
 class WSProviderImpl : public WSProvider, public XMLProvider {
  public:
-  static constexpr std::uint32_t kPort = 7627;
-
   // Null for a null address, with 87 as the thread's last error, and for a device whose device
   // service tells no make and model; else one reference, the caller's.
   static WSProvider* Create(Address* address);
@@ -17,7 +15,7 @@ class WSProviderImpl : public WSProvider, public XMLProvider {
   explicit WSProviderImpl(Address* address);
   ~WSProviderImpl() override;
 
-  std::uint32_t GetPort() override { return kPort; }
+  std::uint32_t GetPort() override { return kWsPort; }
   HRESULT GetResourcePath(const wchar_t* resourceURI, wchar_t* buffer, std::uint32_t bufferSize,
                           std::uint32_t* requiredLength) override;
 

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "core/com_initialization.h"
-#include "core/ref_ptr.h"
 #include "corvane/code_unit_less.h"
+#include "corvane/handles.h"
 #include "corvane/http_request.h"
 #include "corvane/xml_provider.h"
 

@@ -6,8 +6,7 @@
 #include <utility>
 
 #include "base/letter_case.h"
-#include "core/ref_ptr.h"
-#include "core/unique_bstr.h"
+#include "corvane/handles.h"
 #include "corvane/platform.h"
 
 namespace Corvane {

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "base/letter_case.h"
-#include "core/unique_bstr.h"
+#include "corvane/handles.h"
 #include "corvane/nexo_data_item.h"
 
 namespace Corvane {

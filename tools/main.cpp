@@ -8,12 +8,14 @@
 #include <utility>
 #include <vector>
 
+#include "corvane/handles.h"
 #include "tools/cache/cache.h"
 #include "tools/cache/cache_commands.h"
 #include "tools/ipp/cancel.h"
 #include "tools/ipp/jobs.h"
 #include "tools/ipp/probe.h"
 #include "tools/ipp/probe_listing.h"
+#include "tools/map/dom.h"
 #include "tools/map/output_json.h"
 #include "tools/map/output_text.h"
 #include "tools/map/session.h"
@@ -21,7 +23,6 @@
 #include "tools/options/device.h"
 #include "tools/options/options.h"
 #include "tools/output/failure.h"
-#include "tools/output/handles.h"
 #include "tools/output/trace_printer.h"
 #include "tools/output/utf8.h"
 #include "tools/print/print.h"
@@ -100,7 +101,7 @@ ExitStatus PrintValues(const Options& options, Session& session) {
 
 ExitStatus RunQuery(const Options& options) {
   std::vector<DataMap> maps = LoadSpecification(options.specification);
-  const Ref<Address> device = OpenDevice(options);
+  const RefPtr<Address> device = OpenDevice(options);
   std::optional<Cache> cache;
   if (options.cache) cache.emplace(*options.cache);
   if (cache) PrintErrorLines(cache->Problem());

@@ -23,7 +23,7 @@ void RequestBase::SetContentType(const wchar_t* type) { Set(&m_settings.contentT
 void RequestBase::Set(std::wstring* setting, const wchar_t* text) noexcept try {
   *setting = OrEmpty(text);
 } catch (const std::exception&) {
-  m_settingsError = kOutOfMemory;
+  m_settingsError = kErrorOutOfMemory;
 }
 
 void RequestBase::AddHeader(const wchar_t* name, const wchar_t* value) try {
@@ -33,7 +33,7 @@ void RequestBase::AddHeader(const wchar_t* name, const wchar_t* value) try {
   }
   m_settings.headers.emplace_back(OrEmpty(name), OrEmpty(value));
 } catch (const std::exception&) {
-  m_settingsError = kOutOfMemory;
+  m_settingsError = kErrorOutOfMemory;
 }
 
 void RequestBase::ReplaceHeader(const wchar_t* name, const wchar_t* value) {
@@ -57,10 +57,10 @@ void RequestBase::SetRequestData(const void* data, std::uint32_t size) try {
     m_body.assign(static_cast<const char*>(data), size);
     m_settings.body = m_body;
   } else {
-    m_settingsError = kInvalidParameter;
+    m_settingsError = kErrorInvalidParameter;
   }
 } catch (const std::exception&) {
-  m_settingsError = kOutOfMemory;
+  m_settingsError = kErrorOutOfMemory;
 }
 
 HRESULT RequestBase::GetResponse(HTTPResponse** response) {
@@ -77,10 +77,10 @@ HRESULT RequestBase::GetResponse(HTTPResponse** response) {
 
 Outcome RequestBase::Begin() {
   // The response of the first exchange lives as long as the request, so there is no second.
-  if (m_performed) return {nullptr, kRequestUsedUp, L"a request serves one exchange"};
+  if (m_performed) return {nullptr, kErrorOutOfOrder, L"a request serves one exchange"};
   m_performed = true;
   if (m_settingsError != 0) return {nullptr, m_settingsError, L"a setting cannot be used"};
-  if (m_cancelled.load()) return {nullptr, kOperationCancelled, L"cancelled"};
+  if (m_cancelled.load()) return {nullptr, kErrorCancelled, L"cancelled"};
   return {};
 }
 
@@ -88,7 +88,7 @@ Outcome RequestBase::PerformOnce() noexcept {
   return Guarded([this] {
     Outcome outcome = Begin();
     if (outcome.error == 0) outcome = Perform(m_settings);
-    if (!outcome.response && outcome.error == 0) outcome.error = kInternalError;
+    if (!outcome.response && outcome.error == 0) outcome.error = kErrorInternal;
     return outcome;
   });
 }

@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "corvane/error_codes.h"
 #include "corvane/transport.h"
-#include "host/common/error_codes.h"
 #include "host/common/last_failure.h"
 
 namespace Corvane::Host {
@@ -109,9 +109,9 @@ template <typename Exchange>
 Outcome RequestBase::Guarded(Exchange exchange) noexcept try {
   return exchange();
 } catch (const std::bad_alloc&) {
-  return {nullptr, kOutOfMemory, {}};
+  return {nullptr, kErrorOutOfMemory, {}};
 } catch (const std::exception&) {
-  return {nullptr, kInternalError, {}};
+  return {nullptr, kErrorInternal, {}};
 }
 
 }  // namespace Corvane::Host

@@ -4,7 +4,7 @@
 
 #include <new>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/http/curl_errors.h"
 #include "host/trust/peer_key.h"
 #include "host/trust/pinned_trust.h"
@@ -27,7 +27,7 @@ std::uint32_t CurlConnection::Open(const std::string& url, const TlsTrust& trust
                           set(CURLOPT_XFERINFODATA, &cancelled) && set(CURLOPT_NOPROGRESS, 0L);
   if (!configured) {
     m_why = L"the request cannot be sent";
-    return kInvalidParameter;
+    return kErrorInvalidParameter;
   }
   CURLcode code = curl_easy_perform(handle);
   if (code == CURLE_OK) code = curl_easy_getinfo(handle, CURLINFO_ACTIVESOCKET, &m_socket);

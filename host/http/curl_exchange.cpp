@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/http/curl_errors.h"
 #include "host/http/time_remarks.h"
 #include "host/trust/pinned_trust.h"
@@ -33,7 +33,7 @@ CurlExchange::CurlExchange(const WireRequest& request, const ExchangeLimits& lim
 WireResult CurlExchange::Run(CURL* handle) {
   m_handle = handle;
   if (!Configure()) {
-    m_collector.Fail(kInvalidParameter, L"the request cannot be sent");
+    m_collector.Fail(kErrorInvalidParameter, L"the request cannot be sent");
     return m_collector.TakeResult();
   }
   Finish(curl_easy_perform(handle));
@@ -55,7 +55,7 @@ void CurlExchange::Explain(CURLcode code) {
   const auto explain = [this](std::uint32_t error, std::wstring remark) {
     m_collector.Fail(error, std::move(remark));
   };
-  if (m_outOfMemory) return explain(kOutOfMemory, L"out of memory");
+  if (m_outOfMemory) return explain(kErrorOutOfMemory, L"out of memory");
   if (m_collector.Failed()) return;
   curl_off_t connected = 0;
   curl_off_t begun = 0;
@@ -64,10 +64,11 @@ void CurlExchange::Explain(CURLcode code) {
   switch (code) {
     case CURLE_OPERATION_TIMEDOUT:
       if (m_limits.totalMs == 0 || (connected == 0 && m_limits.connectMs < m_limits.totalMs)) {
-        return explain(kTimeout,
+        return explain(kErrorTimeout,
                        L"no connection within " + std::to_wstring(m_limits.connectMs) + L" ms");
       }
-      return explain(kTimeout, L"timed out after " + std::to_wstring(m_limits.totalMs) + L" ms");
+      return explain(kErrorTimeout,
+                     L"timed out after " + std::to_wstring(m_limits.totalMs) + L" ms");
     case CURLE_FILESIZE_EXCEEDED:
       m_collector.FailBodyTooLarge();
       return;
@@ -77,11 +78,11 @@ void CurlExchange::Explain(CURLcode code) {
       m_collector.FailHeaderTooLarge();
       return;
     case CURLE_SEND_FAIL_REWIND:
-      return explain(kConnectionError, L"the connection broke before the answer to the body");
+      return explain(kErrorConnection, L"the connection broke before the answer to the body");
     case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
       return explain(ErrorFromCurl(code), KeyChanged(m_handle, m_trust));
     case CURLE_ABORTED_BY_CALLBACK:
-      return explain(kOperationCancelled, L"cancelled");
+      return explain(kErrorCancelled, L"cancelled");
     default:
       break;
   }
@@ -117,7 +118,7 @@ bool CurlExchange::RewindBody(std::int64_t offset) {
   }
   const bool again = std::exchange(m_bodySent, 0) != 0;  // refused: nobody acted on it
   if (again && ++m_resends > kMaxResends) {
-    return m_collector.Fail(kInvalidServerResponse,
+    return m_collector.Fail(kErrorInvalidResponse,
                             L"the device asks for credentials again and again");
   }
   return true;
@@ -155,10 +156,10 @@ bool CurlExchange::GoesOn(std::int64_t bodySent) {
   if (bodyEnded && !m_waitedSince) m_waitedSince = now;
   if (now - m_moved >= std::chrono::milliseconds(m_limits.silenceMs)) {
     return m_collector.Fail(
-        kTimeout, bodyEnded ? Silent(m_limits.silenceMs) : NothingTaken(m_limits.silenceMs));
+        kErrorTimeout, bodyEnded ? Silent(m_limits.silenceMs) : NothingTaken(m_limits.silenceMs));
   }
   if (m_waitedSince && now - *m_waitedSince >= std::chrono::milliseconds(m_limits.responseMs)) {
-    return m_collector.Fail(kTimeout, NoWholeResponse(m_limits.responseMs));
+    return m_collector.Fail(kErrorTimeout, NoWholeResponse(m_limits.responseMs));
   }
   return true;
 }

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <utility>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/common/text.h"
 #include "host/http/request_url.h"
 #include "host/http/wire_request.h"
@@ -62,7 +62,7 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
   WireRequest request;
   request.url = Url(settings);
   if (const wchar_t* const fault = BuildWireRequest(settings, device, m_forIPP, &request)) {
-    return {nullptr, kInvalidParameter, fault};
+    return {nullptr, kErrorInvalidParameter, fault};
   }
 
   ExchangeLimits limits = Limits(settings, device);
@@ -78,13 +78,13 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
     const std::wstring timedOut = L"timed out after " + std::to_wstring(totalMs) + L" ms";
     if (totalMs != 0) {
       limits.totalMs = totalMs - elapsed;
-      if (limits.totalMs <= 0) return {nullptr, kTimeout, timedOut};
+      if (limits.totalMs <= 0) return {nullptr, kErrorTimeout, timedOut};
     }
 
     WireResult result = Exchange(request, limits, settled.trust);
     // What is left of the limit after a redirect is no limit that anyone knows.
-    if (result.error == kTimeout && redirects > 0 && totalMs != 0) {
-      return {nullptr, kTimeout, timedOut};
+    if (result.error == kErrorTimeout && redirects > 0 && totalMs != 0) {
+      return {nullptr, kErrorTimeout, timedOut};
     }
     if (result.error != 0 || !IsRedirect(result.status) || result.location.empty())
       return OutcomeOf(std::move(result), {});
@@ -95,7 +95,8 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
     if (!target) return OutcomeOf(std::move(result), L"a redirect that leaves the device");
     request.url = *std::move(target);
   }
-  return {nullptr, kRedirectFailed, L"more than " + std::to_wstring(kMaxRedirects) + L" redirects"};
+  return {nullptr, kErrorRedirectFailed,
+          L"more than " + std::to_wstring(kMaxRedirects) + L" redirects"};
 }
 
 WireResult CurlRequest::Exchange(const WireRequest& request, const ExchangeLimits& limits,

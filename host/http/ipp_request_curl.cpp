@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/common/text.h"
 #include "host/http/request_head.h"
 #include "host/http/wire_request.h"
@@ -38,9 +38,9 @@ ExchangeLimits CurlIPPRequest::Limits(const RequestSettings& settings,
 }
 
 void CurlIPPRequest::SendBody(const void* data, std::uint32_t size) {
-  if (Performed()) return SetError(kOutOfOrder);
+  if (Performed()) return SetError(kErrorOutOfOrder);
   if ((!data && size != 0) || m_contentLength.value_or(size) != size) {
-    RefuseSetting(kInvalidParameter);
+    RefuseSetting(kErrorInvalidParameter);
   }
   m_sending.store(true);
   Settings().body = {static_cast<const char*>(data), data ? size : 0};
@@ -68,7 +68,7 @@ Outcome CurlIPPRequest::OpenStream() {
   std::string head;
   const wchar_t* fault = BuildWireRequest(Settings(), device, true, &request);
   if (!fault) fault = BuildStreamedHead(request, &head);
-  if (fault) return {nullptr, kInvalidParameter, fault};
+  if (fault) return {nullptr, kErrorInvalidParameter, fault};
 
   StreamLimits limits;
   limits.connectMs = device.connectTimeoutMs;
@@ -86,7 +86,7 @@ HRESULT CurlIPPRequest::WriteChunk(const void* data, std::uint32_t size, std::ui
   if (m_streamError != 0) return ResultFromError(m_streamError);
   if (!m_stream || m_finished) return OutOfOrder();
   Outcome failure = Guarded([this, data, size]() -> Outcome {
-    if (!data && size != 0) return {nullptr, kInvalidParameter, L"a chunk without data"};
+    if (!data && size != 0) return {nullptr, kErrorInvalidParameter, L"a chunk without data"};
     if (m_stream->Send({static_cast<const char*>(data), size}, &SentBytes())) return {};
     return OutcomeOf(m_stream->Receive(), L"before the whole body was sent");
   });
@@ -104,7 +104,7 @@ HRESULT CurlIPPRequest::FinishChunkedSend() {
 HRESULT CurlIPPRequest::GetResponse(HTTPResponse** response) {
   if (response && m_stream) {
     Conclude(Guarded([this]() -> Outcome {
-      if (!m_finished) return {nullptr, kOutOfOrder, L"the streamed body was not finished"};
+      if (!m_finished) return {nullptr, kErrorOutOfOrder, L"the streamed body was not finished"};
       return OutcomeOf(m_stream->Receive(), {});
     }));
     m_stream.reset();
@@ -127,8 +127,8 @@ HRESULT CurlIPPRequest::EndStream(Outcome failure) {
 }
 
 HRESULT CurlIPPRequest::OutOfOrder() {
-  SetError(kOutOfOrder);
-  return ResultFromError(kOutOfOrder);
+  SetError(kErrorOutOfOrder);
+  return ResultFromError(kErrorOutOfOrder);
 }
 
 }  // namespace Corvane::Host

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/common/text.h"
 
 namespace Corvane::Host {
@@ -48,7 +48,7 @@ bool ResponseCollector::Field(std::string_view line) {
   if (colon == std::string_view::npos || colon == 0 ||
       !HasNoWhiteSpaceEnds(line.substr(0, colon))) {
     // RFC 9112, 5.1 and 5.2: a folded line, or no field at all.
-    return Fail(kInvalidServerResponse, L"the response has a header line that is no field");
+    return Fail(kErrorInvalidResponse, L"the response has a header line that is no field");
   }
   const std::wstring name = LowerAscii(Widen(line.substr(0, colon)));
   const std::wstring value = Widen(Trim(line.substr(colon + 1)));
@@ -56,7 +56,7 @@ bool ResponseCollector::Field(std::string_view line) {
   if (added) return true;
   if (name == L"content-length") {  // RFC 9112, 6.3
     return field->second == value ||
-           Fail(kInvalidServerResponse, L"the response has two different lengths");
+           Fail(kErrorInvalidResponse, L"the response has two different lengths");
   }
   field->second += L", " + value;
   return true;
@@ -65,7 +65,7 @@ bool ResponseCollector::Field(std::string_view line) {
 bool ResponseCollector::Body(std::string_view bytes) {
   const std::wstring* const coding = Find(L"content-encoding");
   if (coding && !EqualsIgnoreCase(*coding, L"identity")) {
-    return Fail(kInvalidServerResponse, L"the response has a coding that nobody asked for");
+    return Fail(kErrorInvalidResponse, L"the response has a coding that nobody asked for");
   }
   if (bytes.size() > BodyBytesLeft()) return FailBodyTooLarge();
   m_result.body.append(bytes);
@@ -79,12 +79,12 @@ bool ResponseCollector::Fail(std::uint32_t error, std::wstring remark) {
 }
 
 bool ResponseCollector::FailHeaderTooLarge() {
-  return Fail(kHeaderTooLarge, L"the response's header is larger than " +
-                                   std::to_wstring(kMaxHeaderBytes) + L" bytes");
+  return Fail(kErrorHeaderTooLarge, L"the response's header is larger than " +
+                                        std::to_wstring(kMaxHeaderBytes) + L" bytes");
 }
 
 bool ResponseCollector::FailBodyTooLarge() {
-  return Fail(kResponseTooLarge,
+  return Fail(kErrorResponseTooLarge,
               L"the response is larger than " + std::to_wstring(m_maxBodyBytes) + L" bytes");
 }
 

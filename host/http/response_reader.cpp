@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/common/text.h"
 
 namespace Corvane::Host {
@@ -47,7 +47,7 @@ void ResponseReader::End() {
     m_state = State::kDone;
   } else {
     // RFC 9112, 8: an incomplete message.
-    Fail(kConnectionError, HasHead() || m_state == State::kFields || !m_line.empty()
+    Fail(kErrorConnection, HasHead() || m_state == State::kFields || !m_line.empty()
                                ? L"the connection ended within the response"
                                : L"the connection ended without a response");
   }
@@ -59,7 +59,7 @@ bool ResponseReader::Fail(std::uint32_t error, std::wstring remark) {
 }
 
 bool ResponseReader::Malformed(const wchar_t* what) {
-  return Fail(kInvalidServerResponse, std::wstring(L"the response has ") + what);
+  return Fail(kErrorInvalidResponse, std::wstring(L"the response has ") + what);
 }
 
 bool ResponseReader::InLines() const {

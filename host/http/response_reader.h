@@ -12,7 +12,7 @@
 namespace Corvane::Host {
 
 // Fed as the bytes come, in pieces of any size. Strict (RFC 9112): what frames the message must be
-// beyond doubt, or the response fails with kInvalidServerResponse. Interim responses are skipped;
+// beyond doubt, or the response fails with kErrorInvalidResponse. Interim responses are skipped;
 // trailers change nothing; bytes behind the end are ignored. Lines may end with a bare LF (RFC
 // 9112, 2.2), but not where chunks are framed. The request must not have been HEAD or CONNECT,
 // whose responses are framed otherwise.

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/http/time_remarks.h"
 
 namespace Corvane::Host {
@@ -51,7 +51,7 @@ bool StreamedExchange::Send(std::string_view bytes, std::atomic<std::uint64_t>* 
         break;
       case Step::kWait:
         if (Clock::now() >= end) {
-          return m_reader.Fail(kTimeout, NothingTaken(m_limits.silenceMs));
+          return m_reader.Fail(kErrorTimeout, NothingTaken(m_limits.silenceMs));
         }
         Pause(m_writable ? kRead : kReadWrite, end);
         break;
@@ -75,7 +75,7 @@ void StreamedExchange::ConnectionLost() {
   if (m_reader.HasHead()) {
     ReceiveResponse();
   } else if (!m_reader.Done()) {
-    m_reader.Fail(kConnectionError, why);
+    m_reader.Fail(kErrorConnection, why);
   }
 }
 
@@ -92,7 +92,7 @@ StreamedExchange::Step StreamedExchange::ReceiveBlock() {
     return m_reader.Feed({block.data(), received}) ? step : Step::kFailed;
   }
   if (step == Step::kEnded) m_reader.End();
-  if (step == Step::kFailed) m_reader.Fail(kConnectionError, m_connection.Why());
+  if (step == Step::kFailed) m_reader.Fail(kErrorConnection, m_connection.Why());
   return step;
 }
 
@@ -107,9 +107,9 @@ void StreamedExchange::ReceiveResponse() {
     if (step == Step::kMoved) silent = now + silence;
     if (m_reader.Done()) return;
     if (now >= end) {
-      m_reader.Fail(kTimeout, NoWholeResponse(m_limits.responseMs));
+      m_reader.Fail(kErrorTimeout, NoWholeResponse(m_limits.responseMs));
     } else if (now >= silent) {
-      m_reader.Fail(kTimeout, Silent(m_limits.silenceMs));
+      m_reader.Fail(kErrorTimeout, Silent(m_limits.silenceMs));
     } else if (step == Step::kWait) {
       Pause(kRead, std::min(silent, end));
     }
@@ -119,7 +119,7 @@ void StreamedExchange::ReceiveResponse() {
 // False: the exchange has ended.
 bool StreamedExchange::CheckCancelled() {
   if (m_reader.Done()) return false;
-  return !m_cancelled.load() || m_reader.Fail(kOperationCancelled, L"cancelled");
+  return !m_cancelled.load() || m_reader.Fail(kErrorCancelled, L"cancelled");
 }
 
 void StreamedExchange::Pause(short events, Clock::time_point until) {

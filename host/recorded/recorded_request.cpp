@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "corvane/error_codes.h"
 #include "host/common/buffered_response.h"
-#include "host/common/error_codes.h"
 
 namespace Corvane::Host {
 namespace {
@@ -37,11 +37,11 @@ Outcome RecordedRequest::Perform(const RequestSettings& settings) {
     case Recording::Result::kMissing:
       return Status(kNotFound);
     case Recording::Result::kTooLarge:
-      return {nullptr, kResponseTooLarge, L"the file is larger than 64 MB"};
+      return {nullptr, kErrorResponseTooLarge, L"the file is larger than 64 MB"};
     case Recording::Result::kUnreadable:
       break;
   }
-  return {nullptr, kReadFault, L"the file cannot be read"};
+  return {nullptr, kErrorReadFault, L"the file cannot be read"};
 }
 
 }  // namespace Corvane::Host

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/common/text.h"
 #include "host/snmp/oid_text.h"
 #include "host/snmp/snmp_errors.h"
@@ -23,7 +23,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::uint32_t kSnmpPort = 161;
 // How long an operation may take, in times that one request may: looking up the name or asking for
 // the engine ID comes before a request; and a group may take several.
 constexpr int kRequestsOfOne = 2;
@@ -112,7 +111,7 @@ template <typename Operation>
 HRESULT NetSnmpConnection::Run(Operation operation) noexcept try {
   const std::lock_guard lock(m_mutex);
   std::wstring failure;
-  const HRESULT result = m_isOpen ? operation(&failure) : ResultFromError(kInvalidHandle);
+  const HRESULT result = m_isOpen ? operation(&failure) : ResultFromError(kErrorInvalidHandle);
   if (!m_isOpen) failure = Sentence(L"operation", result);
   m_lastFailure->Set(std::move(failure));
   return result;
@@ -133,7 +132,7 @@ HRESULT NetSnmpConnection::RunOn(const wchar_t* oid, const wchar_t* verb,
 
 std::wstring NetSnmpConnection::Sentence(const std::wstring& what, HRESULT failure) const {
   std::wstring sentence = L"SNMP " + what + L" at " + m_peer + L": " + SnmpReason(failure);
-  if (failure != ResultFromError(kTimeout)) return sentence;
+  if (failure != ResultFromError(kErrorTimeout)) return sentence;
   return sentence + L" after " + std::to_wstring((m_timeout * m_tries).count()) + L" ms" +
          m_silentRefusals;
 }
@@ -171,7 +170,7 @@ HRESULT NetSnmpConnection::GetOne(const Oid& oid, VARIANT* value) {
   const SnmpReply reply = m_session.Exchange({SNMP_MSG_GET, {&oid}}, Patience(kRequestsOfOne));
   if (const HRESULT outcome = Outcome(reply); FAILED(outcome)) return outcome;
   const netsnmp_variable_list* const variable = OnlyVariable(reply);
-  if (!variable || NameOf(*variable) != oid) return ResultFromError(kInvalidServerResponse);
+  if (!variable || NameOf(*variable) != oid) return ResultFromError(kErrorInvalidResponse);
   const SnmpDatum datum = DatumOf(*variable);
   return FAILED(datum.result) ? datum.result : StoreDatum(datum, value);
 }
@@ -190,11 +189,11 @@ HRESULT NetSnmpConnection::GetNext(const Oid& oid, wchar_t* nextOid, std::size_t
   if (m_isVersion1 && reply.errorStatus == SNMP_ERR_NOSUCHNAME) return kSnmpEndOfMibView;
   if (const HRESULT outcome = Outcome(reply); FAILED(outcome)) return outcome;
   const netsnmp_variable_list* const variable = OnlyVariable(reply);
-  if (!variable) return ResultFromError(kInvalidServerResponse);
+  if (!variable) return ResultFromError(kErrorInvalidResponse);
   const SnmpDatum datum = DatumOf(*variable);
   if (FAILED(datum.result)) return datum.result;
   const Oid next = NameOf(*variable);
-  if (next <= oid) return ResultFromError(kInvalidServerResponse);
+  if (next <= oid) return ResultFromError(kErrorInvalidResponse);
   const std::wstring text = FormatOid(next);
   if (text.size() >= nextOidChars) return E_OUTOFMEMORY;
   const HRESULT stored = StoreDatum(datum, value);

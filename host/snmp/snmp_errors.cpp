@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/snmp/netsnmp.h"
 
 namespace Corvane::Host {
@@ -43,11 +43,11 @@ constexpr struct {
     {kSnmpWrongDigest, L"the authentication passphrase or protocol is wrong"},
     {kSnmpDecryptionError, L"the privacy passphrase or protocol is wrong"},
     {kSnmpUnknownContext, L"the agent does not know the context"},
-    {ResultFromError(kTimeout), L"timed out"},
-    {ResultFromError(kNameNotResolved), L"the name cannot be resolved"},
-    {ResultFromError(kCannotConnect), L"nothing listens there, or no way leads there"},
-    {ResultFromError(kInvalidServerResponse), L"the answer is none to this request"},
-    {ResultFromError(kInvalidHandle), L"the connection is closed"},
+    {ResultFromError(kErrorTimeout), L"timed out"},
+    {ResultFromError(kErrorNameNotResolved), L"the name cannot be resolved"},
+    {ResultFromError(kErrorCannotConnect), L"nothing listens there, or no way leads there"},
+    {ResultFromError(kErrorInvalidResponse), L"the answer is none to this request"},
+    {ResultFromError(kErrorInvalidHandle), L"the connection is closed"},
     {E_INVALIDARG, L"not an OID in dotted decimal"},
     {DISP_E_TYPEMISMATCH, L"a value of this type cannot be set"},
     {E_OUTOFMEMORY, L"out of memory, or the buffer is too small"},
@@ -63,16 +63,16 @@ HRESULT ResultFromErrorStatus(long status) {
 HRESULT ResultFromNetSnmp(int error, int systemError) {
   switch (error) {
     case SNMPERR_TIMEOUT:
-      return ResultFromError(kTimeout);
+      return ResultFromError(kErrorTimeout);
     case SNMPERR_TOO_LONG:
       return SnmpStatusResult(SNMP_ERR_TOOBIG);
     case SNMPERR_BAD_SENDTO:
       if (systemError == EMSGSIZE) return SnmpStatusResult(SNMP_ERR_TOOBIG);
-      return ResultFromError(kCannotConnect);
+      return ResultFromError(kErrorCannotConnect);
     case SNMPERR_BAD_ADDRESS:
     case SNMPERR_BAD_RECVFROM:
     case SNMPERR_NO_SOCKET:
-      return ResultFromError(kCannotConnect);
+      return ResultFromError(kErrorCannotConnect);
     case SNMPERR_UNSUPPORTED_SEC_LEVEL:
     case SNMPERR_USM_UNSUPPORTEDSECURITYLEVEL:
       return kSnmpUnsupportedSecurityLevel;
@@ -101,7 +101,7 @@ HRESULT ResultFromNetSnmp(int error, int systemError) {
     case SNMPERR_MALLOC:
       return E_OUTOFMEMORY;
     default:
-      return ResultFromError(kInternalError);
+      return ResultFromError(kErrorInternal);
   }
 }
 

@@ -4,7 +4,7 @@
 #include <numeric>
 #include <utility>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/snmp/snmp_errors.h"
 
 namespace Corvane::Host {
@@ -78,7 +78,7 @@ bool SnmpGroupRead::Read(Part part) {
   if (part.empty()) return true;
   if (part.size() > m_sizes->limit) return ReadHalves(part);
   const SnmpReply reply = Ask(part, m_patience.tries);
-  if (reply.result == ResultFromError(kTimeout) && part.size() > 1 &&
+  if (reply.result == ResultFromError(kErrorTimeout) && part.size() > 1 &&
       part.size() > m_sizes->answered && !IsOver()) {
     return ReadAfterSilence(part, reply.result);
   }
@@ -123,7 +123,7 @@ bool SnmpGroupRead::Take(const SnmpReply& reply, Part part) {
   if (missing.empty()) return true;
   if (missing.size() < part.size()) return Read(missing);
   if (part.size() > 1) return ReadHalves(part);
-  FailAll(part, ResultFromError(kInvalidServerResponse));
+  FailAll(part, ResultFromError(kErrorInvalidResponse));
   return false;
 }
 
@@ -148,9 +148,9 @@ bool SnmpGroupRead::Resolve(const SnmpReply& reply, Part part) {
 
 SnmpReply SnmpGroupRead::Ask(Part part, std::uint32_t tries) {
   SnmpReply reply;
-  if (!IsOver() && m_requestsLeft == 0) m_over = ResultFromError(kInvalidServerResponse);
+  if (!IsOver() && m_requestsLeft == 0) m_over = ResultFromError(kErrorInvalidResponse);
   if (!IsOver() && std::chrono::steady_clock::now() >= m_patience.deadline) {
-    m_over = ResultFromError(kTimeout);
+    m_over = ResultFromError(kErrorTimeout);
   }
   reply.result = m_over;
   if (IsOver()) return reply;

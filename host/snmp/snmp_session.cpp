@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/snmp/snmp_errors.h"
 #include "host/snmp/snmp_library.h"
 
@@ -90,7 +90,7 @@ struct SnmpSession::Pending {
         self->Receive(pdu);
         break;
       case NETSNMP_CALLBACK_OP_TIMED_OUT:
-        self->Finish(ResultFromError(kTimeout));
+        self->Finish(ResultFromError(kErrorTimeout));
         break;
       case NETSNMP_CALLBACK_OP_SEND_FAILED:
         self->Finish(ResultFromNetSnmp(session->s_snmp_errno, session->s_errno));
@@ -113,7 +113,7 @@ struct SnmpSession::Pending {
     } else if (pdu->version == SNMP_VERSION_3) {
       Finish(ResultFromNetSnmp(snmpv3_get_report_type(pdu), 0));
     } else {
-      Finish(ResultFromError(kInvalidServerResponse));
+      Finish(ResultFromError(kErrorInvalidResponse));
     }
   }
 };
@@ -149,7 +149,7 @@ HRESULT SnmpSession::Open(const SocketAddress& address) {
   if (!ConnectToPeer(transport->sock, address)) {
     transport->f_close(transport);
     netsnmp_transport_free(transport);
-    return ResultFromError(kCannotConnect);
+    return ResultFromError(kErrorCannotConnect);
   }
   m_socket = transport->sock;
   netsnmp_session settings;
@@ -169,11 +169,11 @@ SnmpReply SnmpSession::Exchange(const SnmpRequest& request, const SnmpPatience& 
   const Clock::time_point lookUpEnds =
       std::min(patience.deadline, Clock::now() + patience.timeout * patience.tries);
   SnmpReply reply;
-  reply.result = ResultFromError(kNameNotResolved);
+  reply.result = ResultFromError(kErrorNameNotResolved);
   for (const SocketAddress& address : LookUp(m_host, m_port, lookUpEnds)) {
     reply.result = Open(address);
     if (SUCCEEDED(reply.result)) reply = ExchangeOpen(request, patience);
-    if (reply.result != ResultFromError(kCannotConnect)) break;
+    if (reply.result != ResultFromError(kErrorCannotConnect)) break;
   }
   return reply;
 }
@@ -191,7 +191,7 @@ HRESULT SnmpSession::DiscoverEngine(const SnmpPatience& patience) {
   if (!m_handle) return reply.result;
   const SnmpLock lock;
   if (m_session->securityEngineIDLen == 0) {
-    return FAILED(reply.result) ? reply.result : ResultFromError(kInvalidServerResponse);
+    return FAILED(reply.result) ? reply.result : ResultFromError(kErrorInvalidResponse);
   }
   return m_user.Make(m_session) ? S_OK : E_OUTOFMEMORY;
 }
@@ -237,7 +237,7 @@ void SnmpSession::Await(Pending* pending, const SnmpPatience& patience) {
     const UsmUser::InList user(m_user);
     if (events > 0) Read(pending);
     const Clock::time_point now = Clock::now();
-    if (!pending->done && now >= end) pending->Abandon(ResultFromError(kTimeout));
+    if (!pending->done && now >= end) pending->Abandon(ResultFromError(kErrorTimeout));
     if (!pending->done && now >= pending->tryEnds) snmp_sess_timeout(m_handle);  // sends it again
   }
 }

@@ -7,7 +7,7 @@
 #include <span>
 #include <utility>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/common/text.h"
 #include "host/snmp/netsnmp.h"
 #include "host/snmp/oid_text.h"
@@ -101,7 +101,7 @@ SnmpDatum DatumOf(const variable_list& variable) {
       break;
   }
   // The other types are arrays or single values of a fixed size.
-  if (octets.empty()) return {ResultFromError(kInvalidServerResponse), {}};
+  if (octets.empty()) return {ResultFromError(kErrorInvalidResponse), {}};
   switch (variable.type) {
     case ASN_INTEGER:
       return NumberOrText(*variable.val.integer);
@@ -123,7 +123,7 @@ SnmpDatum DatumOf(const variable_list& variable) {
     case ASN_OPAQUE_DOUBLE:
       return {S_OK, RealText(*variable.val.doubleVal)};
     default:
-      return {ResultFromError(kInvalidServerResponse), {}};
+      return {ResultFromError(kErrorInvalidResponse), {}};
   }
 }
 

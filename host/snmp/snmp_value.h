@@ -26,7 +26,7 @@ struct SnmpDatum {
 //   IpAddress, OBJECT IDENTIFIER         "192.0.2.7", "1.3.6.1"
 //   OCTET STRING, BIT STRING, Opaque     OctetsToText
 // kSnmpNoSuchObject, kSnmpNoSuchInstance or kSnmpEndOfMibView for an exception (RFC 3416, 3); the
-// failure of kInvalidServerResponse for a type that has no value.
+// failure of kErrorInvalidResponse for a type that has no value.
 SnmpDatum DatumOf(const variable_list& variable);
 
 // Text when the octets, but for NULs at their end, are UTF-8 without control characters other than

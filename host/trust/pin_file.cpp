@@ -14,7 +14,7 @@
 #include <system_error>
 #include <thread>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/common/text.h"
 
 namespace Corvane::Host {
@@ -81,7 +81,8 @@ std::string Target(const std::string& path) {
 
 PinLookup PinFile::Fault(const std::string& what) const {
   std::wstring file = FromUtf8(m_path).value_or(Widen(m_path));
-  return {std::nullopt, kSecureFailure, L"the pin file " + std::move(file) + L' ' + Widen(what)};
+  return {std::nullopt, kErrorSecureFailure,
+          L"the pin file " + std::move(file) + L' ' + Widen(what)};
 }
 
 PinLookup PinFile::SystemFault(const char* what, int error) const {
@@ -149,10 +150,10 @@ PinLookup PinFile::Record(const std::string& name, const std::string& key, std::
   // Freed with its descriptor, also when the process dies.
   while (flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
     if (errno != EWOULDBLOCK && errno != EINTR) return SystemFault("cannot be locked", errno);
-    if (cancelled.load()) return {std::nullopt, kOperationCancelled, L"cancelled"};
+    if (cancelled.load()) return {std::nullopt, kErrorCancelled, L"cancelled"};
     if (Clock::now() >= end) {
       PinLookup late = Fault("is locked by another process");
-      late.error = kTimeout;
+      late.error = kErrorTimeout;
       return late;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(kLockPauseMs));

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "host/common/text.h"
 #include "host/http/curl_connection.h"
 #include "host/trust/peer_key.h"
@@ -33,7 +33,7 @@ SettledTrust SettleTrust(const TlsTrust& trust, const std::string& url, std::int
     const std::uint32_t error = connection.Open(url, any, connectMs, cancelled);
     if (error != 0) return {{}, error, connection.Why()};
     const std::string key = connection.ShownKey();
-    if (key.empty()) return {{}, kSecureFailure, L"the device shows no key"};
+    if (key.empty()) return {{}, kErrorSecureFailure, L"the device shows no key"};
     lookup = file.Record(name, key, connectMs, cancelled);
   }
   if (!lookup.pin) return {{}, lookup.error, std::move(lookup.remark)};

@@ -11,6 +11,14 @@ namespace Corvane {
 class HTTPRequest;
 class MIBConnection;
 
+// The ports that devices are asked at. A host may connect to another one in their place.
+constexpr std::uint32_t kHttpPort = 80;   // PLSXML resources; whether a printer is there at all
+constexpr std::uint32_t kSnmpPort = 161;  // UDP (RFC 3417)
+constexpr std::uint32_t kIppsPort = 443;  // IPP over TLS (RFC 7472, of a printer that uses HTTPS's)
+constexpr std::uint32_t kIppPort = 631;   // IPP (RFC 8010)
+constexpr std::uint32_t kWsPort = 7627;   // WS-Management resources
+constexpr std::uint32_t kQuarnPort = 8080;  // QUARN resources
+
 // One device. The host implements it and gives it to every factory, which takes references of its
 // own. The library may call it from several threads at once. Results: 0 is success; a negative
 // value is a failure. Operations marked "host" are never called by the library: they serve programs
@@ -31,9 +39,10 @@ class CORVANE_API Address : public virtual Corvane::IDisposable {
   // host: why the last exchange of any request of this address failed, in a sentence; empty when it
   // did not. Owned by the address, valid until the next exchange.
   virtual const wchar_t* GetLastFailure() = 0;
-  // A fresh request to `port` (8080, 7627 or 80) of the device, with one reference of the caller's.
+  // A fresh request to `port` (kQuarnPort, kWsPort or kHttpPort) of the device, with one reference
+  // of the caller's.
   virtual HRESULT CreateHTTPRequest(HTTPRequest** request, std::uint32_t port) = 0;
-  // The same for IPP (port 631, or 443 with TLS); the object is also a TqHTTPRequestEx.
+  // The same for IPP (kIppPort, or kIppsPort with TLS); the object is also a TqHTTPRequestEx.
   virtual HRESULT CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t port) = 0;
   // An SNMP session to the device, with one reference of the caller's.
   virtual HRESULT GetMIBConnection(MIBConnection** connection) = 0;

@@ -5,6 +5,8 @@
 #include "corvane/cache_provider.h"
 #include "corvane/data_collection.h"
 #include "corvane/data_map_spec_collection.h"
+#include "corvane/error_codes.h"
+#include "corvane/handles.h"
 #include "corvane/ipp_data_item_spec.h"
 #include "corvane/ipp_provider.h"
 #include "corvane/ipp_request.h"

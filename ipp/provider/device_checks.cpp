@@ -10,9 +10,6 @@
 namespace Corvane {
 namespace {
 
-constexpr std::uint16_t kHttpPort = 80;
-constexpr std::uint16_t kIppPort = 631;
-
 // The socket library, started for as long as this lives.
 class Winsock {
  public:
@@ -95,7 +92,7 @@ bool IPPProviderImpl::DeviceExists(std::wstring& host, std::wstring& port) {
   }
   sockaddr_in address{};
   if (!Convert(host, AF_INET, &address)) return false;
-  address.sin_port = htons(port == L"80" ? kHttpPort : kIppPort);
+  address.sin_port = htons(static_cast<std::uint16_t>(port == L"80" ? kHttpPort : kIppPort));
   return Socket(AF_INET).Connect(reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 

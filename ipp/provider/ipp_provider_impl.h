@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "core/critical_section.h"
-#include "core/ref_ptr.h"
 #include "core/unique_handle.h"
+#include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/provider/current_job.h"

@@ -38,7 +38,7 @@ bool SplitPrinterUri(const wchar_t* uri, std::wstring* resourcePath, std::wstrin
   parts.dwHostNameLength = kMaxHost;
   parts.dwUrlPathLength = kMaxPath;
   if (!InternetCrackUrlW(uri, 0, 0, &parts)) return Refuse(ERROR_INVALID_PARAMETER);
-  if (parts.nPort != 631 && parts.nPort != 443 && parts.nPort != 0) {
+  if (parts.nPort != kIppPort && parts.nPort != kIppsPort && parts.nPort != 0) {
     return Refuse(ERROR_UNKNOWN_PORT);
   }
   if (parts.dwUrlPathLength == 0) return Refuse(kIPPNoResourcePath);

@@ -9,8 +9,8 @@
 #include <random>
 #include <string>
 
-#include "core/ref_ptr.h"
 #include "corvane/cache_provider.h"
+#include "corvane/handles.h"
 #include "tests/support/dom.h"
 #include "tests/support/registry_key.h"
 #include "tests/support/test_printer.h"

@@ -7,7 +7,7 @@
 #include "cache/print_data_cache_provider.h"
 #include "cache/reg_cache_provider.h"
 #include "core/file_time.h"
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "tests/support/dom.h"
 #include "tests/support/registry_key.h"
 #include "tests/support/test_printer.h"

@@ -1,6 +1,6 @@
 #include "cache/print_data_cache_provider.h"
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "tests/support/dom.h"
 #include "tests/support/test_printer.h"
 #include "tests/support/test_store.h"

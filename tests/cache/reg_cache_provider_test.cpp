@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "core/file_time.h"
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "tests/support/dom.h"
 #include "tests/support/registry_key.h"
 #include "tests/support/test_store.h"

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "tests/host/mib_session.h"
 #include "tests/support/snmpd.h"
 #include "tests/support/udp_relay.h"
@@ -21,7 +21,7 @@ using Host::SnmpPrivacy;
 using Host::SnmpVersion;
 
 const std::wstring kBase = L"1.3.6.1.4.1.99999.1.";
-constexpr HRESULT kTimedOut = Host::ResultFromError(Host::kTimeout);
+constexpr HRESULT kTimedOut = ResultFromError(kErrorTimeout);
 
 constexpr char kAgent[] = R"(
 rocommunity public
@@ -167,14 +167,14 @@ TEST_F(MibConnection, SetsWhatTheAgentLetsItSet) {
   EXPECT_EQ(session.Get(kBase + L"3.0").value, L"i:1");
   EXPECT_HR(session.Set(kBase + L"4.0", L"caf\u00E9"), S_OK);
   EXPECT_EQ(session.Get(kBase + L"4.0").value, L"s:caf\u00E9");
-  EXPECT_HR(session.Set(kBase + L"3.0", L"text"), Host::SnmpStatusResult(7));
+  EXPECT_HR(session.Set(kBase + L"3.0", L"text"), SnmpStatusResult(7));
   EXPECT_HR(session.Set(kBase + L"3.0", _variant_t(1.5)), DISP_E_TYPEMISMATCH);
-  EXPECT_HR(session.Set(kBase + L"1.0", _variant_t(1L)), Host::SnmpStatusResult(17));
+  EXPECT_HR(session.Set(kBase + L"1.0", _variant_t(1L)), SnmpStatusResult(17));
   EXPECT_EQ(session.Failure(), L"SNMP set " + kBase + L"1.0 at 127.0.0.1:" +
                                    std::to_wstring(s_agent->Port()) +
                                    L": not writable (notWritable)");
   m_options.snmp.community = L"public";
-  EXPECT_HR(MibSession(m_options).Set(kBase + L"3.0", _variant_t(1L)), Host::SnmpStatusResult(6));
+  EXPECT_HR(MibSession(m_options).Set(kBase + L"3.0", _variant_t(1L)), SnmpStatusResult(6));
 }
 
 TEST_F(MibConnection, WalksToTheEnd) {
@@ -191,7 +191,7 @@ TEST_F(MibConnection, WalksToTheEnd) {
       EXPECT_EQ(Shown(value), L"s:vvvv" + std::to_wstring(i));
     }
     _variant_t value(L"before");
-    EXPECT_HR(session->GetNextOidAndValue(L"2.999", next, 600, &value), Host::kSnmpEndOfMibView);
+    EXPECT_HR(session->GetNextOidAndValue(L"2.999", next, 600, &value), kSnmpEndOfMibView);
     EXPECT_EQ(Shown(value), L"s:before");
     EXPECT_EQ(next, oid);
   }
@@ -217,24 +217,23 @@ TEST_F(MibConnection, TellsWhyAnAgentRefuses) {
          m_options.snmp.timeoutMs = 100;
        },
        kTimedOut, L"timed out after 300 ms (a wrong community looks the same)"},
-      {"unknown user", v3(L"stranger", L"reader-secret"), Host::kSnmpUnknownUser,
+      {"unknown user", v3(L"stranger", L"reader-secret"), kSnmpUnknownUser,
        L"the agent does not know the user"},
-      {"wrong passphrase", v3(L"reader", L"reader-secret!"), Host::kSnmpWrongDigest,
+      {"wrong passphrase", v3(L"reader", L"reader-secret!"), kSnmpWrongDigest,
        L"the authentication passphrase or protocol is wrong"},
       {"wrong privacy passphrase", v3(L"sealed", L"sealed-secret", L"wrong-private"), kTimedOut,
        L"timed out after 300 ms (a wrong privacy passphrase or context may look the same)"},
-      {"no privacy", v3(L"sealed", L"sealed-secret"), Host::SnmpStatusResult(16),
+      {"no privacy", v3(L"sealed", L"sealed-secret"), SnmpStatusResult(16),
        L"not permitted (authorizationError)"},
       {"too much privacy", v3(L"reader", L"reader-secret", L"reader-secret"),
-       Host::kSnmpUnsupportedSecurityLevel, L"the user has another security level"},
+       kSnmpUnsupportedSecurityLevel, L"the user has another security level"},
       {"nothing there",
        [this] {
          m_options.portMap = {{161, 1}};
        },
-       Host::ResultFromError(Host::kCannotConnect),
-       L"nothing listens there, or no way leads there"},
+       ResultFromError(kErrorCannotConnect), L"nothing listens there, or no way leads there"},
       {"no such name", [this] { m_options.host = L"device.invalid"; },
-       Host::ResultFromError(Host::kNameNotResolved), L"the name cannot be resolved"},
+       ResultFromError(kErrorNameNotResolved), L"the name cannot be resolved"},
   };
   const Host::NetworkOptions plain = m_options;
   for (const auto& row : kCases) {
@@ -257,12 +256,12 @@ TEST_F(MibConnection, TellsWhyAnAgentRefuses) {
 TEST_F(MibConnection, TellsTheReportsOfAnAgentApart) {
   // usmStats (RFC 3414, 5), but for the last.
   const std::pair<std::string, HRESULT> kCases[] = {
-      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x01\x00"s, Host::kSnmpUnsupportedSecurityLevel},
-      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x03\x00"s, Host::kSnmpUnknownUser},
-      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x04\x00"s, Host::kSnmpUnknownEngine},
-      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x05\x00"s, Host::kSnmpWrongDigest},
-      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x06\x00"s, Host::kSnmpDecryptionError},
-      {"\x2B\x06\x01\x06\x03\x0B\x02\x01\x01\x00"s, Host::kSnmpOtherReport},
+      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x01\x00"s, kSnmpUnsupportedSecurityLevel},
+      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x03\x00"s, kSnmpUnknownUser},
+      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x04\x00"s, kSnmpUnknownEngine},
+      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x05\x00"s, kSnmpWrongDigest},
+      {"\x2B\x06\x01\x06\x03\x0F\x01\x01\x06\x00"s, kSnmpDecryptionError},
+      {"\x2B\x06\x01\x06\x03\x0B\x02\x01\x01\x00"s, kSnmpOtherReport},
   };
   const std::string unknownUser = kCases[1].first;
   for (const auto& [report, result] : kCases) {
@@ -283,7 +282,7 @@ TEST_F(MibConnection, SessionsOfOneUserKeepTheirOwnKeys) {
   BecomeUser(L"reader", L"reader-secret");
   const MibSession right(m_options);
   for (int round = 0; round < 3; ++round) {
-    EXPECT_HR(wrong.Get(kBase + L"1.0").result, Host::kSnmpWrongDigest);
+    EXPECT_HR(wrong.Get(kBase + L"1.0").result, kSnmpWrongDigest);
     EXPECT_HR(right.Get(kBase + L"1.0").result, S_OK);
   }
 }
@@ -359,8 +358,8 @@ TEST_F(MibConnection, WhatIsNoOidAsksNobody) {
     EXPECT_HR(session.Set(oid, _variant_t(1L)), E_INVALIDARG) << testing::PrintToString(oid);
   }
   EXPECT_EQ(relay.Requests(), 0);
-  EXPECT_HR(session.Get(long128).result, Host::kSnmpNoSuchObject);
-  EXPECT_HR(session.Get(L"1.3.4294967295").result, Host::kSnmpNoSuchObject);
+  EXPECT_HR(session.Get(long128).result, kSnmpNoSuchObject);
+  EXPECT_HR(session.Get(L"1.3.4294967295").result, kSnmpNoSuchObject);
   _variant_t value;
   EXPECT_HR(session->GetValue(nullptr, &value), E_POINTER);
   EXPECT_HR(session->GetValue(L"1.3", nullptr), E_POINTER);

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "tests/host/mib_session.h"
 #include "tests/support/scripted_agent.h"
 #include "tests/support/udp_relay.h"
@@ -24,8 +24,8 @@ using Clock = std::chrono::steady_clock;
 using Datagrams = std::vector<Datagram>;
 
 const std::wstring kBase = L"1.3.6.1.4.1.99999.7.";
-constexpr HRESULT kTimedOut = Host::ResultFromError(Host::kTimeout);
-constexpr HRESULT kNoAnswerToIt = Host::ResultFromError(Host::kInvalidServerResponse);
+constexpr HRESULT kTimedOut = ResultFromError(kErrorTimeout);
+constexpr HRESULT kNoAnswerToIt = ResultFromError(kErrorInvalidResponse);
 
 // A message of another command than a response.
 std::string WithCommand(std::string message, char command) {
@@ -127,14 +127,12 @@ TEST(MisbehavingAgent, OneValueOrTheCodeOfTheFault) {
        },
        kNoAnswerToIt},
       {"no value", [](AgentRequest r) { return r.Answer({Ber(5, "")}); }, kNoAnswerToIt},
-      {"no object", [](AgentRequest r) { return r.Answer({Ber(0x80, "")}); },
-       Host::kSnmpNoSuchObject},
+      {"no object", [](AgentRequest r) { return r.Answer({Ber(0x80, "")}); }, kSnmpNoSuchObject},
       {"no instance", [](AgentRequest r) { return r.Answer({Ber(0x81, "")}); },
-       Host::kSnmpNoSuchInstance},
-      {"no more", [](AgentRequest r) { return r.Answer({Ber(0x82, "")}); },
-       Host::kSnmpEndOfMibView},
-      {"genErr", [](AgentRequest r) { return r.Fail(5, 1); }, Host::SnmpStatusResult(5)},
-      {"an unknown status", [](AgentRequest r) { return r.Fail(99); }, Host::SnmpStatusResult(5)},
+       kSnmpNoSuchInstance},
+      {"no more", [](AgentRequest r) { return r.Answer({Ber(0x82, "")}); }, kSnmpEndOfMibView},
+      {"genErr", [](AgentRequest r) { return r.Fail(5, 1); }, SnmpStatusResult(5)},
+      {"an unknown status", [](AgentRequest r) { return r.Fail(99); }, SnmpStatusResult(5)},
   };
   for (const auto& row : kCases) {
     SCOPED_TRACE(row.name);
@@ -233,9 +231,8 @@ TEST(MisbehavingAgent, GroupsKeepNamesAndValuesTogether) {
        },
        S_FALSE, missing(LastArcs(4), 2)},
       {"a culprit beyond the end", [](AgentRequest r) { return r.Fail(2, 99); },
-       Host::SnmpStatusResult(2), before},
-      {"always failing", [](AgentRequest r) { return r.Fail(5, 1); }, Host::SnmpStatusResult(5),
-       before},
+       SnmpStatusResult(2), before},
+      {"always failing", [](AgentRequest r) { return r.Fail(5, 1); }, SnmpStatusResult(5), before},
       {"other names only", [](AgentRequest r) { return r.Extend().AnswerLastArcs(); },
        kNoAnswerToIt, before},
   };

@@ -103,7 +103,7 @@ class PinnedKey : public ::testing::Test {
   std::size_t Requests() { return m_device.Requests().size() - m_seen; }
 
   void ExpectRefused(const Exchanged& seen) {
-    EXPECT_HR(seen.result, Host::ResultFromError(12175));
+    EXPECT_HR(seen.result, ResultFromError(12175));
     EXPECT_EQ(seen.error, 12175U);
     EXPECT_EQ(seen.status, 0U);
     EXPECT_EQ(seen.failure.find(L"secret"), std::wstring::npos);

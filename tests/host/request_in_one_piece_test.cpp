@@ -51,7 +51,7 @@ TEST(RequestInOnePiece, SendsItsBodyAtOnce) {
     const Exchanged seen = piece.Respond();
     EXPECT_EQ(seen.error, row.error);
     EXPECT_EQ(seen.body, row.error == 0 ? "ok" : "");
-    EXPECT_HR(piece.Respond().result, Host::ResultFromError(12019));
+    EXPECT_HR(piece.Respond().result, ResultFromError(12019));
   }
   ASSERT_EQ(server.Requests().size(), 1U);
   EXPECT_TRUE(server.Requests()[0].ends_with("\r\nContent-Length: 9\r\n\r\n" + body));
@@ -65,7 +65,7 @@ TEST(RequestInOnePiece, HasItsOptionForALimitWithoutSendBody) {
   PostText(piece.request.get(), "x");
   piece.request->SetOption(300);
   const Exchanged seen = piece.Respond();
-  EXPECT_HR(seen.result, Host::ResultFromError(12002));
+  EXPECT_HR(seen.result, ResultFromError(12002));
   EXPECT_TRUE(seen.failure.ends_with(L": timed out after 300 ms"));
 }
 
@@ -197,7 +197,7 @@ TEST(RequestInOnePiece, EndsInTimeAndTellsOfALostAnswer) {
     EXPECT_FALSE(piece.extended->IsSending());
     EXPECT_EQ(piece.request->GetLastError(), row.error);
     const Exchanged seen = piece.Respond();
-    EXPECT_HR(seen.result, row.lost ? kAnswerLost : Host::ResultFromError(row.error));
+    EXPECT_HR(seen.result, row.lost ? kAnswerLost : ResultFromError(row.error));
     EXPECT_TRUE(seen.failure.ends_with(row.failure)) << testing::PrintToString(seen.failure);
     EXPECT_LE(server.Requests().size(), 3U);
   }
@@ -252,7 +252,7 @@ TEST(RequestInOnePiece, CancelEndsIt) {
   piece.Send(std::string(20 * kMegabyte, 'x'));
   canceller.join();
   EXPECT_LT(Clock::now() - start, kInTime);
-  EXPECT_HR(piece.Respond().result, Host::ResultFromError(12017));
+  EXPECT_HR(piece.Respond().result, ResultFromError(12017));
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ TEST_F(StreamedDocument, IsRefusedBeforeItsEnd) {
     const Owned<Address> address = NetworkDevice(m_options);
     Streaming stream(address, port);
     stream.request->SetURI(L"/small");
-    EXPECT_HR(Send(&stream, document), Host::ResultFromError(413));
+    EXPECT_HR(Send(&stream, document), ResultFromError(413));
     EXPECT_LT(stream.extended->GetSentBytes(), kDocumentBytes);
     const Exchanged seen = stream.Respond();
     EXPECT_EQ(seen.status, 413U);
@@ -137,7 +137,7 @@ TEST_F(StreamedDocument, GoesToNobodyWhoseCertificateIsNotTrusted) {
   const Owned<Address> address = NetworkDevice(m_options);
   Streaming stream(address, 443);
   stream.request->SetPassword(L"secret");
-  EXPECT_HR(stream.Begin(), Host::ResultFromError(12175));
+  EXPECT_HR(stream.Begin(), ResultFromError(12175));
   EXPECT_EQ(stream.Respond().error, 12175U);
   EXPECT_TRUE(m_printer.Requests().empty());
 }

@@ -99,7 +99,7 @@ TEST_F(StreamedRequest, SendsTheHeadFirstAndChunksAsWritten) {
   EXPECT_EQ(seen.failure, L"");
   EXPECT_EQ(server.Requests().at(1), body + kLastChunk);
   EXPECT_EQ(stream.extended->GetSentBytes(), body.size() + 5);
-  EXPECT_HR(stream.Respond().result, Host::ResultFromError(12019));
+  EXPECT_HR(stream.Respond().result, ResultFromError(12019));
 }
 
 TEST_F(StreamedRequest, NamesTheHostAsItsUrlDoes) {
@@ -227,14 +227,14 @@ TEST_F(StreamedRequest, AnEarlyAnswerEndsTheSending) {
     HRESULT result = stream.Begin();
     for (int i = 0; i < 1'000 && result == S_OK; ++i) result = stream.Write(chunk);
     EXPECT_LT(Clock::now() - start, kInTime);
-    EXPECT_HR(result, Host::ResultFromError(row.error));
+    EXPECT_HR(result, ResultFromError(row.error));
     EXPECT_EQ(stream.request->GetLastError(), row.error);
     EXPECT_FALSE(stream.extended->IsSending());
     EXPECT_NE(row.status == 200, address->GetLastFailure()[0] != L'\0');
 
     const std::uint64_t sent = stream.extended->GetSentBytes();
-    EXPECT_HR(stream.Write(chunk), Host::ResultFromError(row.error));
-    EXPECT_HR(stream.extended->FinishChunkedSend(), Host::ResultFromError(row.error));
+    EXPECT_HR(stream.Write(chunk), ResultFromError(row.error));
+    EXPECT_HR(stream.extended->FinishChunkedSend(), ResultFromError(row.error));
     EXPECT_EQ(stream.request->GetLastError(), row.error);
     EXPECT_EQ(stream.extended->GetSentBytes(), sent);
 
@@ -358,7 +358,7 @@ TEST_F(StreamedRequest, SilenceAndDripsEnd) {
     const Clock::time_point start = Clock::now();
     Exchanged seen;
     if (row.writes) {
-      EXPECT_HR(stream.Write(document), Host::ResultFromError(12002));
+      EXPECT_HR(stream.Write(document), ResultFromError(12002));
       seen = stream.Respond();
     } else {
       EXPECT_HR(stream.Write(Framed("x")), S_OK);
@@ -387,7 +387,7 @@ TEST_F(StreamedRequest, CancelEndsAWait) {
       stream.extended->Cancel();
     });
     if (writes) {
-      EXPECT_HR(stream.Write(std::string(40 * kMegabyte, 'x')), Host::ResultFromError(12017));
+      EXPECT_HR(stream.Write(std::string(40 * kMegabyte, 'x')), ResultFromError(12017));
     }
     const Exchanged seen = writes ? stream.Respond() : stream.Finish();
     const Clock::time_point ended = Clock::now();
@@ -426,27 +426,27 @@ TEST_F(StreamedRequest, RefusesWhatItCannotFrame) {
 }
 
 TEST_F(StreamedRequest, AStepThatIsNotItsTurnChangesNothing) {
-  constexpr HRESULT kOutOfOrder = static_cast<HRESULT>(0x80072EF3);
+  constexpr HRESULT kErrorOutOfOrder = static_cast<HRESULT>(0x80072EF3);
   LoopbackServer server(AnswerBody(kOk));
   const Owned<Address> address = NetworkDevice(PrinterOptions(server.Port()));
   Streaming stream(address);
-  EXPECT_HR(stream.Write("x"), kOutOfOrder);
-  EXPECT_HR(stream.extended->FinishChunkedSend(), kOutOfOrder);
+  EXPECT_HR(stream.Write("x"), kErrorOutOfOrder);
+  EXPECT_HR(stream.extended->FinishChunkedSend(), kErrorOutOfOrder);
   EXPECT_HR(stream.Begin(), S_OK);
-  EXPECT_HR(stream.Begin(), kOutOfOrder);
+  EXPECT_HR(stream.Begin(), kErrorOutOfOrder);
   stream.extended->SendBody("x", 1);
   EXPECT_EQ(stream.request->GetLastError(), 12019U);
   EXPECT_HR(stream.Write(kLastChunk), S_OK);
   EXPECT_HR(stream.extended->FinishChunkedSend(), S_OK);
-  EXPECT_HR(stream.extended->FinishChunkedSend(), kOutOfOrder);
-  EXPECT_HR(stream.Write("x"), kOutOfOrder);
+  EXPECT_HR(stream.extended->FinishChunkedSend(), kErrorOutOfOrder);
+  EXPECT_HR(stream.Write("x"), kErrorOutOfOrder);
   EXPECT_EQ(stream.Respond().body, "ok");
-  EXPECT_HR(stream.Begin(), kOutOfOrder);
+  EXPECT_HR(stream.Begin(), kErrorOutOfOrder);
   EXPECT_EQ(server.Requests().size(), 2U);  // a head and a body
 
   Streaming unfinished(address);
   EXPECT_HR(unfinished.Begin(), S_OK);
-  EXPECT_HR(unfinished.Respond().result, kOutOfOrder);
+  EXPECT_HR(unfinished.Respond().result, kErrorOutOfOrder);
   Streaming without(address);
   EXPECT_HR(without.Begin(), S_OK);
   EXPECT_HR(without.extended->WriteChunk(nullptr, 1, 1), E_INVALIDARG);
@@ -457,11 +457,11 @@ TEST_F(StreamedRequest, TellsWhatCannotBeReached) {
   close(ListenOnLoopback(0, &port));
   const Owned<Address> address = NetworkDevice(PrinterOptions(port));
   Streaming stream(address);
-  EXPECT_HR(stream.Begin(), Host::ResultFromError(12029));
+  EXPECT_HR(stream.Begin(), ResultFromError(12029));
   EXPECT_EQ(stream.Respond().error, 12029U);
   Streaming cancelled(address);
   cancelled.request->Cancel();
-  EXPECT_HR(cancelled.Begin(), Host::ResultFromError(12017));
+  EXPECT_HR(cancelled.Begin(), ResultFromError(12017));
 }
 
 TEST_F(StreamedRequest, SendsNoPasswordInTheClear) {

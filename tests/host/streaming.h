@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/common/error_codes.h"
+#include "corvane/error_codes.h"
 #include "tests/host/exchange.h"
 
 namespace Corvane::Test {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "corvane/ipp_response.h"
 #include "ipp/ipp_request_attributes.h"
 #include "tests/support/trace_recorder.h"

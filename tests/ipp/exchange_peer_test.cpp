@@ -4,7 +4,7 @@
 #include <random>
 #include <string>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "host/network_address.h"
 #include "ipp/ipp_codes.h"
 #include "ipp/ipp_operations.h"

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "ipp/ipp_codes.h"
 #include "ipp/ipp_operations.h"
 #include "platform/system.h"

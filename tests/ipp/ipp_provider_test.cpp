@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
 #include "tests/ipp/decoded.h"

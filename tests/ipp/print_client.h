@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "ipp/provider/ipp_provider_impl.h"
 #include "tests/support/process_counts.h"
 #include "tests/support/scripted_printer.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "host/network_address.h"
 #include "platform/system.h"

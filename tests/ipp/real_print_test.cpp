@@ -10,9 +10,9 @@
 #include <string>
 #include <string_view>
 
-#include "core/ref_ptr.h"
+#include "corvane/error_codes.h"
+#include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
-#include "host/common/error_codes.h"
 #include "host/network_address.h"
 #include "ipp/ipp_codes.h"
 #include "platform/system.h"
@@ -29,7 +29,7 @@ namespace Corvane::Test {
 namespace {
 
 constexpr std::size_t kDocumentBytes = std::size_t{50} << 20;
-constexpr auto kTimeout = std::chrono::seconds(20);
+constexpr auto kErrorTimeout = std::chrono::seconds(20);
 
 class RealPrint : public ::testing::Test {
  protected:
@@ -72,7 +72,7 @@ class RealPrint : public ::testing::Test {
   }
   // Of the job that was printed last, asked of the printer until it is the one wanted.
   std::string AwaitState(IPPProvider* provider, std::string_view wanted) const {
-    const auto end = std::chrono::steady_clock::now() + kTimeout;
+    const auto end = std::chrono::steady_clock::now() + kErrorTimeout;
     for (;;) {
       _variant_t value(7L, VT_I4);
       EXPECT_HR(
@@ -165,9 +165,9 @@ TEST_F(RealPrint, TrustsTheKeyOfThePrinterOnFirstUseAndNoOtherOne) {
   ASSERT_NO_FATAL_FAILURE(StartPrinter());
   SetLastError(0);
   EXPECT_FALSE(MakeProvider(true));
-  EXPECT_EQ(Host::kSecureFailure, GetLastError());
+  EXPECT_EQ(kErrorSecureFailure, GetLastError());
   EXPECT_HR(PrintWhole(provider.Get(), "text"), E_FAIL);
-  EXPECT_EQ(Host::kSecureFailure, GetLastError());
+  EXPECT_EQ(kErrorSecureFailure, GetLastError());
   EXPECT_TRUE(DocumentsIn(m_printer->SpoolFolder()).empty());
   EXPECT_TRUE(MakeProvider(false)) << GetLastError();
 }

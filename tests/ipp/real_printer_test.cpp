@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "collection/data_collection_impl.h"
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "host/network_address.h"
 #include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"

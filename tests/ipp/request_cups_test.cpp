@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/ipp_request_attributes.h"
 #include "tests/ipp/callers_attribute.h"

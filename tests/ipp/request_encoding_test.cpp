@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "ipp/attribute_table.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/ipp_request_attributes.h"

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "corvane/ipp_response.h"
 #include "ipp/ipp_codes.h"
 #include "tests/ipp/decoded.h"

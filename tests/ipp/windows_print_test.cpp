@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "tests/ipp/callers_attribute.h"
 #include "tests/ipp/streamed_document.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/unique_hkey.h"
+#include "corvane/handles.h"
 #include "platform/write_group.h"
 #include "tests/support/registry_key.h"
 #include "tests/support/test_store.h"

@@ -20,7 +20,7 @@
 #include <thread>
 #include <vector>
 
-#include "core/unique_hkey.h"
+#include "corvane/handles.h"
 #include "platform/write_group.h"
 #include "tests/support/test_printer.h"
 #include "tests/support/test_store.h"

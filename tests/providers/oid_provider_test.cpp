@@ -1,6 +1,6 @@
 #include "corvane/oid_provider.h"
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "tests/support/dom.h"
 #include "tests/support/fake_device.h"
 #include "tests/support/fake_snmp.h"

@@ -6,8 +6,7 @@
 
 #include "core/com_initialization.h"
 #include "core/dom_class.h"
-#include "core/ref_ptr.h"
-#include "core/unique_bstr.h"
+#include "corvane/handles.h"
 
 namespace Corvane::Test {
 

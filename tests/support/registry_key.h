@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "core/unique_hkey.h"
+#include "corvane/handles.h"
 
 namespace Corvane::Test {
 

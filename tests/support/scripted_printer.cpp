@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "core/ref_ptr.h"
+#include "corvane/handles.h"
 #include "tests/support/ipp_bytes.h"
 
 namespace Corvane::Test {

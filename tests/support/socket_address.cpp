@@ -50,7 +50,7 @@ class SocketExchange {
         setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, timeout, sizeof(timeoutMs)) != 0 ||
         setsockopt(m_socket, SOL_SOCKET, SO_SNDTIMEO, timeout, sizeof(timeoutMs)) != 0 ||
         connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-      return m_reader.Fail(kCannotConnect, L"no connection");
+      return m_reader.Fail(kErrorCannotConnect, L"no connection");
     }
     return true;
   }
@@ -60,7 +60,7 @@ class SocketExchange {
   bool Send(std::string_view bytes, std::atomic<std::uint64_t>* sent) {
     while (!bytes.empty()) {
       if (m_reader.Done() || HasInput()) return false;
-      if (m_cancelled.load()) return m_reader.Fail(kOperationCancelled, L"cancelled");
+      if (m_cancelled.load()) return m_reader.Fail(kErrorCancelled, L"cancelled");
       const int size =
           send(m_socket, bytes.data(), static_cast<int>(std::min(bytes.size(), kBlockBytes)), 0);
       if (size <= 0) {
@@ -78,7 +78,7 @@ class SocketExchange {
     while (!m_reader.Done()) {
       const int size = recv(m_socket, block, sizeof(block), 0);
       if (m_cancelled.load()) {
-        m_reader.Fail(kOperationCancelled, L"cancelled");
+        m_reader.Fail(kErrorCancelled, L"cancelled");
       } else if (size > 0) {
         m_reader.Feed({block, static_cast<std::size_t>(size)});
       } else if (size == 0) {
@@ -105,8 +105,8 @@ class SocketExchange {
     return select(0, &readable, nullptr, nullptr, &now) > 0;
   }
   bool FailWith(int error) {
-    return error == WSAETIMEDOUT ? m_reader.Fail(kTimeout, L"silence")
-                                 : m_reader.Fail(kConnectionError, L"the connection broke");
+    return error == WSAETIMEDOUT ? m_reader.Fail(kErrorTimeout, L"silence")
+                                 : m_reader.Fail(kErrorConnection, L"the connection broke");
   }
 
   const std::atomic<bool>& m_cancelled;
@@ -128,8 +128,8 @@ class SocketRequest final : public ExtendedRequest<RequestBase> {
   void SetContentLength(std::uint32_t size) override { m_contentLength = size; }
 
   void SendBody(const void* data, std::uint32_t size) override {
-    if (Performed()) return SetError(kOutOfOrder);
-    if (m_contentLength != size) RefuseSetting(kInvalidParameter);
+    if (Performed()) return SetError(kErrorOutOfOrder);
+    if (m_contentLength != size) RefuseSetting(kErrorInvalidParameter);
     m_sending.store(true);
     Settings().body = {static_cast<const char*>(data), size};
     Conclude(PerformOnce());
@@ -162,7 +162,7 @@ class SocketRequest final : public ExtendedRequest<RequestBase> {
   HRESULT GetResponse(HTTPResponse** response) override {
     if (m_stream) {
       Conclude(Guarded([this]() -> Outcome {
-        return m_whole ? m_stream->Receive() : Outcome{nullptr, kOutOfOrder, L"not finished"};
+        return m_whole ? m_stream->Receive() : Outcome{nullptr, kErrorOutOfOrder, L"not finished"};
       }));
       m_stream.reset();
       m_sending.store(false);
@@ -209,8 +209,8 @@ class SocketRequest final : public ExtendedRequest<RequestBase> {
     return ResultFromError(error);
   }
   HRESULT OutOfOrder() {
-    SetError(kOutOfOrder);
-    return ResultFromError(kOutOfOrder);
+    SetError(kErrorOutOfOrder);
+    return ResultFromError(kErrorOutOfOrder);
   }
 
   const std::shared_ptr<const Endpoint> m_device;

@@ -49,7 +49,7 @@ class JobsOfPrinter : public testing::Test {
     Tool::Options options;
     options.device = "127.0.0.1";
     options.network.portMap[631] = m_printer.Port();
-    const Tool::Ref<Address> device = Tool::OpenDevice(options);
+    const RefPtr<Address> device = Tool::OpenDevice(options);
     const std::string request =
         Tool::BuildIPPRequest(
             kPrintJob, "ipp://localhost/ipp/print",

@@ -12,7 +12,7 @@ namespace Corvane::Tool {
 namespace {
 
 NamedValue Text(const std::wstring& name, const std::wstring& text) {
-  return {name, S_OK, Variant(text), {}};
+  return {name, S_OK, UniqueVariant(text), {}};
 }
 
 template <typename T>

@@ -23,7 +23,7 @@ Cache::Cache(const CacheLocation& location) {
 }
 
 void Cache::UseRegistry(const CacheLocation& location) {
-  KeyHandle key;
+  UniqueHkey key;
   const LSTATUS readable =
       RegOpenKeyExW(HKEY_LOCAL_MACHINE, location.name.c_str(), 0, KEY_READ, key.Receive());
   if (readable != ERROR_SUCCESS && readable != ERROR_FILE_NOT_FOUND) {
@@ -36,7 +36,7 @@ void Cache::UseRegistry(const CacheLocation& location) {
       m_problem = kCannotWrite + SystemErrorText(static_cast<unsigned long>(writable));
     }
   }
-  m_provider = Ref<ICacheProvider>(CreateRegCacheProvider(location.name.c_str()));
+  m_provider = RefPtr<ICacheProvider>(CreateRegCacheProvider(location.name.c_str()));
 }
 
 void Cache::UsePrinter(const CacheLocation& location) {
@@ -61,7 +61,7 @@ void Cache::UsePrinter(const CacheLocation& location) {
       m_problem = kCannotWrite + SystemErrorText(writable);
     }
   }
-  m_provider = Ref<ICacheProvider>(CreatePrintDataCacheProvider(m_printer.Get()));
+  m_provider = RefPtr<ICacheProvider>(CreatePrintDataCacheProvider(m_printer.Get()));
 }
 
 }  // namespace Corvane::Tool

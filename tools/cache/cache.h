@@ -5,8 +5,8 @@
 #include <string>
 
 #include "corvane/cache_provider.h"
+#include "corvane/handles.h"
 #include "tools/options/cache_location.h"
-#include "tools/output/handles.h"
 
 namespace Corvane::Tool {
 
@@ -27,8 +27,8 @@ class Cache {
   void UseRegistry(const CacheLocation& location);
   void UsePrinter(const CacheLocation& location);
 
-  PrinterHandle m_printer;  // outlives the provider
-  Ref<ICacheProvider> m_provider;
+  UniquePrinter m_printer;  // outlives the provider
+  RefPtr<ICacheProvider> m_provider;
   std::string m_problem;
 };
 

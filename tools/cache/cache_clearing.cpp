@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "corvane/handles.h"
 #include "tools/cache/cache_entries.h"
 #include "tools/cache/cache_listing.h"
 #include "tools/output/failure.h"
-#include "tools/output/handles.h"
 #include "tools/output/text_escape.h"
 
 namespace Corvane::Tool {
@@ -44,7 +44,7 @@ bool DeleteEntries(const CacheSection& section, DeleteValue deleteValue, void* s
 }
 
 bool IsEmptyKey(const std::wstring& path) {
-  KeyHandle key;
+  UniqueHkey key;
   DWORD keys = 0;
   DWORD values = 0;
   return RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, key.Receive()) ==
@@ -72,7 +72,7 @@ void DeleteEmptyKeys(std::wstring path, const std::wstring& top, ClearResult* re
 
 void ClearRegistrySection(const CacheLocation& location, const CacheSection& section,
                           ClearResult* result) {
-  KeyHandle key;
+  UniqueHkey key;
   const LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, section.path.c_str(), 0,
                                       KEY_READ | KEY_SET_VALUE, key.Receive());
   if (error == ERROR_FILE_NOT_FOUND) return;
@@ -90,7 +90,7 @@ void ClearRegistrySection(const CacheLocation& location, const CacheSection& sec
 }
 
 void ClearPrinter(const CacheLocation& location, const CacheSection& section, ClearResult* result) {
-  PrinterHandle printer;
+  UniquePrinter printer;
   const DWORD error =
       OpenPrinterOf(location, PRINTER_ACCESS_ADMINISTER | PRINTER_ACCESS_USE, &printer);
   if (error != ERROR_SUCCESS) {

@@ -7,9 +7,9 @@
 
 #include "corvane/code_unit_less.h"
 #include "corvane/data_map_spec.h"
+#include "corvane/handles.h"
 #include "host/common/text.h"
 #include "tools/output/failure.h"
-#include "tools/output/handles.h"
 #include "tools/output/text_escape.h"
 
 namespace Corvane::Tool {
@@ -36,7 +36,7 @@ std::vector<std::wstring> ProtocolNames() {
   std::vector<std::wstring> names;
   for (const DataMapTypeEnum type :
        {DataMapTypeQUARN, DataMapTypeWS, DataMapTypePLSXML, DataMapTypeOID, DataMapTypeIPP}) {
-    const Ref<DataMapSpec> spec(DataMapSpec::CreateDataMapSpec(type));
+    const RefPtr<DataMapSpec> spec(DataMapSpec::CreateDataMapSpec(type));
     if (spec) names.push_back(spec->GetProtocolType());
   }
   return names;
@@ -70,7 +70,7 @@ class RegistryReader {
   void ReadKey(const Pending& pending) {
     const std::wstring path =
         pending.below.empty() ? m_location.name : m_location.name + L'\\' + pending.below;
-    KeyHandle key;
+    UniqueHkey key;
     const LSTATUS error =
         RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, key.Receive());
     if (error == ERROR_FILE_NOT_FOUND) return;  // no cache yet, or gone meanwhile
@@ -196,7 +196,7 @@ std::vector<StoredValue> ValuesIn(const std::vector<BYTE>& buffer, DWORD count) 
 }
 
 CacheContents ReadPrinter(const CacheLocation& location) {
-  PrinterHandle printer;
+  UniquePrinter printer;
   const DWORD opened = OpenPrinterOf(location, PRINTER_ACCESS_USE, &printer);
   if (opened != ERROR_SUCCESS) RefusePrinter(location, opened);
   std::vector<BYTE> buffer;

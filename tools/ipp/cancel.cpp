@@ -18,7 +18,7 @@ namespace Corvane::Tool {
 CommandResult CancelUserJob(const Options& options) {
   const PrinterUri uri = ParsePrinterUri(options.printerUri);
   const std::string user = RequestingUser(options.user);
-  const Ref<Address> device = OpenDevice(ReachPrinter(options, uri));
+  const RefPtr<Address> device = OpenDevice(ReachPrinter(options, uri));
   std::string problem;
   const auto answer = AskForJobs(*device.Get(), uri, user, false, &problem);
   if (!answer) throw Failure(kNoAnswer, "the printer tells no jobs: " + problem);

@@ -3,11 +3,11 @@
 #include <cstddef>
 #include <cstdio>
 
+#include "corvane/handles.h"
 #include "corvane/http_request.h"
 #include "corvane/http_response.h"
 #include "tools/ipp/ipp_values.h"
 #include "tools/options/device.h"
-#include "tools/output/handles.h"
 #include "tools/output/text_escape.h"
 #include "tools/output/utf8.h"
 
@@ -16,7 +16,7 @@ namespace Corvane::Tool {
 std::optional<IPPAnswer> ExchangeIPP(Address& address, std::uint32_t port, const std::string& path,
                                      const std::string& message, std::string* problem) {
   constexpr std::uint32_t kHttpOk = 200;
-  Ref<HTTPRequest> request;
+  RefPtr<HTTPRequest> request;
   if (address.CreateIPPHTTPRequest(request.Receive(), port) != S_OK || !request) {
     *problem = "the device has no IPP";
     return std::nullopt;

@@ -23,7 +23,7 @@ constexpr char kReasons[] = "job-state-reasons";
 IPPAnswer Ask(const Options& options) {
   const PrinterUri uri = ParsePrinterUri(options.printerUri);
   const std::string user = RequestingUser(options.user);
-  const Ref<Address> device = OpenDevice(ReachPrinter(options, uri));
+  const RefPtr<Address> device = OpenDevice(ReachPrinter(options, uri));
   std::string problem;
   std::optional<IPPAnswer> answer =
       AskForJobs(*device.Get(), uri, user, options.completed, &problem);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "corvane/address.h"
 #include "tools/output/failure.h"
 
 namespace Corvane::Tool {
@@ -28,9 +29,9 @@ PrinterUri ParsePrinterUri(const std::string& text) {
   uri.text = text;
   std::string_view rest = text;
   if (rest.starts_with("ipp://")) {
-    uri.servicePort = 631;
+    uri.servicePort = kIppPort;
   } else if (rest.starts_with("ipps://")) {
-    uri.servicePort = 443;
+    uri.servicePort = kIppsPort;
   } else {
     Refuse(text);
   }

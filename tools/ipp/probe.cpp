@@ -7,11 +7,12 @@
 #include <utility>
 
 #include "corvane/data_collection.h"
+#include "corvane/handles.h"
 #include "tools/ipp/ipp_exchange.h"
 #include "tools/ipp/ipp_values.h"
+#include "tools/map/dom.h"
 #include "tools/map/output_text.h"
 #include "tools/options/device.h"
-#include "tools/output/handles.h"
 #include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
@@ -23,7 +24,6 @@ constexpr std::size_t kMaxResponseBytes = std::size_t{4} << 20;
 // A longer text identifies nothing, and would flood the output.
 constexpr std::size_t kMaxIdentityChars = 255;
 
-constexpr std::uint32_t kIppPort = 631;
 constexpr char kIppPath[] = "/ipp/print";  // where a driverless printer is
 
 // A protocol of the library is asked as a data map is.
@@ -34,26 +34,26 @@ struct Protocol {
 };
 
 constexpr Protocol kProtocols[] = {
-    {"QUARN", 8080,
+    {"QUARN", kQuarnPort,
      LR"(<DataMaps><XMLDataMap Protocol="QUARN">
            <DataItem Name="Model" URI="quarn:zqQuarnProductConfigDyn" XPath="//dd:MakeAndModel"/>
            <DataItem Name="Serial" URI="quarn:zqQuarnProductConfigDyn" XPath="//dd:SerialNumber"/>
          </XMLDataMap></DataMaps>)"},
-    {"WS", 7627,
+    {"WS", kWsPort,
      LR"(<DataMaps><XMLDataMap Protocol="WS">
            <DataItem Name="Model" URI="urn:zq:imaging:con:service:device:DeviceService"
                      XPath="//dd:MakeAndModel"/>
            <DataItem Name="Serial" URI="urn:zq:imaging:con:service:device:DeviceService"
                      XPath="//dd:SerialNumber"/>
          </XMLDataMap></DataMaps>)"},
-    {"PLSXML", 80,
+    {"PLSXML", kHttpPort,
      LR"(<DataMaps><XMLDataMap Protocol="PLSXML">
            <DataItem Name="Serial" URI="/zq/device/product_information.xml"
                      XPath="//ProductSerialNumber"/>
            <DataItem Name="Model" URI="/zq/device/product_information.xml" XPath="//ProductName"/>
          </XMLDataMap></DataMaps>)"},
     // The standard's serial number, and the one that caches know a device by.
-    {"SNMP", 161,
+    {"SNMP", kSnmpPort,
      LR"(<DataMaps><OIDDataMap>
            <DataItem Name="Model" GroupID="i" OID="1.3.6.1.2.1.25.3.2.1.3.1"/>
            <DataItem Name="Serial" GroupID="i" OID="1.3.6.1.2.1.43.5.1.1.17.1"/>
@@ -71,7 +71,7 @@ std::string Identity(std::string_view text) {
 
 // Nothing when the device does not answer any more.
 std::optional<std::string> Read(DataCollection& values, const wchar_t* item) {
-  Variant value;
+  UniqueVariant value;
   const HRESULT result = values.GetValue(item, value.Receive());
   if (FAILED(result)) return std::nullopt;
   return Identity(result == S_OK ? Utf8FromWide(TextOf(value.Get())) : std::string());
@@ -93,7 +93,7 @@ void ReadIdentity(DataCollection& values, Finding* finding) {
 Finding ProbeLibrary(const Protocol& protocol, Address& device) {
   Finding finding;
   const ComInitialization com;
-  Ref<DataCollection> values;
+  RefPtr<DataCollection> values;
   if (CreateDataCollectionFromXML(&device, protocol.specification, values.Receive(), nullptr) !=
       S_OK) {
     finding.problem = LastFailureOf(device);
@@ -153,7 +153,7 @@ std::vector<Finding> Probe(const Options& options) {
   std::vector<Running> running;
   // An address of its own for each, since an address tells the failure of any thread.
   const auto start = [&](const char* protocol, std::uint32_t port, auto probe) {
-    Ref<Address> device = OpenDevice(reached);
+    RefPtr<Address> device = OpenDevice(reached);
     const std::uint32_t mapped = device->GetMappedPort(port);
     auto finding = std::async(std::launch::async, [probe, device = std::move(device)] {
       try {

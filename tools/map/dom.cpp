@@ -12,8 +12,8 @@ constexpr GUID kDocumentInterface = {
 
 }  // namespace
 
-Ref<IXMLDOMDocument> CreateDocument() {
-  Ref<IXMLDOMDocument> document;
+RefPtr<IXMLDOMDocument> CreateDocument() {
+  RefPtr<IXMLDOMDocument> document;
   const HRESULT result = CoCreateInstance(kDocumentClass, nullptr, CLSCTX_INPROC_SERVER,
                                           kDocumentInterface, document.ReceiveVoid());
   if (FAILED(result) || !document) {
@@ -23,9 +23,9 @@ Ref<IXMLDOMDocument> CreateDocument() {
 }
 
 bool IsPattern(const std::wstring& pattern) {
-  const Ref<IXMLDOMDocument> document = CreateDocument();
-  Ref<IXMLDOMNode> node;
-  return SUCCEEDED(document->selectSingleNode(Bstr(pattern).Get(), node.Receive()));
+  const RefPtr<IXMLDOMDocument> document = CreateDocument();
+  RefPtr<IXMLDOMNode> node;
+  return SUCCEEDED(document->selectSingleNode(UniqueBstr::Make(pattern).Get(), node.Receive()));
 }
 
 }  // namespace Corvane::Tool

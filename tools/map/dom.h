@@ -4,12 +4,26 @@
 
 #include <string>
 
-#include "tools/output/handles.h"
+#include "corvane/handles.h"
 
 namespace Corvane::Tool {
 
+// Holds COM for the calling thread; every COM object must go before it.
+class ComInitialization {
+ public:
+  ComInitialization() : m_result(CoInitialize(nullptr)) {}
+  ComInitialization(const ComInitialization&) = delete;
+  ComInitialization& operator=(const ComInitialization&) = delete;
+  ~ComInitialization() {
+    if (SUCCEEDED(m_result)) CoUninitialize();
+  }
+
+ private:
+  HRESULT m_result;
+};
+
 // An empty document. Throws Failure with kSystemFailure when the system has no DOM.
-Ref<IXMLDOMDocument> CreateDocument();
+RefPtr<IXMLDOMDocument> CreateDocument();
 
 // Whether the DOM can evaluate `pattern` at all, whatever the document.
 bool IsPattern(const std::wstring& pattern);

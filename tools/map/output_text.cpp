@@ -7,7 +7,7 @@
 namespace Corvane::Tool {
 
 std::wstring TextOf(const VARIANT& value) {
-  Variant text;
+  UniqueVariant text;
   if (FAILED(VariantChangeType(text.Receive(), const_cast<VARIANT*>(&value), 0, VT_BSTR))) {
     return {};
   }

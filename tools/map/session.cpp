@@ -44,7 +44,7 @@ Session::Session(Address& address, std::vector<DataMap> maps, ICacheProvider* ca
 }
 
 bool Session::TryDataMap(DataMapSpec& map) {
-  Ref<DataMapSpecCollection> specs(DataMapSpecCollection::CreateDataMapSpecCollection());
+  RefPtr<DataMapSpecCollection> specs(DataMapSpecCollection::CreateDataMapSpecCollection());
   if (!specs) throw std::bad_alloc();
   map.AddRef();  // the collection takes it over
   SetLastError(0);
@@ -71,7 +71,7 @@ std::string Session::WhyNotUsed(const DataMap& map) const {
 
 std::string Session::WhyNoSnmp() const {
   const std::string failure = LastFailureOf(m_address);
-  Ref<MIBConnection> session;
+  RefPtr<MIBConnection> session;
   if (m_address.GetMIBConnection(session.Receive()) == E_NOTIMPL) return "the device has no SNMP";
   return failure.empty() ? "the device's SNMP agent describes no printer" : failure;
 }

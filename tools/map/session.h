@@ -9,8 +9,8 @@
 #include "corvane/address.h"
 #include "corvane/cache_provider.h"
 #include "corvane/data_collection.h"
+#include "corvane/handles.h"
 #include "tools/map/specification.h"
-#include "tools/output/handles.h"
 
 namespace Corvane::Tool {
 
@@ -18,7 +18,7 @@ namespace Corvane::Tool {
 struct NamedValue {
   std::wstring name;  // as asked
   HRESULT result = E_FAIL;
-  Variant value;        // when `result` is S_OK
+  UniqueVariant value;  // when `result` is S_OK
   std::string problem;  // otherwise why, escaped, in one line
 };
 
@@ -72,7 +72,7 @@ class Session {
   ICacheProvider* const m_cache;
   DataMapTypeEnum m_type = DataMapTypeUnknown;  // of the map that was tried last
   std::vector<Item> m_items;
-  Ref<DataCollection> m_collection;
+  RefPtr<DataCollection> m_collection;
 };
 
 }  // namespace Corvane::Tool

@@ -32,14 +32,14 @@ void RequireFileWithContent(const std::string& path) {
 std::string DescribeParseError(IXMLDOMDocument* document) {
   std::string place;
   std::string problem = "cannot be read as XML";
-  Ref<IXMLDOMParseError> error;
+  RefPtr<IXMLDOMParseError> error;
   if (SUCCEEDED(document->get_parseError(error.Receive())) && error) {
     LONG line = 0;
     LONG column = 0;
     if (SUCCEEDED(error->get_line(&line)) && SUCCEEDED(error->get_linepos(&column)) && line > 0) {
       place = ":" + std::to_string(line) + ":" + std::to_string(column);
     }
-    Bstr text;
+    UniqueBstr text;
     if (SUCCEEDED(error->get_reason(text.Receive()))) {
       std::wstring_view view = text.View();
       while (!view.empty() && (view.back() == L'\r' || view.back() == L'\n')) view.remove_suffix(1);
@@ -49,14 +49,14 @@ std::string DescribeParseError(IXMLDOMDocument* document) {
   return place + ": " + problem;
 }
 
-Ref<IXMLDOMDocument> LoadDocument(const std::string& path) {
+RefPtr<IXMLDOMDocument> LoadDocument(const std::string& path) {
   RequireFileWithContent(path);
-  Ref<IXMLDOMDocument> document = CreateDocument();
+  RefPtr<IXMLDOMDocument> document = CreateDocument();
   document->put_async(VARIANT_FALSE);
   // Absolute: a relative name could be taken for a URL.
   std::error_code error;
   const std::filesystem::path file = std::filesystem::absolute(PathFromUtf8(path), error);
-  const Variant source(WideFromPath(file));
+  const UniqueVariant source(WideFromPath(file));
   VARIANT_BOOL loaded = VARIANT_FALSE;
   const HRESULT result = document->load(source.Get(), &loaded);
   if (result != S_OK || loaded != VARIANT_TRUE) {
@@ -66,9 +66,9 @@ Ref<IXMLDOMDocument> LoadDocument(const std::string& path) {
 }
 
 DataMap ReadDataMap(IXMLDOMNode* element, int number) {
-  DataMap map{number, {}, Ref<DataMapSpec>(DataMapSpec::CreateDataMapSpec(element))};
+  DataMap map{number, {}, RefPtr<DataMapSpec>(DataMapSpec::CreateDataMapSpec(element))};
   if (!map.spec) throw std::bad_alloc();
-  Bstr name;
+  UniqueBstr name;
   if (SUCCEEDED(element->get_nodeName(name.Receive()))) map.element = name.View();
   return map;
 }
@@ -76,13 +76,13 @@ DataMap ReadDataMap(IXMLDOMNode* element, int number) {
 }  // namespace
 
 std::vector<DataMap> LoadSpecification(const std::string& path) {
-  const Ref<IXMLDOMDocument> document = LoadDocument(path);
-  Ref<IXMLDOMNode> root;
-  document->selectSingleNode(Bstr(L"DataMaps").Get(), root.Receive());
+  const RefPtr<IXMLDOMDocument> document = LoadDocument(path);
+  RefPtr<IXMLDOMNode> root;
+  document->selectSingleNode(UniqueBstr::Make(L"DataMaps").Get(), root.Receive());
   if (!root) ThrowUnreadable(path, "the root element is not DataMaps");
 
   std::vector<DataMap> maps;
-  Ref<IXMLDOMNode> child;
+  RefPtr<IXMLDOMNode> child;
   root->get_firstChild(child.Receive());
   while (child) {
     DOMNodeType type = NODE_INVALID;
@@ -90,7 +90,7 @@ std::vector<DataMap> LoadSpecification(const std::string& path) {
     if (type == NODE_ELEMENT) {
       maps.push_back(ReadDataMap(child.Get(), static_cast<int>(maps.size()) + 1));
     }
-    Ref<IXMLDOMNode> next;
+    RefPtr<IXMLDOMNode> next;
     child->get_nextSibling(next.Receive());
     child = std::move(next);
   }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "corvane/data_map_spec.h"
-#include "tools/output/handles.h"
+#include "corvane/handles.h"
 
 namespace Corvane::Tool {
 
@@ -15,7 +15,7 @@ namespace Corvane::Tool {
 struct DataMap {
   int number;            // from 1
   std::wstring element;  // its name as written
-  Ref<DataMapSpec> spec;
+  RefPtr<DataMapSpec> spec;
 };
 
 // At least one data map. The calling thread must hold COM. Throws Failure with kBadUsage, in one

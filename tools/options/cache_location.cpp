@@ -50,7 +50,7 @@ std::string TextOf(const CacheLocation& location) {
   return std::string(isRegistry ? kRegistryPrefix : kPrinterPrefix) + Utf8FromWide(location.name);
 }
 
-DWORD OpenPrinterOf(const CacheLocation& location, ACCESS_MASK access, PrinterHandle* printer) {
+DWORD OpenPrinterOf(const CacheLocation& location, ACCESS_MASK access, UniquePrinter* printer) {
   std::wstring name = location.name;
   PRINTER_DEFAULTSW defaults = {nullptr, nullptr, access};
   return OpenPrinterW(name.data(), printer->Receive(), &defaults) ? ERROR_SUCCESS : GetLastError();

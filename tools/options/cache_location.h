@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/output/handles.h"
+#include "corvane/handles.h"
 
 namespace Corvane::Tool {
 
@@ -27,7 +27,7 @@ std::string TextOf(const CacheLocation& location);
 constexpr wchar_t kPrinterDataKey[] = L"UBidiData";
 
 // ERROR_SUCCESS or a system error code; `access` is PRINTER_ACCESS_...
-DWORD OpenPrinterOf(const CacheLocation& location, ACCESS_MASK access, PrinterHandle* printer);
+DWORD OpenPrinterOf(const CacheLocation& location, ACCESS_MASK access, UniquePrinter* printer);
 
 // Throws Failure with kBadUsage.
 [[noreturn]] void RefusePrinter(const CacheLocation& location, DWORD error);

@@ -27,13 +27,13 @@ constexpr std::string_view kRecordedPrefix = "recorded:";
   throw Failure(kBadUsage, "device " + EscapeText(device) + ": " + text);
 }
 
-Ref<Address> OpenRecorded(const Options& options) {
+RefPtr<Address> OpenRecorded(const Options& options) {
   if (options.network.AnyGiven()) {
     RefuseDevice(options.device,
                  "--port, --tls, --cacert, --timeout and SNMP's are for devices on the network");
   }
   const std::string folder = options.device.substr(kRecordedPrefix.size());
-  Ref<Address> address(Host::CreateRecordedAddress(PathFromUtf8(folder)));
+  RefPtr<Address> address(Host::CreateRecordedAddress(PathFromUtf8(folder)));
   if (!address) RefuseDevice(options.device, "no such folder");
   return address;
 }
@@ -64,7 +64,7 @@ std::wstring LiteralOf(const std::string& device, const std::string& host,
   return WideFromUtf8(text);
 }
 
-Ref<Address> OpenOnNetwork(const Options& options) {
+RefPtr<Address> OpenOnNetwork(const Options& options) {
   Host::NetworkOptions network;
   network.host = WideFromUtf8(HostOf(options.device));
   const NetworkArguments& given = options.network;
@@ -85,14 +85,14 @@ Ref<Address> OpenOnNetwork(const Options& options) {
   // The library looks up no names; where it wants an IP literal, as of a printer, it has one.
   network.addressText =
       LiteralOf(options.device, Utf8FromWide(network.host), network.connectTimeoutMs);
-  Ref<Address> address(Host::CreateNetworkAddress(network));
+  RefPtr<Address> address(Host::CreateNetworkAddress(network));
   if (!address) RefuseDevice(options.device, "no such address");
   return address;
 }
 
 #else
 
-Ref<Address> OpenOnNetwork(const Options& options) {
+RefPtr<Address> OpenOnNetwork(const Options& options) {
   RefuseDevice(options.device, "this build reads recorded devices only; expected recorded:FOLDER");
 }
 
@@ -107,7 +107,7 @@ std::string LastFailureOf(Address& device) {
   return EscapeText(std::wstring_view(failure ? failure : L""));
 }
 
-Ref<Address> OpenDevice(const Options& options) {
+RefPtr<Address> OpenDevice(const Options& options) {
   return IsRecorded(options) ? OpenRecorded(options) : OpenOnNetwork(options);
 }
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "corvane/address.h"
+#include "corvane/handles.h"
 #include "tools/options/options.h"
-#include "tools/output/handles.h"
 
 namespace Corvane::Tool {
 
@@ -15,7 +15,7 @@ bool IsRecorded(const Options& options);
 // Throws Failure with kBadUsage for an address that is none, a folder that is none, and options
 // that the kind of device does not have. Exchanges nothing with the device; the name of one on the
 // network is looked up, and a name that is not known is an address that is none.
-Ref<Address> OpenDevice(const Options& options);
+RefPtr<Address> OpenDevice(const Options& options);
 
 // Why its last exchange failed, escaped; empty when none has.
 std::string LastFailureOf(Address& device);

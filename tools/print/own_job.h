@@ -8,9 +8,9 @@
 #include <string>
 
 #include "corvane/address.h"
+#include "corvane/handles.h"
 #include "tools/ipp/printer_uri.h"
 #include "tools/options/options.h"
-#include "tools/output/handles.h"
 
 namespace Corvane::Tool {
 
@@ -35,7 +35,7 @@ class OwnJob {
   const PrinterUri m_uri;
   const std::string m_user;
   const std::string m_name;
-  Ref<Address> m_address;
+  RefPtr<Address> m_address;
   std::optional<std::set<std::int32_t>> m_before;  // ids; none when the printer did not tell
 };
 

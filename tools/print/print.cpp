@@ -11,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "tools/ipp/ipp_values.h"
 #include "tools/ipp/printer_address.h"
@@ -18,7 +19,6 @@
 #include "tools/ipp/user_jobs.h"
 #include "tools/options/device.h"
 #include "tools/output/console.h"
-#include "tools/output/handles.h"
 #include "tools/output/text_escape.h"
 #include "tools/output/utf8.h"
 #include "tools/print/document.h"
@@ -37,7 +37,7 @@ constexpr std::size_t kMaxNameBytes = 255;  // RFC 8011, 5.1.3
 
 PrinterUri PrinterUriOf(const Options& options) {
   PrinterUri uri = ParsePrinterUri(options.printerUri);
-  if (uri.port && *uri.port != 631 && *uri.port != 443) {
+  if (uri.port && *uri.port != kIppPort && *uri.port != kIppsPort) {
     ThrowUsage("--uri " + options.printerUri +
                ": the port of a printer is 631 or 443; say --port " +
                std::to_string(uri.servicePort) + '=' + std::to_string(*uri.port));
@@ -83,19 +83,20 @@ void SetSides(const std::string& sides, IPPRequestBase& request) {
   request.SetPrintingSides(static_cast<std::int32_t>(chosen - std::begin(kSides)));
 }
 
-Ref<IPPProvider> OpenProvider(Address& address, const PrinterUri& uri,
-                              std::optional<std::uint32_t> timeoutMs) {
+RefPtr<IPPProvider> OpenProvider(Address& address, const PrinterUri& uri,
+                                 std::optional<std::uint32_t> timeoutMs) {
   const std::wstring text = WideFromUtf8(uri.text);
   SetLastError(0);
-  Ref<IPPProvider> provider(uri.IsSecure() ? CreateSecureIPPPrintProvider(&address, text.c_str(), 0)
-                                           : CreateIPPPrintProvider(&address, text.c_str()));
+  RefPtr<IPPProvider> provider(uri.IsSecure()
+                                   ? CreateSecureIPPPrintProvider(&address, text.c_str(), 0)
+                                   : CreateIPPPrintProvider(&address, text.c_str()));
   if (!provider) throw CreationFailure(GetLastError(), address);
   if (timeoutMs) provider->SetTimeouts(*timeoutMs, *timeoutMs, *timeoutMs);
   return provider;
 }
 
 std::string PrinterStateOf(IPPProvider& provider) {
-  Variant value;
+  UniqueVariant value;
   if (provider.GetValue("printer-state", value.Receive()) != S_OK || value.Get().vt != VT_BSTR) {
     return {};
   }
@@ -105,9 +106,9 @@ std::string PrinterStateOf(IPPProvider& provider) {
 }
 
 // Without the printer's URI, which the library tells by itself.
-Ref<IPPRequestBase> MakeRequest(const Options& options, const std::string& user,
-                                const std::string& jobName) {
-  Ref<IPPRequestBase> request(CreateIPPRequest());
+RefPtr<IPPRequestBase> MakeRequest(const Options& options, const std::string& user,
+                                   const std::string& jobName) {
+  RefPtr<IPPRequestBase> request(CreateIPPRequest());
   if (!request) throw std::bad_alloc();
   request->SetRequestingUserName(user.c_str());
   request->SetJobName(jobName.c_str());
@@ -139,7 +140,7 @@ SendingEnd EndOf(HRESULT result, bool isLast, IPPResponseBase& response, Address
 
 // The provider goes when it has ended, and with it a document that is not finished; not before the
 // printer knows of its cancellation, or it might print what it has.
-SendingEnd Send(Ref<IPPProvider> provider, IPPRequestBase& request, IPPResponseBase& response,
+SendingEnd Send(RefPtr<IPPProvider> provider, IPPRequestBase& request, IPPResponseBase& response,
                 Address& address, Document& document, const Beginning& beginning,
                 PrintWatch& watch) {
   std::string piece = beginning.bytes;
@@ -197,12 +198,12 @@ CommandResult PrintDocument(const Options& options) {
   Options reached = ReachPrinter(options, uri);
   Document document(options.print.file);
   const std::string jobName = JobNameOf(options, document);
-  const Ref<Address> address = OpenDevice(reached);
+  const RefPtr<Address> address = OpenDevice(reached);
   const Beginning beginning = ReadBeginning(document, options.print.chunked);
-  Ref<IPPProvider> provider = OpenProvider(*address.Get(), uri, reached.network.timeoutMs);
+  RefPtr<IPPProvider> provider = OpenProvider(*address.Get(), uri, reached.network.timeoutMs);
   OwnJob job(reached, uri, user, jobName);
-  const Ref<IPPRequestBase> request = MakeRequest(options, user, jobName);
-  const Ref<IPPResponseBase> response(CreateIPPResponse());
+  const RefPtr<IPPRequestBase> request = MakeRequest(options, user, jobName);
+  const RefPtr<IPPResponseBase> response(CreateIPPResponse());
   if (!response) throw std::bad_alloc();
 
   // Until here Ctrl-C ends the process: nothing has been sent.
