@@ -8,7 +8,7 @@
 #include <string>
 
 #include "corvane/platform.h"
-#include "platform/linux/dom/dom_document.h"
+#include "platform/linux/dom/dom_objects.h"
 #include "platform/linux/dom/tree/xml_reader.h"
 
 namespace {

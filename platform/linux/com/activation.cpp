@@ -1,7 +1,7 @@
 // Apartment count and activation. No registration: the one class is known at compile time.
 #include "corvane/linux/com.h"
 #include "corvane/linux/dom.h"
-#include "platform/linux/dom/dom_document.h"
+#include "platform/linux/dom/dom_objects.h"
 
 extern "C" {
 const IID IID_IUnknown = {

@@ -5,22 +5,33 @@
 #include <utility>
 
 #include "platform/linux/dom/com_object.h"
+#include "platform/linux/dom/tree/encoding.h"
 #include "platform/linux/dom/tree/xml_reader.h"
 
 namespace Corvane::Dom {
 
-class ParseError final : public ComObject<IXMLDOMParseError> {
+class ParseError final : public ComObject<IXMLDOMParseError, &IID_IXMLDOMParseError> {
  public:
   explicit ParseError(LoadFailure failure) : m_failure(std::move(failure)) {}
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
-  HRESULT STDMETHODCALLTYPE get_errorCode(LONG* code) override;
-  HRESULT STDMETHODCALLTYPE get_reason(BSTR* reason) override;
-  HRESULT STDMETHODCALLTYPE get_line(LONG* line) override;
-  HRESULT STDMETHODCALLTYPE get_linepos(LONG* linepos) override;
+  HRESULT STDMETHODCALLTYPE get_errorCode(LONG* code) override {
+    return Tell(m_failure.code, code);
+  }
+  HRESULT STDMETHODCALLTYPE get_reason(BSTR* reason) override {
+    return Give(reason,
+                [&] { return m_failure.code == S_OK ? nullptr : Utf8ToBstr(m_failure.reason); });
+  }
+  HRESULT STDMETHODCALLTYPE get_line(LONG* line) override { return Tell(m_failure.line, line); }
+  HRESULT STDMETHODCALLTYPE get_linepos(LONG* linepos) override {
+    return Tell(m_failure.column, linepos);
+  }
 
  private:
-  HRESULT Give(LONG value, LONG* out) const;
+  HRESULT Tell(LONG value, LONG* out) const {
+    if (out == nullptr) return E_INVALIDARG;
+    *out = value;
+    return m_failure.code == S_OK ? S_FALSE : S_OK;
+  }
 
   const LoadFailure m_failure;
 };

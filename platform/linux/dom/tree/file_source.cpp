@@ -7,12 +7,18 @@
 
 #include <cerrno>
 #include <charconv>
+#include <string>
 #include <system_error>
+#include <utility>
 
 #include "corvane/linux/dom.h"
+#include "platform/linux/dom/tree/encoding.h"
 
 namespace Corvane::Dom {
 namespace {
+
+constexpr std::size_t kMaxSourceBytes = 65'536;  // longer than any path that the system opens
+constexpr HRESULT kSourceNotFound = static_cast<HRESULT>(0x800C0006);  // INET_E_OBJECT_NOT_FOUND
 
 class FileHandle {
  public:
@@ -118,14 +124,25 @@ bool ReadRegularFile(const std::string& path, std::string* bytes, std::string* r
   return ReadAll(file.Get(), static_cast<std::size_t>(status.st_size), bytes, reason);
 }
 
-}  // namespace
-
 bool ReadFile(std::string_view source, std::string* bytes, std::string* reason) {
   const std::string path(StripScheme(source));
   bool missing;
   if (ReadRegularFile(path, bytes, reason, &missing)) return true;
   const std::string resolved = ResolveEscapes(path);
   return missing && resolved != path && ReadRegularFile(resolved, bytes, reason, &missing);
+}
+
+}  // namespace
+
+std::unique_ptr<Tree> ReadSource(std::wstring_view source, LoadFailure* failure) {
+  std::string path;
+  std::string bytes;
+  std::string reason = "The source is no path.";
+  if (!WideToUtf8(source, kMaxSourceBytes, &path) || !ReadFile(path, &bytes, &reason)) {
+    *failure = {kSourceNotFound, std::move(reason), 0, 0};
+    return nullptr;
+  }
+  return ReadBytes(bytes, failure);
 }
 
 }  // namespace Corvane::Dom

@@ -12,6 +12,7 @@
 #include "corvane/linux/dom.h"
 #include "platform/linux/dom/tree/encoding.h"
 #include "platform/linux/dom/tree/tree_builder.h"
+#include "platform/linux/misc/exception_wall.h"
 
 namespace Corvane::Dom {
 namespace {
@@ -87,9 +88,11 @@ class Reader {
   static void Handle(void* self, Action action) {
     auto& reader = *static_cast<Reader*>(self);
     if (reader.m_builder.Refusal() != nullptr) return;
-    try {
+    const LSTATUS error = BehindWall([&] {
       action(reader.m_builder);
-    } catch (const std::bad_alloc&) {
+      return ERROR_SUCCESS;
+    });
+    if (error != ERROR_SUCCESS) {
       reader.m_outOfMemory = true;
       reader.m_builder.Refuse("Out of memory.");
     }
@@ -186,6 +189,17 @@ std::unique_ptr<Tree> Read(std::string_view bytes, const char* encoding, LoadFai
 
 std::unique_ptr<Tree> ReadUtf8(std::string_view text, LoadFailure* failure) {
   return Read(text, "UTF-8", failure);
+}
+
+std::unique_ptr<Tree> ReadWide(std::wstring_view text, LoadFailure* failure) {
+  constexpr wchar_t kByteOrderMark = 0xFEFF;
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(1);
+  std::string utf8;
+  if (!WideToUtf8(text, Corvane::DomLimits::kMaxDocumentBytes, &utf8)) {
+    *failure = {E_FAIL, "The text is too large, or holds a character that is none.", 0, 0};
+    return nullptr;
+  }
+  return ReadUtf8(utf8, failure);
 }
 
 std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure) {

@@ -20,12 +20,13 @@ struct LoadFailure {
 };
 
 // The tree, or null and *failure filled in. A DOCTYPE is a failure, and no entity but the five of
-// XML is ever resolved.
-std::unique_ptr<Tree> ReadUtf8(std::string_view text,
-                               LoadFailure* failure);  // a declared encoding is ignored
-// As ReadUtf8, in UTF-16 when it begins with that byte order mark, else in the declared encoding:
-// UTF-8, ISO-8859-1, US-ASCII, windows-1252 or GBK. UTF-16 needs its mark, and may only be declared
-// as UTF-16 or UTF-8; the mark of UTF-8 changes nothing.
+// XML is ever resolved. The first two ignore a declared encoding; a byte order mark at the
+// beginning of wide text is left out.
+std::unique_ptr<Tree> ReadUtf8(std::string_view text, LoadFailure* failure);
+std::unique_ptr<Tree> ReadWide(std::wstring_view text, LoadFailure* failure);
+// In UTF-16 when it begins with that byte order mark, else in the declared encoding: UTF-8,
+// ISO-8859-1, US-ASCII, windows-1252 or GBK. UTF-16 needs its mark, and may only be declared as
+// UTF-16 or UTF-8; the mark of UTF-8 changes nothing.
 std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure);
 
 }  // namespace Corvane::Dom
