@@ -1,12 +1,9 @@
 // The file under the registry and the printer data (Linux): damage, permissions, full disks,
 // several processes and threads.
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -16,55 +13,24 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "corvane/handles.h"
 #include "platform/write_group.h"
+#include "tests/platform/store_fixture.h"
 #include "tests/support/test_printer.h"
-#include "tests/support/test_store.h"
 
+namespace Corvane::Test {
 namespace {
 
 namespace fs = std::filesystem;
-using Corvane::UniqueHkey;
-using Corvane::WriteGroup;
-
-constexpr const wchar_t* kPath = L"Software\\Corvane";
-constexpr DWORD kMebibyte = 1 << 20;
-
-LSTATUS Create(REGSAM access, HKEY* key) {
-  return RegCreateKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, nullptr, 0, access, nullptr, key, nullptr);
-}
-LSTATUS Open(REGSAM access, HKEY* key) {
-  return RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, access, key);
-}
-LSTATUS Set(HKEY key, const std::wstring& name, const std::string& data) {
-  return RegSetValueExW(key, name.c_str(), 0, REG_BINARY,
-                        reinterpret_cast<const BYTE*>(data.data()),
-                        static_cast<DWORD>(data.size()));
-}
-// "<code>" for a failure.
-std::string Get(HKEY key, const std::wstring& name) {
-  std::string data(kMebibyte, '\0');
-  DWORD size = kMebibyte;
-  const LSTATUS result = RegQueryValueExW(key, name.c_str(), nullptr, nullptr,
-                                          reinterpret_cast<BYTE*>(data.data()), &size);
-  if (result != ERROR_SUCCESS) return "<" + std::to_string(result) + ">";
-  return data.substr(0, size);
-}
-
-// Through a handle of its own.
-std::string Value(const std::wstring& name) {
-  UniqueHkey key;
-  const LSTATUS result = Open(KEY_READ, key.Receive());
-  return result == ERROR_SUCCESS ? Get(key.Get(), name) : "<" + std::to_string(result) + ">";
-}
 
 std::string ReadFile(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(stream), {});
+  std::ostringstream content;
+  content << std::ifstream(file, std::ios::binary).rdbuf();
+  return content.str();
 }
 
 mode_t ModeOf(const fs::path& file) {
@@ -73,48 +39,24 @@ mode_t ModeOf(const fs::path& file) {
   return status.st_mode & 0777;
 }
 
-// The exit status of a child that runs `work`, as a user without privileges if so wanted.
-enum class User { kSame, kNobody };
-pid_t Start(const std::function<int()>& work, User user = User::kSame) {
-  const pid_t child = fork();
-  if (child != 0) return child;
-  constexpr unsigned kNobody = 65534;
-  if (user == User::kNobody && geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) {
-    _exit(99);
-  }
-  _exit(work());
+// A store with the value "v" = "old", nothing open.
+void MakeStore() {
+  UniqueHkey key;
+  ASSERT_EQ(ERROR_SUCCESS, Create(KEY_ALL_ACCESS, key.Receive()));
+  ASSERT_EQ(ERROR_SUCCESS, Set(key.Get(), L"v", "old"));
 }
-int Wait(pid_t child) {
-  int status = -1;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+// The same with all of it in the file itself: that much written copies the log.
+void MakeStoreWithoutLog(const std::string& file) {
+  MakeStore();
+  UniqueHkey key;
+  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
+  for (const wchar_t* name : {L"large", L"larger"}) {
+    ASSERT_EQ(ERROR_SUCCESS, Set(key.Get(), name, std::string(kMebibyte, 'x')));
+  }
+  key.Reset();
+  fs::remove(file + "-wal");
+  fs::remove(file + "-shm");
 }
-
-class StoreTest : public testing::Test {
- protected:
-  // A store with the value "v" = "old", nothing open.
-  void MakeStore() {
-    UniqueHkey key;
-    ASSERT_EQ(ERROR_SUCCESS, Create(KEY_ALL_ACCESS, key.Receive()));
-    ASSERT_EQ(ERROR_SUCCESS, Set(key.Get(), L"v", "old"));
-  }
-  // The same with all of it in the file itself: that much written copies the log.
-  void MakeStoreWithoutLog() {
-    MakeStore();
-    UniqueHkey key;
-    ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
-    for (const wchar_t* name : {L"large", L"larger"}) {
-      ASSERT_EQ(ERROR_SUCCESS, Set(key.Get(), name, std::string(kMebibyte, 'x')));
-    }
-    key.Reset();
-    fs::remove(File() + "-wal");
-    fs::remove(File() + "-shm");
-  }
-  std::string File() const { return m_store.File().string(); }
-
- private:
-  Corvane::Test::TestStore m_store;
-};
 
 TEST_F(StoreTest, IsMadeByTheFirstWriteForItsOwnerAlone) {
   HKEY none = nullptr;
@@ -123,17 +65,17 @@ TEST_F(StoreTest, IsMadeByTheFirstWriteForItsOwnerAlone) {
   DWORD chars = 8;
   EXPECT_EQ(ERROR_NO_MORE_ITEMS,
             RegEnumKeyExW(HKEY_LOCAL_MACHINE, 0, name, &chars, nullptr, nullptr, nullptr, nullptr));
-  EXPECT_FALSE(fs::exists(fs::path(File()).parent_path()));
+  EXPECT_FALSE(fs::exists(Folder()));
   const mode_t mask = umask(0);
   MakeStore();
   umask(mask);
-  EXPECT_EQ(0700u, ModeOf(fs::path(File()).parent_path()));
+  EXPECT_EQ(0700u, ModeOf(Folder()));
   for (const char* part : {"", "-wal", "-shm"}) EXPECT_EQ(0600u, ModeOf(File() + part)) << part;
-  EXPECT_EQ(3, std::distance(fs::directory_iterator(fs::path(File()).parent_path()), {}));
+  EXPECT_EQ(3, std::distance(fs::directory_iterator(Folder()), {}));
 }
 
 TEST_F(StoreTest, LiesWhereTheEnvironmentSays) {
-  const Corvane::Test::TempFolder folder;
+  const TempFolder folder;
   const std::string root = folder.Path().string();
   const auto made = [](const char* state, const char* home, const fs::path& expected) {
     return Wait(Start([&] {
@@ -153,7 +95,7 @@ TEST_F(StoreTest, LiesWhereTheEnvironmentSays) {
 }
 
 TEST_F(StoreTest, RefusesAndKeepsOtherFiles) {
-  MakeStoreWithoutLog();
+  MakeStoreWithoutLog(File());
   const std::string good = ReadFile(File());
   const auto patched = [&good](std::size_t offset, const std::string& bytes) {
     return std::string(good).replace(offset, bytes.size(), bytes);
@@ -170,7 +112,7 @@ TEST_F(StoreTest, RefusesAndKeepsOtherFiles) {
       {"no database", std::string(9000, 'x'), ERROR_NOT_REGISTRY_FILE},
       {"empty", "", ERROR_NOT_REGISTRY_FILE},
       {"another program's", patched(kApplicationId, "MINE"), ERROR_NOT_REGISTRY_FILE},
-      {"of a newer version", patched(kUserVersion, std::string("\0\0\0\2", 4)),
+      {"of a newer version", patched(kUserVersion, std::string("\0\0\0\3", 4)),
        ERROR_NOT_REGISTRY_FILE},
       {"damaged tables", patched(kRootPage, std::string(kPage - kRootPage, '\xFF')),
        ERROR_REGISTRY_CORRUPT},
@@ -216,17 +158,16 @@ int ReadOnlyUse() {
 }
 
 TEST_F(StoreTest, IsReadWhereItCannotBeWritten) {
-  const fs::path folder = fs::path(File()).parent_path();
   for (const bool withLog : {true, false}) {
     if (withLog) {
       MakeStore();
     } else {
-      MakeStoreWithoutLog();
+      MakeStoreWithoutLog(File());
     }
-    for (const auto& file : fs::directory_iterator(folder)) chmod(file.path().c_str(), 0444);
-    chmod(folder.c_str(), 0555);
+    for (const auto& file : fs::directory_iterator(Folder())) chmod(file.path().c_str(), 0444);
+    chmod(Folder().c_str(), 0555);
     EXPECT_EQ(0, Wait(Start(&ReadOnlyUse, User::kNobody))) << "log: " << withLog;
-    chmod(folder.c_str(), 0700);
+    chmod(Folder().c_str(), 0700);
     chmod(File().c_str(), 0600);
   }
   chmod(File().c_str(), 0);
@@ -300,7 +241,7 @@ TEST_F(StoreTest, KeepsAGroupAsAWhole) {
 }
 
 TEST_F(StoreTest, GroupsPrinterData) {
-  const Corvane::Test::TestPrinter printer;
+  const TestPrinter printer;
   const auto set = [&](const wchar_t* key, BYTE data) {
     return SetPrinterDataExW(printer.Handle(), key, L"v", REG_BINARY, &data, 1);
   };
@@ -319,39 +260,6 @@ TEST_F(StoreTest, GroupsPrinterData) {
   for (const wchar_t* key : {L"a", L"b", L"a\\sub"}) EXPECT_EQ(0u, set(key, 2));
   EXPECT_EQ(ERROR_SUCCESS, group.Commit());
   for (const wchar_t* key : {L"a", L"b", L"a\\sub"}) EXPECT_EQ(2, get(key));
-}
-
-// They make the store together, too.
-TEST_F(StoreTest, SeveralProcessesLoseNothing) {
-  constexpr int kProcesses = 4;
-  constexpr int kValues = 100;
-  int gate[2];
-  ASSERT_EQ(0, pipe(gate));
-  std::vector<pid_t> children;
-  for (int process = 0; process < kProcesses; ++process) {
-    children.push_back(Start([&] {
-      close(gate[1]);
-      char byte = 0;
-      if (read(gate[0], &byte, 1) != 0) return 1;
-      for (int i = 0; i < kValues; ++i) {
-        UniqueHkey key;
-        const std::wstring name = std::to_wstring(process) + L"." + std::to_wstring(i);
-        if (Create(KEY_ALL_ACCESS, key.Receive()) != ERROR_SUCCESS) return 2;
-        if (Set(key.Get(), name, "new") != ERROR_SUCCESS) return 3;
-      }
-      return 0;
-    }));
-  }
-  close(gate[0]);
-  close(gate[1]);
-  for (const pid_t child : children) EXPECT_EQ(0, Wait(child));
-  UniqueHkey key;
-  ASSERT_EQ(ERROR_SUCCESS, Open(KEY_READ, key.Receive()));
-  DWORD values = 0;
-  EXPECT_EQ(ERROR_SUCCESS, RegQueryInfoKeyW(key.Get(), nullptr, nullptr, nullptr, nullptr, nullptr,
-                                            nullptr, &values, nullptr, nullptr, nullptr, nullptr));
-  EXPECT_EQ(DWORD{kProcesses * kValues}, values);
-  EXPECT_EQ(3, std::distance(fs::directory_iterator(fs::path(File()).parent_path()), {}));
 }
 
 TEST_F(StoreTest, WaitsForAnotherWriterOnlySoLong) {
@@ -447,7 +355,7 @@ TEST_F(StoreTest, ForksWhileThreadsWriteGroups) {
   }
   for (int i = 0; i < 10; ++i) {
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(0, Wait(Start([] { return 0; })));
+    EXPECT_EQ(0, Wait(Start([] { return Value(L"v") == "old" ? 0 : 1; })));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
   }
   stop = true;
@@ -458,7 +366,7 @@ TEST_F(StoreTest, KeysStayInTheirStore) {
   MakeStore();
   UniqueHkey key;
   ASSERT_EQ(ERROR_SUCCESS, Open(KEY_ALL_ACCESS, key.Receive()));
-  const Corvane::Test::TestStore other;
+  const TestStore other;
   MakeStore();
   UniqueHkey below;
   EXPECT_EQ(ERROR_KEY_DELETED, RegOpenKeyExW(key.Get(), L"", 0, KEY_READ, below.Receive()));
@@ -500,7 +408,7 @@ TEST_F(StoreTest, NoticesWhatBecameOfTheFileSinceItsLastUse) {
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.name);
-    const Corvane::Test::TestStore store;
+    const TestStore store;
     MakeStore();
     ASSERT_EQ("old", Value(L"v"));
     c.action(store.File());
@@ -568,15 +476,20 @@ TEST_F(StoreTest, TakesDataUpToTheEndOfMemoryAndOfItsLimit) {
   void* pages = mmap(nullptr, 3 * kPage, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   ASSERT_NE(MAP_FAILED, pages);
   mprotect(static_cast<BYTE*>(pages) + 2 * kPage, kPage, PROT_NONE);
-  const BYTE* begin = static_cast<const BYTE*>(pages);
-  const auto set = [&](DWORD offset, DWORD size) {
-    return RegSetValueExW(key.Get(), L"w", 0, REG_BINARY, begin + offset, size);
-  };
-  EXPECT_EQ(ERROR_SUCCESS, set(0, 2 * kPage));
-  EXPECT_EQ(ERROR_SUCCESS, set(2 * kPage - 1, 1));
-  EXPECT_EQ(ERROR_NOACCESS, set(2 * kPage - 1, 2));
-  EXPECT_EQ(ERROR_NOACCESS, set(1, 2 * kPage));
-  EXPECT_EQ(ERROR_NOACCESS, set(2 * kPage, 1));
+  const struct {
+    DWORD offset;
+    DWORD size;
+    LSTATUS expected;
+  } kCases[] = {{0, 2 * kPage, ERROR_SUCCESS},
+                {2 * kPage - 1, 1, ERROR_SUCCESS},
+                {2 * kPage - 1, 2, ERROR_NOACCESS},
+                {1, 2 * kPage, ERROR_NOACCESS},
+                {2 * kPage, 1, ERROR_NOACCESS}};
+  for (const auto& c : kCases) {
+    EXPECT_EQ(c.expected, RegSetValueExW(key.Get(), L"w", 0, REG_BINARY,
+                                         static_cast<const BYTE*>(pages) + c.offset, c.size))
+        << c.offset << " " << c.size;
+  }
   munmap(pages, 3 * kPage);
   EXPECT_EQ(ERROR_SUCCESS, Set(key.Get(), L"w", std::string(kMebibyte, 'x')));
   EXPECT_EQ(ERROR_NO_SYSTEM_RESOURCES, Set(key.Get(), L"w", std::string(kMebibyte + 1, 'y')));
@@ -584,3 +497,4 @@ TEST_F(StoreTest, TakesDataUpToTheEndOfMemoryAndOfItsLimit) {
 }
 
 }  // namespace
+}  // namespace Corvane::Test

@@ -1,6 +1,8 @@
 // The registry below HKEY_LOCAL_MACHINE, kept in one SQLite file that processes may share: the one
 // that the environment variable CORVANE_STORE names, else $XDG_STATE_HOME/corvane/store.db, else
-// ~/.local/state/corvane/store.db. docs/store.md says more.
+// ~/.local/state/corvane/store.db. docs/store.md says more. A file of an earlier version of the
+// library is read as it is; the first write to it makes it one of this version, which the earlier
+// library refuses.
 //
 // Names fold case and keep the one they were made with. "\" separates the names of a path; several
 // in a row and trailing ones count as one. Sizes of data are bytes, of names wide characters (here

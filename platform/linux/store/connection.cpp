@@ -106,7 +106,7 @@ LSTATUS Connection::BeginWrite(OpenMode mode, std::optional<Access>* access) {
 LSTATUS Connection::BeginWriteLocked(bool lastTry) {
   if (m_group == Group::kFailed) return m_groupFailure;
   if (m_group == Group::kOpen) return ERROR_SUCCESS;
-  const LSTATUS result = m_database->BeginImmediate();
+  const LSTATUS result = m_database->BeginWrite();
   if (result == ERROR_SUCCESS) {
     ++m_transaction;
     if (m_group == Group::kArmed) m_group = Group::kOpen;

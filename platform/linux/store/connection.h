@@ -53,7 +53,7 @@ class Connection {
     if (result != ERROR_SUCCESS) return result;
     // Within a group its own transaction is the state.
     const bool begun = !m_database->InTransaction();
-    if (begun) result = m_database->Run(kBegin);
+    if (begun) result = m_database->BeginRead();
     if (result == ERROR_SUCCESS) result = BehindWall([&] { return work(*m_database); });
     if (begun) EndReadLocked();
     return result;

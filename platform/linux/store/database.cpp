@@ -24,7 +24,8 @@ constexpr int kBusyTimeoutMs = 5000;
 // file first reads it through; large enough that few commits wait for the disk.
 constexpr int kCheckpointPages = 256;
 
-constexpr char kBeginImmediate[] = "BEGIN IMMEDIATE";
+constexpr char kApplicationIdMark[] = "PRAGMA application_id";
+constexpr char kVersionMark[] = "PRAGMA user_version";
 
 constexpr int kReadWrite = SQLITE_OPEN_READWRITE;
 
@@ -36,7 +37,7 @@ LSTATUS Fill(const std::string& path) {
   int result = OpenSqlite(path.c_str(), &sqlite, kFlags);
   if (result == SQLITE_OK) {
     sqlite3_extended_result_codes(sqlite, 1);
-    result = sqlite3_exec(sqlite, kCreateSchema, nullptr, nullptr, nullptr);
+    result = CreateStore(sqlite);
   }
   const LSTATUS code = FromSqlite(result, sqlite);
   sqlite3_close(sqlite);
@@ -159,27 +160,28 @@ LSTATUS Database::Configure() {
   sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
   const LSTATUS result = CheckVersion();
   if (result != ERROR_SUCCESS) return result;
-  return FromSqlite(
-      sqlite3_exec(m_sqlite, "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr), m_sqlite);
+  return Run("PRAGMA synchronous = NORMAL");
 }
 
 LSTATUS Database::CheckVersion() {
-  const struct {
-    const char* pragma;
-    std::int64_t expected;
-  } kMarks[] = {{"PRAGMA application_id", kApplicationId}, {"PRAGMA user_version", kSchemaVersion}};
-  for (const auto& mark : kMarks) {
-    sqlite3_stmt* statement = nullptr;
-    errno = 0;
-    int result = sqlite3_prepare_v2(m_sqlite, mark.pragma, -1, &statement, nullptr);
-    if (result == SQLITE_OK) result = sqlite3_step(statement);
-    const bool same = result == SQLITE_ROW && sqlite3_column_int64(statement, 0) == mark.expected;
-    const LSTATUS code = FromSqlite(result, m_sqlite);
-    sqlite3_finalize(statement);
-    if (code != ERROR_SUCCESS) return code;
-    if (!same) return ERROR_NOT_REGISTRY_FILE;
+  std::int64_t application = 0;
+  LSTATUS result = ReadMark(kApplicationIdMark, &application);
+  std::int64_t version = 0;
+  if (result == ERROR_SUCCESS) result = ReadMark(kVersionMark, &version);
+  if (result != ERROR_SUCCESS) return result;
+  m_isOld = version == kOldVersion;
+  if (application != kApplicationId || !(m_isOld || version == kSchemaVersion)) {
+    return ERROR_NOT_REGISTRY_FILE;
   }
-  return ERROR_SUCCESS;
+  errno = 0;
+  return m_isOld ? FromSqlite(ShowOldVersion(m_sqlite), m_sqlite) : LSTATUS{ERROR_SUCCESS};
+}
+
+LSTATUS Database::ReadMark(Sql pragma, std::int64_t* mark) {
+  Query query(*this, pragma);
+  const LSTATUS result = query.Step();
+  if (result == ERROR_SUCCESS) *mark = query.Integer(0);
+  return result;
 }
 
 void Database::Close() {
@@ -202,11 +204,31 @@ LSTATUS Database::Run(Sql sql) {
   return result == ERROR_NO_MORE_ITEMS ? LSTATUS{ERROR_SUCCESS} : result;
 }
 
-LSTATUS Database::BeginImmediate() {
+LSTATUS Database::BeginRead() { return Begin("BEGIN", false); }
+
+LSTATUS Database::BeginWrite() {
   sqlite3_busy_timeout(m_sqlite, 0);
-  const LSTATUS result = Run(kBeginImmediate);
+  const LSTATUS result = Begin("BEGIN IMMEDIATE", true);
   sqlite3_busy_timeout(m_sqlite, kBusyTimeoutMs);
   return result;
+}
+
+LSTATUS Database::Begin(Sql begin, bool toWrite) {
+  LSTATUS result = Run(begin);
+  if (result != ERROR_SUCCESS || !m_isOld) return result;
+  std::int64_t version = 0;
+  result = ReadMark(kVersionMark, &version);
+  if (result == ERROR_SUCCESS && version == kOldVersion) {
+    if (!toWrite) return ERROR_SUCCESS;
+    errno = 0;
+    result = FromSqlite(Migrate(m_sqlite), m_sqlite);
+  }
+  if (result == ERROR_SUCCESS) result = Run(kCommit);
+  if (InTransaction()) Run(kRollback);
+  if (result == ERROR_SUCCESS) result = FromSqlite(HideOldVersion(m_sqlite), m_sqlite);
+  if (result != ERROR_SUCCESS) return result;
+  m_isOld = false;
+  return Run(begin);
 }
 
 LSTATUS Database::Prepare(Sql sql, sqlite3_stmt** statement) {

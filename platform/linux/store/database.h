@@ -20,7 +20,6 @@ namespace Corvane::Store {
 // A statement: a constant, which is prepared when it is first needed.
 using Sql = const char*;
 
-inline constexpr char kBegin[] = "BEGIN";
 inline constexpr char kCommit[] = "COMMIT";
 inline constexpr char kRollback[] = "ROLLBACK";
 
@@ -64,8 +63,9 @@ class Database {
 
   // A statement without parameters and rows.
   LSTATUS Run(Sql sql);
-  // ERROR_BUSY at once while another writes.
-  LSTATUS BeginImmediate();
+  LSTATUS BeginRead();
+  // ERROR_BUSY at once while another writes. A file of the old version becomes one of this before.
+  LSTATUS BeginWrite();
 
  private:
   friend class Query;
@@ -75,10 +75,13 @@ class Database {
   LSTATUS Connect(const char* name, int flags);
   LSTATUS Configure();
   LSTATUS CheckVersion();
+  LSTATUS ReadMark(Sql pragma, std::int64_t* mark);
+  LSTATUS Begin(Sql begin, bool toWrite);
   LSTATUS Prepare(Sql sql, sqlite3_stmt** statement);
 
   sqlite3* m_sqlite = nullptr;
   unsigned m_generation = 0;
+  bool m_isOld = false;  // shown through views, at least when it was last looked at
   std::string m_path;
   std::vector<std::int64_t> m_asLeft;
   std::vector<std::pair<Sql, sqlite3_stmt*>> m_statements;

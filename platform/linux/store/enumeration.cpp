@@ -11,11 +11,11 @@ namespace Corvane::Store {
 namespace {
 
 constexpr char kListSubkeys[] =
-    "SELECT folded, name, written, '' FROM node WHERE parent = ? AND folded >= ? ORDER BY folded";
+    "SELECT folded, name, written, '' FROM node2 WHERE parent = ? AND folded >= ? ORDER BY folded";
 constexpr char kSkipToSubkey[] =
-    "SELECT folded FROM node WHERE parent = ? ORDER BY folded LIMIT 1 OFFSET ?";
+    "SELECT folded FROM node2 WHERE parent = ? ORDER BY folded LIMIT 1 OFFSET ?";
 constexpr char kSkipToValue[] =
-    "SELECT folded FROM value WHERE node = ? ORDER BY folded LIMIT 1 OFFSET ?";
+    "SELECT folded FROM value2 WHERE node = ? ORDER BY folded LIMIT 1 OFFSET ?";
 
 // Who only wants the first item, to delete it, does not pay for many after the first time.
 constexpr std::size_t kFirstRowsAfterWrite = 16;

@@ -1,35 +1,16 @@
 #include "platform/linux/store/names.h"
 
-#include <locale.h>
-#include <wctype.h>
-
 #include <algorithm>
 #include <cwchar>
+
+#include "base/letter_case.h"
 
 namespace Corvane::Store {
 namespace {
 
 constexpr char32_t kLastCharacter = 0x10FFFF;
 
-wchar_t UpperAscii(wchar_t c) {
-  return c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - L'a' + L'A') : c;
-}
-
-// One character for one, whatever the process's locale. Where the system has no C.UTF-8, the case
-// of ASCII alone folds.
-wchar_t Upper(wchar_t c) {
-  if (c < 0x80) return UpperAscii(c);
-  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  if (locale == nullptr) return c;
-  const auto upper = static_cast<wchar_t>(towupper_l(static_cast<wint_t>(c), locale));
-  // As on Windows no other character folds into ASCII, and a variant of a letter (final sigma, a
-  // symbol) is not its case.
-  const bool isCase = static_cast<wchar_t>(towlower_l(static_cast<wint_t>(upper), locale)) == c;
-  return upper < 0x80 || !isCase ? c : upper;
-}
-
-void AppendUtf8(wchar_t wide, std::string* text) {
-  const auto c = static_cast<char32_t>(wide);
+void AppendUtf8(char32_t c, std::string* text) {
   const auto rest = [&](int shift) {
     text->push_back(static_cast<char>(0x80 | ((c >> shift) & 0x3F)));
   };
@@ -59,16 +40,24 @@ bool MakeName(std::wstring_view wide, Name* name) {
   std::size_t ascii = 0;
   for (; ascii < wide.size() && static_cast<char32_t>(wide[ascii]) < 0x80; ++ascii) {
     name->text[ascii] = static_cast<char>(wide[ascii]);
-    name->folded[ascii] = static_cast<char>(UpperAscii(wide[ascii]));
+    name->folded[ascii] = LowerAscii(name->text[ascii]);
   }
   name->text.resize(ascii);
   name->folded.resize(ascii);
-  for (const wchar_t c : wide.substr(ascii)) {
-    if (static_cast<char32_t>(c) > kLastCharacter) return false;
+  for (const wchar_t unit : wide.substr(ascii)) {
+    const auto c = static_cast<char32_t>(unit);
+    if (c > kLastCharacter) return false;
     AppendUtf8(c, &name->text);
-    AppendUtf8(Upper(c), &name->folded);
+    AppendUtf8(FoldCase(c), &name->folded);
   }
   return true;
+}
+
+std::string FoldedText(std::string_view text) {
+  std::wstring wide;
+  AppendWide(text, &wide);
+  Name name;
+  return MakeName(wide, &name) ? name.folded : std::string(text);
 }
 
 void AppendWide(std::string_view text, std::wstring* wide) {

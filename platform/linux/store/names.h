@@ -28,6 +28,9 @@ bool MakeName(std::wstring_view wide, Name* name);
 // Appends what MakeName made `text` from.
 void AppendWide(std::string_view text, std::wstring* wide);
 
+// `folded` to what is, or should be, a `text`.
+std::string FoldedText(std::string_view text);
+
 // The names between the "\"s of `path`, of which several in a row or at the end count as one.
 // ERROR_BAD_PATHNAME when one is at the beginning; ERROR_INVALID_PARAMETER when the path or a name
 // is too long or has a character that is none.

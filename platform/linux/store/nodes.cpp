@@ -6,23 +6,26 @@
 namespace Corvane::Store {
 namespace {
 
-constexpr char kFindNode[] = "SELECT id FROM node WHERE parent = ? AND folded = ?";
-constexpr char kNodeExists[] = "SELECT 1 FROM node WHERE id = ?";
-constexpr char kNodeWritten[] = "SELECT written FROM node WHERE id = ?";
+// In a file of the old version several may be found.
+constexpr char kFindNode[] =
+    "SELECT id FROM node2 WHERE parent = ? AND folded = ? "
+    "ORDER BY name = ? DESC, written DESC, id DESC";
+constexpr char kNodeExists[] = "SELECT 1 FROM node2 WHERE id = ?";
+constexpr char kNodeWritten[] = "SELECT written FROM node2 WHERE id = ?";
 constexpr char kAddNode[] =
-    "INSERT INTO node(parent, folded, name, written) VALUES(?, ?, ?, ?) RETURNING id";
-constexpr char kTouchNode[] = "UPDATE node SET written = ? WHERE id = ?";
-constexpr char kDeleteNode[] = "DELETE FROM node WHERE id = ?";
-constexpr char kDeleteValues[] = "DELETE FROM value WHERE node = ?";
-constexpr char kHasSubkeys[] = "SELECT 1 FROM node WHERE parent = ? LIMIT 1";
+    "INSERT INTO node2(parent, folded, name, written) VALUES(?, ?, ?, ?) RETURNING id";
+constexpr char kTouchNode[] = "UPDATE node2 SET written = ? WHERE id = ?";
+constexpr char kDeleteNode[] = "DELETE FROM node2 WHERE id = ?";
+constexpr char kDeleteValues[] = "DELETE FROM value2 WHERE node = ?";
+constexpr char kHasSubkeys[] = "SELECT 1 FROM node2 WHERE parent = ? LIMIT 1";
 constexpr char kSubkeyInfo[] =
-    "SELECT count(*), coalesce(max(length(name)), 0) FROM node WHERE parent = ?";
+    "SELECT count(*), coalesce(max(length(name)), 0) FROM node2 WHERE parent = ?";
 constexpr char kValueInfo[] =
-    "SELECT count(*), coalesce(max(length(name)), 0), coalesce(max(length(data)), 0) FROM value "
+    "SELECT count(*), coalesce(max(length(name)), 0), coalesce(max(length(data)), 0) FROM value2 "
     "WHERE node = ?";
 constexpr char kValueTotals[] =
     "SELECT count(*), coalesce(sum(length(name)), 0), coalesce(sum((length(data) + 7) & ~7), 0) "
-    "FROM value WHERE node = ?";
+    "FROM value2 WHERE node = ?";
 constexpr char kDataVersion[] = "PRAGMA data_version";
 
 std::int64_t Now() {
@@ -36,7 +39,7 @@ std::int64_t Now() {
 // ERROR_NO_MORE_ITEMS when there is none.
 LSTATUS FindChild(Database& database, std::int64_t parent, const Name& name, std::int64_t* child) {
   Query query(database, kFindNode);
-  query.Bind(parent).Bind(name.folded);
+  query.Bind(parent).Bind(name.folded).Bind(name.text);
   const LSTATUS result = query.Step();
   if (result == ERROR_SUCCESS) *child = query.Integer(0);
   return result;

@@ -11,12 +11,14 @@ namespace {
 // What a runaway writer can put into the file, and a reader must hold, at a time.
 constexpr std::size_t kMaxDataBytes = std::size_t{1} << 20;
 
-constexpr char kFindValue[] = "SELECT type, data FROM value WHERE node = ? AND folded = ?";
+// In a file of the old version several may be found.
+constexpr char kFindValue[] =
+    "SELECT type, data FROM value2 WHERE node = ? AND folded = ? ORDER BY name = ? DESC";
 constexpr char kSetValue[] =
-    "INSERT INTO value(node, folded, name, type, data) VALUES(?, ?, ?, ?, ?) ON CONFLICT DO "
+    "INSERT INTO value2(node, folded, name, type, data) VALUES(?, ?, ?, ?, ?) ON CONFLICT DO "
     "UPDATE SET type = excluded.type, data = excluded.data "
     "WHERE type <> excluded.type OR data <> excluded.data";
-constexpr char kDeleteValue[] = "DELETE FROM value WHERE node = ? AND folded = ?";
+constexpr char kDeleteValue[] = "DELETE FROM value2 WHERE node = ? AND folded = ?";
 
 }  // namespace
 
@@ -36,7 +38,7 @@ LSTATUS SetValue(Database& database, std::int64_t node, const Name& name, const 
 
 LSTATUS GetValue(Database& database, std::int64_t node, const Name& name, const Buffer& buffer) {
   Query query(database, kFindValue);
-  const LSTATUS result = query.Bind(node).Bind(name.folded).Step();
+  const LSTATUS result = query.Bind(node).Bind(name.folded).Bind(name.text).Step();
   if (result == ERROR_NO_MORE_ITEMS) return ERROR_FILE_NOT_FOUND;
   if (result != ERROR_SUCCESS) return result;
   const std::string_view data = query.Bytes(1);
