@@ -1,4 +1,3 @@
 # The library, its headers and the tool.
-include(GNUInstallDirs)
 install(TARGETS corvane corvane_tool)
 install(DIRECTORY include/corvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
