@@ -1,7 +1,10 @@
 // "corvane jobs" against a real IPP printer, and against devices that lie (Linux).
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -11,6 +14,7 @@
 #include "tests/tools/tool_run.h"
 #include "tools/ipp/ipp_exchange.h"
 #include "tools/options/device.h"
+#include "tools/output/console.h"
 
 namespace Corvane::Test {
 namespace {
@@ -206,6 +210,26 @@ TEST(JobsOfLyingPrinter, AreNoneWithoutAWholeAnswer) {
     EXPECT_TRUE(Contains(result.error, c.error)) << c.name << result.error;
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)) << c.name;
   }
+}
+
+// Jobs of a service or a container, whose environment names nobody, are the account's.
+TEST(LoginName, ComesFromTheEnvironmentElseFromTheAccounts) {
+  const passwd* const account = getpwuid(geteuid());
+  ASSERT_NE(nullptr, account);
+  const std::string accountName = account->pw_name;
+  const std::string before = std::getenv("USER") ? std::getenv("USER") : "";
+  const struct {
+    const char* user;
+    const char* logname;
+    std::string name;
+  } kCases[] = {{"ana", "ben", "ana"}, {"", "ben", "ben"}, {"", "", accountName}};
+  for (const auto& c : kCases) {
+    setenv("USER", c.user, 1);
+    setenv("LOGNAME", c.logname, 1);
+    EXPECT_EQ(c.name, Tool::LoginName());
+  }
+  setenv("USER", before.c_str(), 1);
+  unsetenv("LOGNAME");
 }
 
 }  // namespace

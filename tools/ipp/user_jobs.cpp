@@ -1,24 +1,15 @@
 #include "tools/ipp/user_jobs.h"
 
 #include <cstddef>
-#include <cstdlib>
 #include <iterator>
 
 #include "tools/ipp/ipp_exchange.h"
 #include "tools/ipp/ipp_values.h"
+#include "tools/output/console.h"
 #include "tools/output/failure.h"
 
 namespace Corvane::Tool {
 namespace {
-
-// The names of Linux and of Windows.
-std::string LoginName() {
-  for (const char* const variable : {"USER", "USERNAME"}) {
-    const char* const name = std::getenv(variable);
-    if (name && *name) return name;
-  }
-  return {};
-}
 
 // Nothing with *problem for a refusal, too.
 std::optional<IPPAnswer> AskPrinter(Address& address, const PrinterUri& uri,
@@ -59,7 +50,7 @@ bool IsEnding(const IPPGroup& job) {
 std::string RequestingUser(const std::string& user) {
   constexpr std::size_t kMaxUserBytes = 255;  // RFC 8011, 5.1.3
   std::string name = user.empty() ? LoginName() : user;
-  if (name.empty()) ThrowUsage("no login name in the environment: say --user NAME");
+  if (name.empty()) ThrowUsage("the system knows no name of yours: say --user NAME");
   if (name.size() > kMaxUserBytes) ThrowUsage("--user has more than 255 bytes");
   return name;
 }

@@ -1,13 +1,18 @@
-// The terminal: whether there is one, and its Ctrl-C.
+// Who runs the tool, and where: the user, the terminal and its Ctrl-C.
 #ifndef CORVANE_TOOLS_OUTPUT_CONSOLE_H_
 #define CORVANE_TOOLS_OUTPUT_CONSOLE_H_
 
 #include <chrono>
 #include <memory>
+#include <string>
 
 namespace Corvane::Tool {
 
 bool ErrorStreamIsTerminal();
+
+// The user's login name as UTF-8: of the environment (USER, LOGNAME; on Windows USERNAME), else as
+// the system's accounts have it; empty when neither knows one.
+std::string LoginName();
 
 // Takes Ctrl-C and requests to end (SIGINT, SIGTERM; on Windows the console's events) while it
 // lives: the first one is told by Wait, a second one ends the process at once, as the first does

@@ -1,7 +1,10 @@
 // For POSIX systems: the signals are blocked, and taken by the thread that waits; no handler runs.
+#include <pwd.h>
 #include <signal.h>
 #include <time.h>
 #include <unistd.h>
+
+#include <cstdlib>
 
 #include "tools/output/console.h"
 
@@ -13,6 +16,15 @@ struct Interruption::State {
 };
 
 bool ErrorStreamIsTerminal() { return isatty(STDERR_FILENO) == 1; }
+
+std::string LoginName() {
+  for (const char* const variable : {"USER", "LOGNAME"}) {
+    const char* const name = std::getenv(variable);
+    if (name && *name) return name;
+  }
+  const passwd* const account = getpwuid(geteuid());
+  return account && account->pw_name ? account->pw_name : "";
+}
 
 Interruption::Interruption() : m_state(std::make_unique<State>()) {
   sigemptyset(&m_state->taken);

@@ -1,10 +1,13 @@
 // For Windows, where the system calls a handler on a thread of its own.
 #include <io.h>
+#include <lmcons.h>
 
 #include <atomic>
+#include <cstdlib>
 
 #include "corvane/platform.h"
 #include "tools/output/console.h"
+#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -24,6 +27,13 @@ struct Interruption::State {
 };
 
 bool ErrorStreamIsTerminal() { return _isatty(2) != 0; }
+
+std::string LoginName() {
+  if (const wchar_t* const name = _wgetenv(L"USERNAME"); name && *name) return Utf8FromWide(name);
+  wchar_t account[UNLEN + 1];
+  DWORD chars = UNLEN + 1;
+  return GetUserNameW(account, &chars) ? Utf8FromWide(account) : "";
+}
 
 Interruption::Interruption() : m_state(std::make_unique<State>()) {
   m_state->event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
