@@ -21,7 +21,7 @@
 #include "tools/map/session.h"
 #include "tools/map/specification.h"
 #include "tools/options/device.h"
-#include "tools/options/options.h"
+#include "tools/options/command_line.h"
 #include "tools/output/failure.h"
 #include "tools/output/trace_printer.h"
 #include "tools/output/utf8.h"

@@ -1,4 +1,4 @@
-// The command line.
+// What the command line says.
 #ifndef CORVANE_TOOLS_OPTIONS_OPTIONS_H_
 #define CORVANE_TOOLS_OPTIONS_OPTIONS_H_
 
@@ -73,10 +73,6 @@ struct Options {
   bool json = false;
   bool trace = false;
 };
-
-// Nothing when the arguments asked for help or the version, which has been written to the output.
-// Throws Failure with kBadUsage.
-std::optional<Options> ParseOptions(int argc, const char* const* argv);
 
 }  // namespace Corvane::Tool
 

@@ -1,4 +1,4 @@
-#include "tools/options/options.h"
+#include "tools/options/command_line.h"
 
 #include <CLI/CLI.hpp>
 
