@@ -51,47 +51,37 @@ LSTATUS Grant(Connection& connection, OpenMode mode, REGSAM* access) {
   return result;
 }
 
-LSTATUS AddKey(std::shared_ptr<Connection> connection, std::int64_t node, REGSAM access,
-               HKEY* result) {
+// An open key and names below it.
+struct Target {
+  std::shared_ptr<RegistryKey> key;
+  std::vector<Name> path;
+};
+
+LSTATUS FindTarget(HKEY key, const wchar_t* path, Target* target) {
+  const LSTATUS code = RegistryKey::Find(key, 0, &target->key);
+  return code == ERROR_SUCCESS ? SplitPath(path, &target->path) : code;
+}
+
+// A key that is there is opened without writing, as it may be in a file that cannot be written.
+LSTATUS OpenKey(const Target& target, OpenMode mode, REGSAM access, HKEY* result, bool* made) {
+  auto connection = std::make_shared<Connection>();
+  connection->PinAs(*target.key->Way());
+  LSTATUS code = Grant(*connection, mode, &access);
+  if (code != ERROR_SUCCESS) return code;
+  std::int64_t node = 0;
+  code = connection->Read([&](Database& database) {
+    return FindNode(database, target.key->Node(), target.path, &node);
+  });
+  if (code == ERROR_FILE_NOT_FOUND && mode == OpenMode::kCreate) {
+    code = connection->Write(mode, [&](Database& database) {
+      return MakeNode(database, target.key->Node(), target.path, &node, made);
+    });
+  }
+  if (code != ERROR_SUCCESS) return code;
   connection->Pin();
   *result = static_cast<HKEY>(HandleTable::OfProcess().Add(
       std::make_shared<RegistryKey>(std::move(connection), node, access)));
   return ERROR_SUCCESS;
-}
-
-LSTATUS OpenKey(const RegistryKey& parent, const std::vector<Name>& path, REGSAM access,
-                HKEY* result) {
-  auto connection = std::make_shared<Connection>();
-  connection->PinAs(*parent.Way());
-  LSTATUS code = Grant(*connection, OpenMode::kExisting, &access);
-  if (code != ERROR_SUCCESS) return code;
-  std::int64_t node = 0;
-  code = connection->Read(
-      [&](Database& database) { return FindNode(database, parent.Node(), path, &node); });
-  if (code != ERROR_SUCCESS) return code;
-  return AddKey(std::move(connection), node, access, result);
-}
-
-// A key that is there is opened without writing, as it may be in a file that cannot be written.
-LSTATUS CreateKey(const RegistryKey& parent, const std::vector<Name>& path, REGSAM access,
-                  HKEY* result, DWORD* disposition) {
-  auto connection = std::make_shared<Connection>();
-  connection->PinAs(*parent.Way());
-  LSTATUS code = Grant(*connection, OpenMode::kCreate, &access);
-  if (code != ERROR_SUCCESS) return code;
-  std::int64_t node = 0;
-  bool made = false;
-  code = connection->Read(
-      [&](Database& database) { return FindNode(database, parent.Node(), path, &node); });
-  if (code == ERROR_FILE_NOT_FOUND) {
-    code = connection->Write(OpenMode::kCreate, [&](Database& database) {
-      return MakeNode(database, parent.Node(), path, &node, &made);
-    });
-  }
-  if (code != ERROR_SUCCESS) return code;
-  code = AddKey(std::move(connection), node, access, result);
-  SetIfWanted<DWORD>(disposition, made ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY);
-  return code;
 }
 
 }  // namespace
@@ -105,11 +95,13 @@ LSTATUS WINAPI RegCreateKeyExW(HKEY key, const wchar_t* path, DWORD reserved, wc
     if (reserved != 0 || result == nullptr) return ERROR_INVALID_PARAMETER;
     if (path == nullptr) return ERROR_BADKEY;
     if (options != REG_OPTION_NON_VOLATILE) return ERROR_NOT_SUPPORTED;
-    const std::shared_ptr<RegistryKey> parent = RegistryKey::Of(key);
-    if (parent == nullptr) return ERROR_INVALID_HANDLE;
-    std::vector<Name> names;
-    const LSTATUS code = SplitPath(path, &names);
-    return code == ERROR_SUCCESS ? CreateKey(*parent, names, access, result, disposition) : code;
+    Target target;
+    LSTATUS code = FindTarget(key, path, &target);
+    bool made = false;
+    if (code == ERROR_SUCCESS) code = OpenKey(target, OpenMode::kCreate, access, result, &made);
+    if (code != ERROR_SUCCESS) return code;
+    SetIfWanted<DWORD>(disposition, made ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY);
+    return ERROR_SUCCESS;
   });
 }
 
@@ -119,16 +111,14 @@ LSTATUS WINAPI RegOpenKeyExW(HKEY key, const wchar_t* path, DWORD options, REGSA
     if (result == nullptr) return ERROR_INVALID_PARAMETER;
     *result = nullptr;
     if (options != 0) return ERROR_NOT_SUPPORTED;
-    const std::shared_ptr<RegistryKey> parent = RegistryKey::Of(key);
-    if (parent == nullptr) return ERROR_INVALID_HANDLE;
-    std::vector<Name> names;
-    const LSTATUS code = SplitPath(path != nullptr ? path : L"", &names);
+    Target target;
+    const LSTATUS code = FindTarget(key, path != nullptr ? path : L"", &target);
     if (code != ERROR_SUCCESS) return code;
-    if (names.empty() && RegistryKey::IsPredefined(key)) {
+    if (target.path.empty() && RegistryKey::IsPredefined(key)) {
       *result = key;
       return ERROR_SUCCESS;
     }
-    return OpenKey(*parent, names, access, result);
+    return OpenKey(target, OpenMode::kExisting, access, result, nullptr);
   });
 }
 
@@ -142,12 +132,10 @@ LSTATUS WINAPI RegCloseKey(HKEY key) {
 
 LSTATUS WINAPI RegDeleteKeyW(HKEY key, const wchar_t* path) {
   return BehindWall([&]() -> LSTATUS {
-    const std::shared_ptr<RegistryKey> parent = RegistryKey::Of(key);
-    if (parent == nullptr) return ERROR_INVALID_HANDLE;
-    if (path == nullptr) return ERROR_INVALID_PARAMETER;
-    std::vector<Name> names;
-    const LSTATUS code = SplitPath(path, &names);
-    return code == ERROR_SUCCESS ? parent->DeleteSubkey(names) : code;
+    Target target;
+    LSTATUS code = FindTarget(key, path != nullptr ? path : L"", &target);
+    if (code == ERROR_SUCCESS && path == nullptr) code = ERROR_INVALID_PARAMETER;
+    return code == ERROR_SUCCESS ? target.key->DeleteSubkey(target.path) : code;
   });
 }
 
@@ -159,19 +147,18 @@ LSTATUS WINAPI RegQueryInfoKeyW(HKEY key, wchar_t* type, DWORD* typeChars, DWORD
     if (reserved != nullptr || (type != nullptr && typeChars == nullptr)) {
       return ERROR_INVALID_PARAMETER;
     }
-    const std::shared_ptr<RegistryKey> opened = RegistryKey::Of(key);
-    if (opened == nullptr) return ERROR_INVALID_HANDLE;
-    LSTATUS code = opened->Require(KEY_QUERY_VALUE);
+    std::shared_ptr<RegistryKey> opened;
+    LSTATUS code = RegistryKey::Find(key, KEY_QUERY_VALUE, &opened);
     if (code != ERROR_SUCCESS) return code;
     NodeInfo info;
     code = opened->GetInfo(&info);
     if (code != ERROR_SUCCESS) return code;
-    SetIfWanted(subkeys, static_cast<DWORD>(info.subkeys));
-    SetIfWanted(maxSubkeyChars, static_cast<DWORD>(info.maxSubkeyChars));
+    SetIfWanted(subkeys, static_cast<DWORD>(info.subkeys.count));
+    SetIfWanted(maxSubkeyChars, static_cast<DWORD>(info.subkeys.maxNameChars));
     SetIfWanted<DWORD>(maxTypeChars, 0);
-    SetIfWanted(values, static_cast<DWORD>(info.values));
-    SetIfWanted(maxNameChars, static_cast<DWORD>(info.maxNameChars));
-    SetIfWanted(maxDataBytes, static_cast<DWORD>(info.maxDataBytes));
+    SetIfWanted(values, static_cast<DWORD>(info.values.count));
+    SetIfWanted(maxNameChars, static_cast<DWORD>(info.values.maxNameChars));
+    SetIfWanted(maxDataBytes, static_cast<DWORD>(info.values.maxDataBytes));
     SetIfWanted<DWORD>(securityBytes, 0);
     SetIfWanted(lastWrite, ToFileTime(info.written));
     return GiveEmptyClass(type, typeChars);
@@ -186,15 +173,11 @@ LSTATUS WINAPI RegEnumKeyExW(HKEY key, DWORD index, wchar_t* name, DWORD* nameCh
         (type != nullptr && typeChars == nullptr)) {
       return ERROR_INVALID_PARAMETER;
     }
-    const std::shared_ptr<RegistryKey> opened = RegistryKey::Of(key);
-    if (opened == nullptr) return ERROR_INVALID_HANDLE;
-    const LSTATUS code = opened->Require(KEY_ENUMERATE_SUB_KEYS);
+    std::shared_ptr<RegistryKey> opened;
+    const LSTATUS code = RegistryKey::Find(key, KEY_ENUMERATE_SUB_KEYS, &opened);
     if (code != ERROR_SUCCESS) return code;
     const auto give = [&](const Enumeration::Item& item) -> LSTATUS {
-      if (item.name.size() >= *nameChars) return ERROR_MORE_DATA;
-      item.name.copy(name, item.name.size());
-      name[item.name.size()] = L'\0';
-      *nameChars = static_cast<DWORD>(item.name.size());
+      if (!item.CopyName(name, nameChars)) return ERROR_MORE_DATA;
       SetIfWanted(lastWrite, ToFileTime(item.number));
       return GiveEmptyClass(type, typeChars);
     };

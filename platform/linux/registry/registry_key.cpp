@@ -7,10 +7,11 @@ namespace Corvane {
 using Store::Database;
 using Store::OpenMode;
 
-std::shared_ptr<RegistryKey> RegistryKey::Of(HKEY key) {
-  if (!IsPredefined(key)) return HandleTable::OfProcess().Find<RegistryKey>(key);
-  return std::make_shared<RegistryKey>(std::make_shared<Store::Connection>(), Store::kRegistryRoot,
-                                       KEY_ALL_ACCESS);
+LSTATUS RegistryKey::Find(HKEY key, REGSAM rights, std::shared_ptr<RegistryKey>* found) {
+  *found = IsPredefined(key) ? std::make_shared<RegistryKey>(std::make_shared<Store::Connection>(),
+                                                             Store::kRegistryRoot, KEY_ALL_ACCESS)
+                             : HandleTable::OfProcess().Find<RegistryKey>(key);
+  return *found != nullptr ? (*found)->Require(rights) : LSTATUS{ERROR_INVALID_HANDLE};
 }
 
 LSTATUS RegistryKey::TouchLocked(Database& database) {
@@ -55,13 +56,9 @@ LSTATUS RegistryKey::DeleteSubkey(const std::vector<Store::Name>& path) {
 LSTATUS RegistryKey::GetInfo(Store::NodeInfo* info) {
   const Store::Connection::Access access(*m_connection);
   const LSTATUS result = m_connection->ReadLocked([&](Database& database) -> LSTATUS {
-    Store::Enumeration::Extent values;
-    const LSTATUS measured = m_values.MeasureLocked(*m_connection, m_node, &values);
-    if (measured != ERROR_SUCCESS && measured != ERROR_MORE_DATA) return measured;
-    info->values = static_cast<std::int64_t>(values.count);
-    info->maxNameChars = static_cast<std::int64_t>(values.maxNameChars);
-    info->maxDataBytes = static_cast<std::int64_t>(values.maxDataBytes);
-    return Store::GetNodeInfo(database, m_node, measured == ERROR_MORE_DATA, info);
+    LSTATUS code = m_values.MeasureLocked(*m_connection, m_node, &info->values);
+    if (code == ERROR_MORE_DATA) code = GetValueExtent(database, m_node, &info->values);
+    return code == ERROR_SUCCESS ? GetNodeInfo(database, m_node, info) : code;
   });
   return result == ERROR_FILE_NOT_FOUND ? LSTATUS{ERROR_SUCCESS} : result;
 }

@@ -18,10 +18,12 @@ class RegistryKey final : public Store::StoreHandle<HandleKind::kRegistryKey> {
   RegistryKey(std::shared_ptr<Store::Connection> connection, std::int64_t node, REGSAM access)
       : StoreHandle(std::move(connection), access), m_node(node) {}
 
-  // What `key` stands for; for HKEY_LOCAL_MACHINE an object of its own for each call, whose store
-  // is made by the first write and read as empty before. Null for an invalid handle.
-  static std::shared_ptr<RegistryKey> Of(HKEY key);
   static bool IsPredefined(HKEY key) { return key == HKEY_LOCAL_MACHINE; }
+
+  // What `key` stands for; for HKEY_LOCAL_MACHINE an object of its own for each call, whose store
+  // is made by the first write and read as empty before. ERROR_INVALID_HANDLE; ERROR_ACCESS_DENIED
+  // unless it was opened with all of `rights`.
+  static LSTATUS Find(HKEY key, REGSAM rights, std::shared_ptr<RegistryKey>* found);
 
   std::int64_t Node() const { return m_node; }
 

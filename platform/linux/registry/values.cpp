@@ -15,12 +15,6 @@ using Corvane::Store::Name;
 
 const wchar_t* OrDefault(const wchar_t* name) { return name != nullptr ? name : L""; }
 
-// The key with the rights, in *opened.
-LSTATUS Find(HKEY key, REGSAM rights, std::shared_ptr<RegistryKey>* opened) {
-  *opened = RegistryKey::Of(key);
-  return *opened != nullptr ? (*opened)->Require(rights) : LSTATUS{ERROR_INVALID_HANDLE};
-}
-
 // A name that no value can have is that of a missing one.
 bool CanBeThere(const wchar_t* name, Name* made) {
   using Corvane::Store::kMaxValueNameChars;
@@ -40,16 +34,11 @@ LSTATUS WINAPI RegEnumValueW(HKEY key, DWORD index, wchar_t* name, DWORD* nameCh
       return ERROR_INVALID_PARAMETER;
     }
     std::shared_ptr<RegistryKey> opened;
-    const LSTATUS code = Find(key, KEY_QUERY_VALUE, &opened);
+    const LSTATUS code = RegistryKey::Find(key, KEY_QUERY_VALUE, &opened);
     if (code != ERROR_SUCCESS) return code;
     return opened->WithItem(
         Enumeration::Of::kValues, index, [&](const Enumeration::Item& item) -> LSTATUS {
-          const bool nameFits = item.name.size() < *nameChars;
-          if (nameFits) {
-            item.name.copy(name, item.name.size());
-            name[item.name.size()] = L'\0';
-            *nameChars = static_cast<DWORD>(item.name.size());
-          }
+          const bool nameFits = item.CopyName(name, nameChars);
           const bool dataFits = data == nullptr || item.data.size() <= *dataBytes;
           if (nameFits && dataFits && data != nullptr && !item.data.empty()) {
             std::memcpy(data, item.data.data(), item.data.size());
@@ -68,7 +57,7 @@ LSTATUS WINAPI RegQueryValueExW(HKEY key, const wchar_t* name, DWORD* reserved, 
       return ERROR_INVALID_PARAMETER;
     }
     std::shared_ptr<RegistryKey> opened;
-    LSTATUS code = Find(key, KEY_QUERY_VALUE, &opened);
+    LSTATUS code = RegistryKey::Find(key, KEY_QUERY_VALUE, &opened);
     if (code != ERROR_SUCCESS) return code;
     DWORD foundType = REG_NONE;
     DWORD size = data != nullptr ? *dataBytes : 0;
@@ -88,7 +77,7 @@ LSTATUS WINAPI RegSetValueExW(HKEY key, const wchar_t* name, DWORD reserved, DWO
   return BehindWall([&]() -> LSTATUS {
     if (reserved != 0) return ERROR_INVALID_PARAMETER;
     std::shared_ptr<RegistryKey> opened;
-    LSTATUS code = Find(key, KEY_SET_VALUE, &opened);
+    LSTATUS code = RegistryKey::Find(key, KEY_SET_VALUE, &opened);
     if (code != ERROR_SUCCESS) return code;
     const Data value = {type, data, dataBytes};
     code = CheckValue(OrDefault(name), value);
@@ -102,7 +91,7 @@ LSTATUS WINAPI RegSetValueExW(HKEY key, const wchar_t* name, DWORD reserved, DWO
 LSTATUS WINAPI RegDeleteValueW(HKEY key, const wchar_t* name) {
   return BehindWall([&]() -> LSTATUS {
     std::shared_ptr<RegistryKey> opened;
-    const LSTATUS code = Find(key, KEY_SET_VALUE, &opened);
+    const LSTATUS code = RegistryKey::Find(key, KEY_SET_VALUE, &opened);
     if (code != ERROR_SUCCESS) return code;
     Name made;
     return CanBeThere(OrDefault(name), &made) ? opened->DeleteValue(made)

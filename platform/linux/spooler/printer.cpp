@@ -1,6 +1,5 @@
 #include "platform/linux/spooler/printer.h"
 
-#include <algorithm>
 #include <cwchar>
 
 #include "platform/linux/misc/exception_wall.h"
@@ -11,12 +10,6 @@ namespace Corvane {
 namespace {
 
 constexpr std::size_t kMaxPrinterNameChars = 220;  // Windows' own limit
-
-bool SameNames(const std::vector<Store::Name>& a, const std::vector<Store::Name>& b) {
-  return std::equal(
-      a.begin(), a.end(), b.begin(), b.end(),
-      [](const Store::Name& x, const Store::Name& y) { return x.folded == y.folded; });
-}
 
 LSTATUS Open(const wchar_t* name, const PRINTER_DEFAULTSW* defaults, HANDLE* printer) {
   if (printer == nullptr) return ERROR_INVALID_PARAMETER;
@@ -68,7 +61,7 @@ LSTATUS Printer::MeasureLocked(Store::Database& database, std::int64_t node,
 LSTATUS Printer::FindOrMakeLocked(Store::Database& database, const std::vector<Store::Name>& key,
                                   std::int64_t* node) {
   const std::uint64_t transaction = m_connection->TransactionLocked();
-  if (m_keyIn == transaction && SameNames(m_key, key)) {
+  if (m_keyIn == transaction && m_key == key) {
     *node = m_keyNode;
     return ERROR_SUCCESS;
   }

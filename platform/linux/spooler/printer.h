@@ -21,10 +21,6 @@ class Printer final : public Store::StoreHandle<HandleKind::kPrinter> {
   Printer(Store::Name name, ACCESS_MASK access)
       : StoreHandle(std::make_shared<Store::Connection>(), access), m_name(std::move(name)) {}
 
-  static std::shared_ptr<Printer> Of(HANDLE printer) {
-    return HandleTable::OfProcess().Find<Printer>(printer);
-  }
-
   // ERROR_FILE_NOT_FOUND: no such key.
   LSTATUS Find(Store::Database& database, const std::vector<Store::Name>& key,
                std::int64_t* node) const;

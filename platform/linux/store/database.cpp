@@ -24,25 +24,7 @@ constexpr int kBusyTimeoutMs = 5000;
 // file first reads it through; large enough that few commits wait for the disk.
 constexpr int kCheckpointPages = 256;
 
-constexpr char kApplicationIdMark[] = "PRAGMA application_id";
 constexpr char kVersionMark[] = "PRAGMA user_version";
-
-constexpr int kReadWrite = SQLITE_OPEN_READWRITE;
-
-// Runs in a database of its own that nobody else sees yet.
-LSTATUS Fill(const std::string& path) {
-  sqlite3* sqlite = nullptr;
-  constexpr int kFlags = kReadWrite | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW;
-  errno = 0;
-  int result = OpenSqlite(path.c_str(), &sqlite, kFlags);
-  if (result == SQLITE_OK) {
-    sqlite3_extended_result_codes(sqlite, 1);
-    result = CreateStore(sqlite);
-  }
-  const LSTATUS code = FromSqlite(result, sqlite);
-  sqlite3_close(sqlite);
-  return code;
-}
 
 bool IsEmptyOrMissing(const std::string& path) {
   struct stat status {};
@@ -67,17 +49,10 @@ std::vector<std::int64_t> FileState(const std::string& path) {
 }
 
 // `path` as the URI of a file that nobody can be writing: read without locks or log.
-std::string UnchangingUri(const char* path) {
+std::string UnchangingUri(const std::string& path) {
   std::string uri = "file:";
-  for (; *path != '\0'; ++path) {
-    const bool special = *path == '?' || *path == '#' || *path == '%';
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    const auto byte = static_cast<unsigned char>(*path);
-    if (special) {
-      uri += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
-    } else {
-      uri += *path;
-    }
+  for (const char c : path) {
+    uri += c == '?' ? "%3F" : c == '#' ? "%23" : c == '%' ? "%25" : std::string(1, c);
   }
   return uri + "?immutable=1";
 }
@@ -88,18 +63,23 @@ LSTATUS Database::Open(OpenMode mode) {
   std::string path;
   LSTATUS result = StorePath(&path);
   if (result != ERROR_SUCCESS) return result;
-  std::string found = path;
-  result = FindStoreFile(&found);
+  m_path = path;
+  result = FindStoreFile(&m_path);
   if (result == ERROR_FILE_NOT_FOUND && mode == OpenMode::kCreate) {
-    result = CreateStoreFile(path, &Fill);
-    if (result != ERROR_SUCCESS) return result;
-    found = path;
-    result = FindStoreFile(&found);
+    result = CreateStoreFile(path, [this](const std::string& fresh) { return Fill(fresh); });
+    m_path = path;
+    if (result == ERROR_SUCCESS) result = FindStoreFile(&m_path);
   }
-  if (result != ERROR_SUCCESS) return result;
-  result = OpenFile(found.c_str());
+  if (result == ERROR_SUCCESS) result = OpenFile();
   if (result != ERROR_SUCCESS) Close();
-  m_path = found;
+  return result;
+}
+
+// Nobody else sees the file yet.
+LSTATUS Database::Fill(const std::string& path) {
+  LSTATUS result = Connect(path, SQLITE_OPEN_READWRITE);
+  if (result == ERROR_SUCCESS) result = FromSqlite(CreateStore(m_sqlite), m_sqlite);
+  Close();
   return result;
 }
 
@@ -122,50 +102,52 @@ StoreId Database::Id() const {
           static_cast<std::int64_t>(status.st_ino)};
 }
 
-LSTATUS Database::OpenFile(const char* path) {
-  LSTATUS result = Connect(path, kReadWrite);
-  if (result != ERROR_SUCCESS) return result;
-  result = Configure();
-  if (result == ERROR_ACCESS_DENIED) return OpenUnchanging(path);
-  return result;
-}
-
-// A database in a folder where its log cannot be made. Only without a log is it whole by itself.
-LSTATUS Database::OpenUnchanging(const char* path) {
-  if (!IsEmptyOrMissing(std::string(path) + "-wal")) return ERROR_ACCESS_DENIED;
+LSTATUS Database::OpenFile() {
+  const std::string path = m_path;
+  LSTATUS result = Connect(path, SQLITE_OPEN_READWRITE);
+  if (result == ERROR_SUCCESS) result = Configure();
+  // A folder where the log cannot be made: only without a log is the file whole by itself.
+  if (result != ERROR_ACCESS_DENIED || !IsEmptyOrMissing(path + "-wal")) return result;
   Close();
-  const LSTATUS result =
-      Connect(UnchangingUri(path).c_str(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+  m_path = path;
+  result = Connect(UnchangingUri(path), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
   return result == ERROR_SUCCESS ? Configure() : result;
 }
 
-LSTATUS Database::Connect(const char* name, int flags) {
+LSTATUS Database::Connect(const std::string& name, int flags) {
   constexpr int kFlags =
       SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE;
   errno = 0;
   m_generation = ProcessGeneration();
-  return FromSqlite(OpenSqlite(name, &m_sqlite, flags | kFlags), m_sqlite);
+  return FromSqlite(OpenSqlite(name.c_str(), &m_sqlite, flags | kFlags), m_sqlite);
 }
 
 LSTATUS Database::Configure() {
   sqlite3_busy_timeout(m_sqlite, kBusyTimeoutMs);
   sqlite3_wal_autocheckpoint(m_sqlite, kCheckpointPages);
   sqlite3_limit(m_sqlite, SQLITE_LIMIT_LENGTH, kMaxRowBytes);
-  // Closing must not wait for the disk; the next checkpoint copies the log.
-  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-  // The file is another's word: nothing in it runs.
-  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
-  sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+  constexpr struct {
+    int option;
+    int value;
+  } kOptions[] = {
+      // Closing must not wait for the disk; the next checkpoint copies the log.
+      {SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1},
+      // The file is another's word: nothing in it runs.
+      {SQLITE_DBCONFIG_DEFENSIVE, 1},
+      {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+      {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+      {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+  };
+  for (const auto& [option, value] : kOptions) {
+    sqlite3_db_config(m_sqlite, option, value, nullptr);
+  }
   const LSTATUS result = CheckVersion();
-  if (result != ERROR_SUCCESS) return result;
-  return Run("PRAGMA synchronous = NORMAL");
+  return result == ERROR_SUCCESS ? Run("PRAGMA synchronous = NORMAL") : result;
 }
 
 LSTATUS Database::CheckVersion() {
   std::int64_t application = 0;
-  LSTATUS result = ReadMark(kApplicationIdMark, &application);
+  LSTATUS result = ReadMark("PRAGMA application_id", &application);
   std::int64_t version = 0;
   if (result == ERROR_SUCCESS) result = ReadMark(kVersionMark, &version);
   if (result != ERROR_SUCCESS) return result;
@@ -173,7 +155,6 @@ LSTATUS Database::CheckVersion() {
   if (application != kApplicationId || !(m_isOld || version == kSchemaVersion)) {
     return ERROR_NOT_REGISTRY_FILE;
   }
-  errno = 0;
   return m_isOld ? FromSqlite(ShowOldVersion(m_sqlite), m_sqlite) : LSTATUS{ERROR_SUCCESS};
 }
 
@@ -198,11 +179,7 @@ bool Database::IsReadOnly() const { return sqlite3_db_readonly(m_sqlite, "main")
 
 bool Database::InTransaction() const { return sqlite3_get_autocommit(m_sqlite) == 0; }
 
-LSTATUS Database::Run(Sql sql) {
-  Query query(*this, sql);
-  const LSTATUS result = query.Step();
-  return result == ERROR_NO_MORE_ITEMS ? LSTATUS{ERROR_SUCCESS} : result;
-}
+LSTATUS Database::Run(Sql sql) { return Query(*this, sql).Step(ERROR_SUCCESS); }
 
 LSTATUS Database::BeginRead() { return Begin("BEGIN", false); }
 
@@ -220,7 +197,6 @@ LSTATUS Database::Begin(Sql begin, bool toWrite) {
   result = ReadMark(kVersionMark, &version);
   if (result == ERROR_SUCCESS && version == kOldVersion) {
     if (!toWrite) return ERROR_SUCCESS;
-    errno = 0;
     result = FromSqlite(Migrate(m_sqlite), m_sqlite);
   }
   if (result == ERROR_SUCCESS) result = Run(kCommit);
@@ -271,12 +247,12 @@ Query& Query::Bind(const void* data, std::size_t bytes) {
   return *this;
 }
 
-LSTATUS Query::Step() {
+LSTATUS Query::Step(LSTATUS atEnd) {
   if (m_failure != ERROR_SUCCESS) return m_failure;
   errno = 0;
   const int result = sqlite3_step(m_statement);
   if (result == SQLITE_ROW) return ERROR_SUCCESS;
-  if (result == SQLITE_DONE) return ERROR_NO_MORE_ITEMS;
+  if (result == SQLITE_DONE) return atEnd;
   return FromSqlite(result, m_database.m_sqlite);
 }
 

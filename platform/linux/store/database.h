@@ -70,9 +70,9 @@ class Database {
  private:
   friend class Query;
 
-  LSTATUS OpenFile(const char* path);
-  LSTATUS OpenUnchanging(const char* path);
-  LSTATUS Connect(const char* name, int flags);
+  LSTATUS Fill(const std::string& path);
+  LSTATUS OpenFile();
+  LSTATUS Connect(const std::string& name, int flags);
   LSTATUS Configure();
   LSTATUS CheckVersion();
   LSTATUS ReadMark(Sql pragma, std::int64_t* mark);
@@ -100,8 +100,8 @@ class Query {
   Query& Bind(std::string_view text);
   Query& Bind(const void* data, std::size_t bytes);
 
-  // ERROR_SUCCESS with a row, ERROR_NO_MORE_ITEMS at the end.
-  LSTATUS Step();
+  // ERROR_SUCCESS with a row, `atEnd` when there is none.
+  LSTATUS Step(LSTATUS atEnd = ERROR_NO_MORE_ITEMS);
 
   std::int64_t Integer(int column) const;
   // Of a text or a blob. Until the next step.

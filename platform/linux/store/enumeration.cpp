@@ -1,10 +1,10 @@
 #include "platform/linux/store/enumeration.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "platform/linux/store/names.h"
-#include "platform/linux/store/nodes.h"
 #include "platform/linux/store/values.h"
 
 namespace Corvane::Store {
@@ -25,6 +25,13 @@ constexpr std::size_t kMaxRows = 8192;
 constexpr std::size_t kMaxBytes = std::size_t{2} << 20;
 
 }  // namespace
+
+bool Enumeration::Item::CopyName(wchar_t* to, DWORD* chars) const {
+  if (name.size() >= *chars) return false;
+  *chars = static_cast<DWORD>(name.copy(to, name.size()));
+  to[name.size()] = L'\0';
+  return true;
+}
 
 void Enumeration::Forget() {
   m_rows.clear();
@@ -61,10 +68,10 @@ LSTATUS Enumeration::MeasureLocked(Connection& connection, std::int64_t node, Ex
     Forget();
     return result;
   }
-  extent->count = m_rows.size();
+  extent->count = std::ssize(m_rows);
   for (const Row& row : m_rows) {
-    extent->maxNameChars = std::max(extent->maxNameChars, row.nameChars);
-    extent->maxDataBytes = std::max(extent->maxDataBytes, row.dataBytes);
+    extent->maxNameChars = std::max(extent->maxNameChars, static_cast<std::int64_t>(row.nameChars));
+    extent->maxDataBytes = std::max(extent->maxDataBytes, static_cast<std::int64_t>(row.dataBytes));
   }
   return ERROR_SUCCESS;
 }

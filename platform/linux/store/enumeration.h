@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/linux/store/connection.h"
+#include "platform/linux/store/nodes.h"
 
 namespace Corvane::Store {
 
@@ -24,16 +25,15 @@ class Enumeration {
     std::wstring_view name;
     std::int64_t number;    // a value's type, the time at which a key was written
     std::string_view data;  // of a value
+
+    // As the Win32 calls have it: *chars counts the room with a terminator, then the name without.
+    // False when it does not fit.
+    bool CopyName(wchar_t* to, DWORD* chars) const;
   };
 
   // ERROR_NO_MORE_ITEMS, ERROR_KEY_DELETED. The item stays until the next call.
   LSTATUS GetLocked(Connection& connection, std::int64_t node, std::size_t index, Item* item);
 
-  struct Extent {
-    std::size_t count = 0;
-    std::size_t maxNameChars = 0;
-    std::size_t maxDataBytes = 0;
-  };
   // Of all rows, when they are few enough to be read ahead, for a counting that follows; else
   // ERROR_MORE_DATA. ERROR_KEY_DELETED.
   LSTATUS MeasureLocked(Connection& connection, std::int64_t node, Extent* extent);

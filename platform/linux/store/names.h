@@ -20,6 +20,8 @@ constexpr std::size_t kMaxPathChars = 32767;
 struct Name {
   std::string text;
   std::string folded;  // what two names that differ in case alone have in common
+
+  friend bool operator==(const Name&, const Name&) = default;
 };
 
 // False for a character beyond U+10FFFF.

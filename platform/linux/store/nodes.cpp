@@ -11,15 +11,16 @@ constexpr char kFindNode[] =
     "SELECT id FROM node2 WHERE parent = ? AND folded = ? "
     "ORDER BY name = ? DESC, written DESC, id DESC";
 constexpr char kNodeExists[] = "SELECT 1 FROM node2 WHERE id = ?";
-constexpr char kNodeWritten[] = "SELECT written FROM node2 WHERE id = ?";
 constexpr char kAddNode[] =
     "INSERT INTO node2(parent, folded, name, written) VALUES(?, ?, ?, ?) RETURNING id";
 constexpr char kTouchNode[] = "UPDATE node2 SET written = ? WHERE id = ?";
 constexpr char kDeleteNode[] = "DELETE FROM node2 WHERE id = ?";
 constexpr char kDeleteValues[] = "DELETE FROM value2 WHERE node = ?";
 constexpr char kHasSubkeys[] = "SELECT 1 FROM node2 WHERE parent = ? LIMIT 1";
-constexpr char kSubkeyInfo[] =
-    "SELECT count(*), coalesce(max(length(name)), 0) FROM node2 WHERE parent = ?";
+constexpr char kNodeInfo[] =
+    "SELECT written, (SELECT count(*) FROM node2 WHERE parent = node.id), "
+    "(SELECT coalesce(max(length(name)), 0) FROM node2 WHERE parent = node.id) "
+    "FROM node2 AS node WHERE id = ?";
 constexpr char kValueInfo[] =
     "SELECT count(*), coalesce(max(length(name)), 0), coalesce(max(length(data)), 0) FROM value2 "
     "WHERE node = ?";
@@ -91,53 +92,37 @@ LSTATUS MakeNode(Database& database, std::int64_t parent, const std::vector<Name
 
 LSTATUS DeleteNode(Database& database, std::int64_t node) {
   if (node == kRegistryRoot || node == kPrinterRoot) return ERROR_ACCESS_DENIED;
-  {
-    Query below(database, kHasSubkeys);
-    const LSTATUS result = below.Bind(node).Step();
-    if (result != ERROR_NO_MORE_ITEMS) {
-      return result == ERROR_SUCCESS ? LSTATUS{ERROR_ACCESS_DENIED} : result;
-    }
-  }
-  for (const Sql sql : {kDeleteValues, kDeleteNode}) {
-    Query query(database, sql);
-    const LSTATUS result = query.Bind(node).Step();
-    if (result != ERROR_NO_MORE_ITEMS) return result;
-  }
-  return ERROR_SUCCESS;
+  const LSTATUS below = Query(database, kHasSubkeys).Bind(node).Step();
+  if (below != ERROR_NO_MORE_ITEMS) return below == ERROR_SUCCESS ? ERROR_ACCESS_DENIED : below;
+  const LSTATUS result = Query(database, kDeleteValues).Bind(node).Step(ERROR_SUCCESS);
+  return result == ERROR_SUCCESS ? Query(database, kDeleteNode).Bind(node).Step(ERROR_SUCCESS)
+                                 : result;
 }
 
 LSTATUS CheckNode(Database& database, std::int64_t node) {
-  Query query(database, kNodeExists);
-  const LSTATUS result = query.Bind(node).Step();
-  return result == ERROR_NO_MORE_ITEMS ? LSTATUS{ERROR_KEY_DELETED} : result;
+  return Query(database, kNodeExists).Bind(node).Step(ERROR_KEY_DELETED);
 }
 
 LSTATUS TouchNode(Database& database, std::int64_t node) {
   Query query(database, kTouchNode);
-  const LSTATUS result = query.Bind(Now()).Bind(node).Step();
-  if (result != ERROR_NO_MORE_ITEMS) return result;
-  return query.Changed() ? ERROR_SUCCESS : ERROR_KEY_DELETED;
+  const LSTATUS result = query.Bind(Now()).Bind(node).Step(ERROR_SUCCESS);
+  return result == ERROR_SUCCESS && !query.Changed() ? LSTATUS{ERROR_KEY_DELETED} : result;
 }
 
-LSTATUS GetNodeInfo(Database& database, std::int64_t node, bool withValues, NodeInfo* info) {
-  Query written(database, kNodeWritten);
-  LSTATUS result = written.Bind(node).Step();
-  if (result == ERROR_NO_MORE_ITEMS) return ERROR_KEY_DELETED;
+LSTATUS GetNodeInfo(Database& database, std::int64_t node, NodeInfo* info) {
+  Query query(database, kNodeInfo);
+  const LSTATUS result = query.Bind(node).Step(ERROR_KEY_DELETED);
   if (result != ERROR_SUCCESS) return result;
-  Query subkeys(database, kSubkeyInfo);
-  result = subkeys.Bind(node).Step();
-  if (result != ERROR_SUCCESS) return result;
-  info->subkeys = subkeys.Integer(0);
-  info->maxSubkeyChars = subkeys.Integer(1);
-  info->written = written.Integer(0);
-  if (!withValues) return ERROR_SUCCESS;
-  Query values(database, kValueInfo);
-  result = values.Bind(node).Step();
-  if (result != ERROR_SUCCESS) return result;
-  info->values = values.Integer(0);
-  info->maxNameChars = values.Integer(1);
-  info->maxDataBytes = values.Integer(2);
+  info->written = query.Integer(0);
+  info->subkeys = {query.Integer(1), query.Integer(2), 0};
   return ERROR_SUCCESS;
+}
+
+LSTATUS GetValueExtent(Database& database, std::int64_t node, Extent* extent) {
+  Query query(database, kValueInfo);
+  const LSTATUS result = query.Bind(node).Step();
+  if (result == ERROR_SUCCESS) *extent = {query.Integer(0), query.Integer(1), query.Integer(2)};
+  return result;
 }
 
 LSTATUS GetValueTotals(Database& database, std::int64_t node, ValueTotals* totals) {

@@ -27,17 +27,21 @@ LSTATUS CheckNode(Database& database, std::int64_t node);
 // Notes that the node is written to now. ERROR_KEY_DELETED.
 LSTATUS TouchNode(Database& database, std::int64_t node);
 
-struct NodeInfo {
-  std::int64_t subkeys = 0;
-  std::int64_t maxSubkeyChars = 0;
-  std::int64_t values = 0;
+struct Extent {
+  std::int64_t count = 0;
   std::int64_t maxNameChars = 0;
   std::int64_t maxDataBytes = 0;
-  std::int64_t written = 0;  // as a FILETIME
 };
 
-// Leaves out what tells of values unless that is wanted. ERROR_KEY_DELETED.
-LSTATUS GetNodeInfo(Database& database, std::int64_t node, bool withValues, NodeInfo* info);
+struct NodeInfo {
+  std::int64_t written = 0;  // as a FILETIME
+  Extent subkeys;
+  Extent values;
+};
+
+// All but what tells of values. ERROR_KEY_DELETED.
+LSTATUS GetNodeInfo(Database& database, std::int64_t node, NodeInfo* info);
+LSTATUS GetValueExtent(Database& database, std::int64_t node, Extent* extent);
 
 struct ValueTotals {
   std::int64_t values = 0;

@@ -3,11 +3,51 @@
 #include <sqlite3.h>
 
 #include <cerrno>
+#include <iterator>
 
 namespace Corvane::Store {
 namespace {
 
+struct Code {
+  int from;
+  LSTATUS to;
+};
+
+template <std::size_t count>
+LSTATUS Find(const Code (&codes)[count], int from, LSTATUS otherwise) {
+  for (const Code& code : codes) {
+    if (code.from == from) return code.to;
+  }
+  return otherwise;
+}
+
+constexpr Code kErrnoCodes[] = {{ENOENT, ERROR_FILE_NOT_FOUND}, {EACCES, ERROR_ACCESS_DENIED},
+                                {EPERM, ERROR_ACCESS_DENIED},   {EROFS, ERROR_ACCESS_DENIED},
+                                {ENOSPC, ERROR_DISK_FULL},      {EDQUOT, ERROR_DISK_FULL},
+                                {EFBIG, ERROR_DISK_FULL},       {ENOMEM, ERROR_OUTOFMEMORY}};
+
+constexpr Code kExtendedCodes[] = {{SQLITE_CANTOPEN_SYMLINK, ERROR_NOT_REGISTRY_FILE},
+                                   {SQLITE_IOERR_NOMEM, ERROR_OUTOFMEMORY},
+                                   {SQLITE_IOERR_SHMSIZE, ERROR_DISK_FULL}};
+
 constexpr int kPrimaryCode = 0xFF;  // the mask
+constexpr Code kPrimaryCodes[] = {
+    {SQLITE_OK, ERROR_SUCCESS},
+    {SQLITE_ROW, ERROR_SUCCESS},
+    {SQLITE_DONE, ERROR_SUCCESS},
+    {SQLITE_PERM, ERROR_ACCESS_DENIED},
+    {SQLITE_AUTH, ERROR_ACCESS_DENIED},
+    {SQLITE_READONLY, ERROR_ACCESS_DENIED},
+    {SQLITE_FULL, ERROR_DISK_FULL},
+    {SQLITE_NOTADB, ERROR_NOT_REGISTRY_FILE},
+    {SQLITE_BUSY, ERROR_BUSY},
+    {SQLITE_LOCKED, ERROR_BUSY},
+    {SQLITE_NOMEM, ERROR_OUTOFMEMORY},
+    {SQLITE_CORRUPT, ERROR_REGISTRY_CORRUPT},
+    {SQLITE_ERROR, ERROR_REGISTRY_CORRUPT},   // the statements are constants: the tables are wrong
+    {SQLITE_SCHEMA, ERROR_REGISTRY_CORRUPT},  // the same
+    {SQLITE_TOOBIG, ERROR_REGISTRY_CORRUPT},  // no row is written that long
+};
 
 // SQLite keeps the system's error number of a statement, but not of a failed COMMIT.
 LSTATUS FromSystemError(int error, sqlite3* database) {
@@ -21,66 +61,15 @@ LSTATUS FromSystemError(int error, sqlite3* database) {
 
 }  // namespace
 
-LSTATUS FromErrno(int error) {
-  switch (error) {
-    case ENOENT:
-      return ERROR_FILE_NOT_FOUND;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-      return ERROR_ACCESS_DENIED;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-      return ERROR_DISK_FULL;
-    case ENOMEM:
-      return ERROR_OUTOFMEMORY;
-    default:
-      return ERROR_REGISTRY_IO_FAILED;
-  }
-}
+LSTATUS FromErrno(int error) { return Find(kErrnoCodes, error, ERROR_REGISTRY_IO_FAILED); }
 
 LSTATUS FromSqlite(int result, sqlite3* database) {
   const int error = errno;
-  switch (result) {
-    case SQLITE_CANTOPEN_SYMLINK:
-      return ERROR_NOT_REGISTRY_FILE;
-    case SQLITE_IOERR_NOMEM:
-      return ERROR_OUTOFMEMORY;
-    case SQLITE_IOERR_SHMSIZE:
-      return ERROR_DISK_FULL;
-    default:
-      break;
-  }
-  switch (result & kPrimaryCode) {
-    case SQLITE_OK:
-    case SQLITE_ROW:
-    case SQLITE_DONE:
-      return ERROR_SUCCESS;
-    case SQLITE_PERM:
-    case SQLITE_AUTH:
-    case SQLITE_READONLY:
-      return ERROR_ACCESS_DENIED;
-    case SQLITE_FULL:
-      return ERROR_DISK_FULL;
-    case SQLITE_NOTADB:
-      return ERROR_NOT_REGISTRY_FILE;
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-      return ERROR_BUSY;
-    case SQLITE_NOMEM:
-      return ERROR_OUTOFMEMORY;
-    case SQLITE_CORRUPT:
-    case SQLITE_ERROR:   // the statements are constants: the tables are not as they should be
-    case SQLITE_SCHEMA:  // the same
-    case SQLITE_TOOBIG:  // no row is written that long
-      return ERROR_REGISTRY_CORRUPT;
-    case SQLITE_CANTOPEN:
-    case SQLITE_IOERR:
-      return FromSystemError(error, database);
-    default:
-      return ERROR_REGISTRY_IO_FAILED;
-  }
+  const int primary = result & kPrimaryCode;
+  const bool isSystems = primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR;
+  const LSTATUS code = isSystems ? FromSystemError(error, database)
+                                 : Find(kPrimaryCodes, primary, ERROR_REGISTRY_IO_FAILED);
+  return Find(kExtendedCodes, result, code);
 }
 
 }  // namespace Corvane::Store

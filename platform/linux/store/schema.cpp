@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <cerrno>
 #include <initializer_list>
 #include <new>
 #include <string>
@@ -88,6 +89,7 @@ void Fold(sqlite3_context* context, int, sqlite3_value** arguments) {
 
 int Run(sqlite3* sqlite, std::initializer_list<const char*> scripts) {
   int result = SQLITE_OK;
+  errno = 0;
   for (const char* script : scripts) {
     if (result == SQLITE_OK) result = sqlite3_exec(sqlite, script, nullptr, nullptr, nullptr);
   }

@@ -40,7 +40,14 @@ std::string FolderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-std::string NameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+// `path` without symbolic links in its folders.
+LSTATUS Resolve(std::string* path) {
+  const std::unique_ptr<char, decltype(&std::free)> folder(
+      realpath(FolderOf(*path).c_str(), nullptr), &std::free);
+  if (folder == nullptr) return FromErrno(errno);
+  *path = std::string(folder.get()) + "/" + path->substr(path->rfind('/') + 1);
+  return ERROR_SUCCESS;
+}
 
 LSTATUS MakeFolders(const std::string& folder) {
   for (std::size_t end = 0; end != std::string::npos;) {
@@ -79,10 +86,7 @@ LSTATUS StorePath(std::string* path) {
 }
 
 LSTATUS FindStoreFile(std::string* path) {
-  const std::unique_ptr<char, decltype(&std::free)> folder(
-      realpath(FolderOf(*path).c_str(), nullptr), &std::free);
-  if (folder == nullptr) return FromErrno(errno);
-  *path = std::string(folder.get()) + "/" + NameOf(*path);
+  if (const LSTATUS result = Resolve(path); result != ERROR_SUCCESS) return result;
   struct stat status {};
   if (lstat(path->c_str(), &status) != 0) return FromErrno(errno);
   return S_ISREG(status.st_mode) ? ERROR_SUCCESS : ERROR_NOT_REGISTRY_FILE;
@@ -98,10 +102,9 @@ LSTATUS CreateStoreFile(const std::string& path,
   if (getrandom(&random, sizeof random, 0) != sizeof random) return ERROR_REGISTRY_IO_FAILED;
   char suffix[32];
   std::snprintf(suffix, sizeof suffix, ".new-%016llx", static_cast<unsigned long long>(random));
-  const std::unique_ptr<char, decltype(&std::free)> real(realpath(folder.c_str(), nullptr),
-                                                         &std::free);
-  if (real == nullptr) return FromErrno(errno);
-  const std::string fresh = std::string(real.get()) + "/" + NameOf(path) + suffix;
+  std::string fresh = path + suffix;
+  result = Resolve(&fresh);
+  if (result != ERROR_SUCCESS) return result;
   const int descriptor =
       open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kFileMode);
   if (descriptor < 0) return FromErrno(errno);

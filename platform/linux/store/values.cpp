@@ -31,15 +31,13 @@ LSTATUS CheckValue(const wchar_t* name, const Data& data) {
 LSTATUS SetValue(Database& database, std::int64_t node, const Name& name, const Data& data) {
   Query query(database, kSetValue);
   query.Bind(node).Bind(name.folded).Bind(name.text);
-  query.Bind(std::int64_t{data.type}).Bind(data.bytes, data.size);
-  const LSTATUS result = query.Step();
-  return result == ERROR_NO_MORE_ITEMS ? LSTATUS{ERROR_SUCCESS} : result;
+  return query.Bind(std::int64_t{data.type}).Bind(data.bytes, data.size).Step(ERROR_SUCCESS);
 }
 
 LSTATUS GetValue(Database& database, std::int64_t node, const Name& name, const Buffer& buffer) {
   Query query(database, kFindValue);
-  const LSTATUS result = query.Bind(node).Bind(name.folded).Bind(name.text).Step();
-  if (result == ERROR_NO_MORE_ITEMS) return ERROR_FILE_NOT_FOUND;
+  query.Bind(node).Bind(name.folded).Bind(name.text);
+  const LSTATUS result = query.Step(ERROR_FILE_NOT_FOUND);
   if (result != ERROR_SUCCESS) return result;
   const std::string_view data = query.Bytes(1);
   const bool fits = data.size() <= *buffer.size;
@@ -53,9 +51,8 @@ LSTATUS GetValue(Database& database, std::int64_t node, const Name& name, const 
 
 LSTATUS DeleteValue(Database& database, std::int64_t node, const Name& name) {
   Query query(database, kDeleteValue);
-  const LSTATUS result = query.Bind(node).Bind(name.folded).Step();
-  if (result != ERROR_NO_MORE_ITEMS) return result;
-  return query.Changed() ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+  const LSTATUS result = query.Bind(node).Bind(name.folded).Step(ERROR_SUCCESS);
+  return result == ERROR_SUCCESS && !query.Changed() ? LSTATUS{ERROR_FILE_NOT_FOUND} : result;
 }
 
 }  // namespace Corvane::Store
