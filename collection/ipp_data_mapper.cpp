@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/utf8.h"
 #include "core/class_identification.h"
 #include "core/file_time.h"
 #include "core/text.h"
@@ -77,7 +78,7 @@ std::wstring IPPDataMapper::GetDataMapName() {
 
 std::string IPPDataMapper::ResourceUriOf(DataMapSpec* spec) {
   const auto* const parameters = dynamic_cast<IPPDataItemSpec*>(spec->GetDataItemSpec(kParameters));
-  return parameters && parameters->m_resourceUri ? Utf8(parameters->m_resourceUri)
+  return parameters && parameters->m_resourceUri ? ToUtf8(parameters->m_resourceUri)
                                                  : kDefaultResourceUri;
 }
 
@@ -116,7 +117,7 @@ HRESULT IPPDataMapper::Read(const IPPDataItemSpec& item, Values* values) {
   IPPQuery query;
   query.forJob = command == "Get-Job-Attributes";
   if (!query.forJob && !command.empty() && command != "Get-Printer-Attributes") return E_FAIL;
-  query.name = Utf8(HasText(item.GetAttributeID()) ? item.GetAttributeID() : item.GetName());
+  query.name = ToUtf8(HasText(item.GetAttributeID()) ? item.GetAttributeID() : item.GetName());
   query.jobUri = Parameter(item, &IPPDataItemSpec::m_jobUri);
   query.resourceUri = Parameter(item, &IPPDataItemSpec::m_resourceUri);
   query.charset = Parameter(item, &IPPDataItemSpec::m_charset);
@@ -150,10 +151,10 @@ bool IPPDataMapper::HasOwnWay(const IPPDataItemSpec& item) const {
 
 std::string IPPDataMapper::Parameter(const IPPDataItemSpec& item,
                                      wchar_t* IPPDataItemSpec::*field) const {
-  if (HasText(item.*field)) return Utf8(item.*field);
+  if (HasText(item.*field)) return ToUtf8(item.*field);
   const auto* const parameters =
       dynamic_cast<IPPDataItemSpec*>(m_spec->GetDataItemSpec(kParameters));
-  return parameters && HasText(parameters->*field) ? Utf8(parameters->*field) : std::string();
+  return parameters && HasText(parameters->*field) ? ToUtf8(parameters->*field) : std::string();
 }
 
 // All that was read, so that asking for the next of several values costs no exchange; what an

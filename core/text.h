@@ -14,9 +14,8 @@ namespace Corvane {
 // empty one.
 UniqueBstr BstrFromNarrow(std::string_view narrow);
 std::string Narrow(std::wstring_view wide);
-// The same with UTF-8, whatever the system's code page.
+// The same from UTF-8, whatever the system's code page.
 UniqueBstr BstrFromUtf8(std::string_view utf8);
-std::string Utf8(std::wstring_view wide);
 
 // Copies `text` with its terminator when `bufferSize` characters hold it: 0, else E_OUTOFMEMORY,
 // with a null buffer too. *requiredLength is the text's length + 1 in either case.

@@ -1,5 +1,5 @@
 // Whether a secure printer takes the caller's credentials.
-#include "core/text.h"
+#include "base/utf8.h"
 #include "core/trace.h"
 #include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
@@ -26,7 +26,7 @@ HRESULT IPPProviderImpl::CheckAuthorization(HTTPRequest* httpRequest, IPPRequest
   TraceScope trace(L"Corvane::IPPProviderImpl::CheckAuthorization");
   StopPolling();  // a half-sent document goes
   m_jobOperations = std::make_unique<IPPOperations>(m_address.Get());
-  if (m_jobOperations->SetResourceURI(Utf8(m_resourceUri).c_str()) != S_OK) {
+  if (m_jobOperations->SetResourceURI(ToUtf8(m_resourceUri).c_str()) != S_OK) {
     return Fail(kIPPPathTooShort);
   }
   m_jobOperations->SetPrinterURI(m_printerUri.c_str());

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <new>
 
+#include "base/utf8.h"
 #include "core/class_identification.h"
 #include "core/file_time.h"
 #include "core/text.h"
@@ -78,7 +79,7 @@ IPPProviderImpl* IPPProviderImpl::Create2(Address* address, const wchar_t* print
   if (!SplitPrinterUri(printerUri, &resourcePath, &wholeUri)) return nullptr;
   const bool secure = KindOfPrinterUri(wholeUri.c_str()) == PrinterUriKind::kIpps;
   auto provider =
-      RefPtr<IPPProviderImpl>::Adopt(Create(address, Utf8(resourcePath).c_str(), secure, flags));
+      RefPtr<IPPProviderImpl>::Adopt(Create(address, ToUtf8(resourcePath).c_str(), secure, flags));
   const DWORD error = GetLastError();
   if (provider && !provider->SetUris(resourcePath.c_str(), wholeUri.c_str())) provider.Reset();
   trace.Message(kTraceInfo, L"Resource URI is %ls \r\n", resourcePath.c_str());

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/utf8.h"
 #include "core/text.h"
 #include "core/trace.h"
 #include "ipp/ipp_codes.h"
@@ -115,7 +116,7 @@ bool IPPProviderImpl::IsSecure() const {
 
 std::unique_ptr<IPPOperations> IPPProviderImpl::NewExchange() const {
   auto exchange = std::make_unique<IPPOperations>(m_address.Get());
-  exchange->SetResourceURI(Utf8(m_resourceUri).c_str());
+  exchange->SetResourceURI(ToUtf8(m_resourceUri).c_str());
   exchange->SetPrinterURI(m_printerUri.c_str());
   std::uint32_t longest = 0;
   for (const auto& timeout : m_timeouts) longest = std::max(longest, timeout.load());

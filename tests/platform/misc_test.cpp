@@ -17,84 +17,9 @@
 
 namespace {
 
-using namespace std::string_literals;
 using Corvane::Test::UnderWine;
 
 constexpr DWORD kSentinel = 4711;  // a last error that nothing here sets
-
-// Both the size query and the conversion, which must agree.
-std::wstring Widen(std::string_view text, DWORD flags = 0) {
-  const int bytes = static_cast<int>(text.size());
-  const int size = MultiByteToWideChar(CP_UTF8, flags, text.data(), bytes, nullptr, 0);
-  std::wstring wide(static_cast<std::size_t>(size), L'#');
-  EXPECT_EQ(size, MultiByteToWideChar(CP_UTF8, flags, text.data(), bytes, wide.data(), size));
-  return wide;
-}
-
-std::string Narrow(std::wstring_view text, DWORD flags = 0) {
-  const auto convert = [&](char* out, int size) {
-    return WideCharToMultiByte(CP_UTF8, flags, text.data(), static_cast<int>(text.size()), out,
-                               size, nullptr, nullptr);
-  };
-  const int size = convert(nullptr, 0);
-  std::string narrow(static_cast<std::size_t>(size), '#');
-  EXPECT_EQ(size, convert(narrow.data(), size));
-  return narrow;
-}
-
-// What the universal character names below become on either width of wchar_t.
-TEST(TextTest, ConvertsWellFormedTextBothWays) {
-  const std::string x(40, 'x');
-  const std::wstring wideX(40, L'x');
-  const struct {
-    const char* name;
-    std::string narrow;
-    std::wstring wide;
-  } cases[] = {{"NUL inside", "a\0b"s, L"a\0b"s},
-               {"ends of two bytes", "\xC2\x80\xDF\xBF", L"\x80\u07FF"},
-               {"ends of three bytes", "\xE0\xA0\x80\xEF\xBF\xBF", L"\u0800\uFFFF"},
-               {"beside the surrogates", "\xED\x9F\xBF\xEE\x80\x80", L"\uD7FF\uE000"},
-               {"ends of four bytes", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", L"\U00010000\U0010FFFF"},
-               {"byte order mark", "\xEF\xBB\xBFz", L"\uFEFFz"},
-               {"inside a block of ASCII", x + "\xE2\x82\xAC" + x, wideX + L"\u20AC" + wideX}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.wide, Widen(c.narrow)) << c.name;
-    EXPECT_EQ(c.wide, Widen(c.narrow, MB_ERR_INVALID_CHARS)) << c.name;
-    EXPECT_EQ(c.narrow, Narrow(c.wide)) << c.name;
-    EXPECT_EQ(c.narrow, Narrow(c.wide, WC_ERR_INVALID_CHARS)) << c.name;
-  }
-}
-
-TEST(TextTest, ReplacesIllFormedBytes) {
-  // A question mark stands for U+FFFD.
-  struct Row {
-    std::string narrow;
-    std::wstring wide;
-  };
-  for (auto [narrow, wide] :
-       {Row{"\x80", L"?"}, Row{"\xC0\x80", L"??"}, Row{"\xC2", L"?"}, Row{"\xC2z", L"?z"},
-        Row{"\xC2\xC2\xA0", L"?\xA0"}, Row{"\xE0\x80", L"?"}, Row{"\xE0\x80\x80", L"??"},
-        Row{"\xE2\x82", L"?"}, Row{"\xE2\x82z", L"?z"}, Row{"\xED\xA0\x80", L"??"},
-        Row{"\xF0\x80\x80\x80", L"???"}, Row{"\xF0\x90\x80", L"?"}, Row{"\xF0\x9F\x98\xF0", L"??"},
-        Row{"\xF4\x90\x80\x80", L"???"}, Row{"\xF5\x80\x80\x80", L"????"},
-        Row{"\xF1\x80\x80\xE0\xA0\xC2z", L"???z"}}) {
-    for (wchar_t& c : wide) c = c == L'?' ? L'\uFFFD' : c;
-    const std::string name = testing::PrintToString(narrow);
-    EXPECT_EQ(wide, Widen(narrow)) << name;
-    EXPECT_EQ(std::wstring(20, L'x') + wide, Widen(std::string(20, 'x') + narrow)) << name;
-    SetLastError(kSentinel);
-    EXPECT_EQ(L"", Widen(narrow, MB_ERR_INVALID_CHARS)) << name;
-    EXPECT_EQ(DWORD{ERROR_NO_UNICODE_TRANSLATION}, GetLastError());
-  }
-}
-
-TEST(TextTest, ReplacesLoneSurrogates) {
-  const std::wstring text = {L'a', static_cast<wchar_t>(0xD800), L'z'};
-  EXPECT_EQ("a\xEF\xBF\xBDz", Narrow(text));
-  SetLastError(kSentinel);
-  EXPECT_EQ("", Narrow(text, WC_ERR_INVALID_CHARS));
-  EXPECT_EQ(DWORD{ERROR_NO_UNICODE_TRANSLATION}, GetLastError());
-}
 
 // A result and the last error.
 using Result = std::pair<int, DWORD>;
@@ -102,9 +27,9 @@ using Result = std::pair<int, DWORD>;
 TEST(TextTest, WidenChecksItsArguments) {
   wchar_t out[8];
   const auto widen = [](const char* text, int bytes, wchar_t* output, int size,
-                        UINT codePage = CP_UTF8) {
+                        UINT codePage = CP_UTF8, DWORD flags = 0) {
     SetLastError(kSentinel);
-    const int result = MultiByteToWideChar(codePage, 0, text, bytes, output, size);
+    const int result = MultiByteToWideChar(codePage, flags, text, bytes, output, size);
     return Result(result, GetLastError());
   };
   EXPECT_EQ(Result(3, kSentinel), widen("ab", -1, out, 8, CP_ACP));
@@ -113,6 +38,9 @@ TEST(TextTest, WidenChecksItsArguments) {
   EXPECT_EQ(Result(2, kSentinel), widen("ab", 2, out, 0));
   EXPECT_EQ(Result(0, ERROR_INSUFFICIENT_BUFFER), widen("abc", 3, out, 2));
   EXPECT_EQ(Result(0, ERROR_INSUFFICIENT_BUFFER), widen("ab", -1, out, 2));
+  EXPECT_EQ(Result(0, ERROR_NO_UNICODE_TRANSLATION),
+            widen("a\x80", 2, out, 8, CP_UTF8, MB_ERR_INVALID_CHARS));
+  EXPECT_EQ(Result(2, kSentinel), widen("a\x80", 2, out, 8));
   const Result invalid(0, ERROR_INVALID_PARAMETER);
   EXPECT_EQ(invalid, widen("ab", 0, out, 8));
   EXPECT_EQ(invalid, widen(nullptr, 2, out, 8));
@@ -132,6 +60,9 @@ TEST(TextTest, NarrowChecksItsArguments) {
   EXPECT_EQ(Result(3, kSentinel), narrow(L"ab", -1, out, 8));
   EXPECT_EQ(Result(0, ERROR_INSUFFICIENT_BUFFER), narrow(L"a\u20AC", 2, out, 3));
   EXPECT_EQ(Result(0, ERROR_INVALID_FLAGS), narrow(L"ab", 2, out, 8, 1));
+  const wchar_t lone[] = {static_cast<wchar_t>(0xD800)};
+  EXPECT_EQ(Result(0, ERROR_NO_UNICODE_TRANSLATION), narrow(lone, 1, out, 8, WC_ERR_INVALID_CHARS));
+  EXPECT_EQ(Result(3, kSentinel), narrow(lone, 1, out, 8));
   const Result invalid(0, ERROR_INVALID_PARAMETER);
   EXPECT_EQ(invalid, narrow(L"ab", 0, out, 8));
   EXPECT_EQ(invalid, narrow(nullptr, 2, out, 8));

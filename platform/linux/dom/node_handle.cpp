@@ -1,7 +1,7 @@
 #include "platform/linux/dom/node_handle.h"
 
+#include "base/utf8.h"
 #include "platform/linux/dom/pattern/pattern_evaluator.h"
-#include "platform/linux/dom/tree/encoding.h"
 #include "platform/linux/dom/tree/text.h"
 #include "platform/linux/dom/tree/xml_names.h"
 
@@ -50,9 +50,8 @@ bool NodeHandle::HasAttributeMap() const {
 }
 
 NodeHandle NodeHandle::FindAttribute(std::wstring_view name) const {
-  std::string utf8;
-  if (!WideToUtf8(name, name.size() * sizeof(wchar_t), &utf8)) return At(kNoNode);
-  return At(InTree().FindAttribute(m_node, utf8));
+  const std::optional<std::string> utf8 = ToUtf8Strictly(name);
+  return At(utf8 ? InTree().FindAttribute(m_node, *utf8) : kNoNode);
 }
 
 std::optional<std::string_view> NodeHandle::Name() const {

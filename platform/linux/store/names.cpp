@@ -4,32 +4,12 @@
 #include <cwchar>
 
 #include "base/letter_case.h"
+#include "base/utf8.h"
 
 namespace Corvane::Store {
 namespace {
 
 constexpr char32_t kLastCharacter = 0x10FFFF;
-
-void AppendUtf8(char32_t c, std::string* text) {
-  const auto rest = [&](int shift) {
-    text->push_back(static_cast<char>(0x80 | ((c >> shift) & 0x3F)));
-  };
-  if (c < 0x80) {
-    text->push_back(static_cast<char>(c));
-  } else if (c < 0x800) {
-    text->push_back(static_cast<char>(0xC0 | (c >> 6)));
-    rest(0);
-  } else if (c < 0x10000) {
-    text->push_back(static_cast<char>(0xE0 | (c >> 12)));
-    rest(6);
-    rest(0);
-  } else {
-    text->push_back(static_cast<char>(0xF0 | (c >> 18)));
-    rest(12);
-    rest(6);
-    rest(0);
-  }
-}
 
 }  // namespace
 
@@ -63,22 +43,9 @@ std::string FoldedText(std::string_view text) {
 void AppendWide(std::string_view text, std::wstring* wide) {
   const std::size_t begin = wide->size();
   wide->resize(begin + text.size());
-  wchar_t* out = wide->data() + begin;
-  for (std::size_t i = 0; i < text.size();) {
-    const auto lead = static_cast<unsigned char>(text[i++]);
-    if (lead < 0x80) {
-      *out++ = lead;
-      continue;
-    }
-    int more = lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-    char32_t c = lead & (0x3Fu >> more);
-    // A damaged file may end the text early.
-    for (; more > 0 && i < text.size(); --more) {
-      c = (c << 6) | (static_cast<unsigned char>(text[i++]) & 0x3Fu);
-    }
-    *out++ = static_cast<wchar_t>(c);
-  }
-  wide->resize(static_cast<std::size_t>(out - wide->data()));
+  const std::size_t chars =
+      Convert(text, Malformed::kKeep, std::span(*wide).subspan(begin)).written;
+  wide->resize(begin + chars);
 }
 
 LSTATUS SplitPath(const wchar_t* path, std::vector<Name>* names) {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "base/utf8.h"
 #include "corvane/linux/dom.h"
 #include "platform/linux/dom/pattern/pattern_parser.h"
-#include "platform/linux/dom/tree/encoding.h"
 
 namespace Corvane::Dom {
 namespace {
@@ -20,10 +20,10 @@ std::shared_ptr<const Expression> PatternCache::Compile(std::wstring_view patter
                                   [&](const Entry& entry) { return entry.pattern == pattern; });
   if (known != m_entries.end()) return known->expression;
 
-  std::string utf8;
   if (pattern.size() > Corvane::DomLimits::kMaxPatternChars) return nullptr;
-  if (!WideToUtf8(pattern, pattern.size() * sizeof(wchar_t), &utf8)) return nullptr;
-  std::shared_ptr<const Expression> expression = CompilePattern(utf8, names);
+  const std::optional<std::string> utf8 = ToUtf8Strictly(pattern);
+  if (!utf8) return nullptr;
+  std::shared_ptr<const Expression> expression = CompilePattern(*utf8, names);
   if (!expression || pattern.size() > kMaxKeptCharacters) return expression;
   if (m_entries.size() < kMaxEntries) {
     m_entries.push_back({std::wstring(pattern), expression});

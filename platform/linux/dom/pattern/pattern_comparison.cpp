@@ -126,7 +126,7 @@ bool PatternEvaluator::Holds(const Expression& comparison, const Place& left, co
     rightText = TextOf(rightMethod, *right, kWholeText, &m_rightText);
     if (comparison.ignoreCase) {
       m_lowerText.clear();
-      AppendLowerCase(rightText, &m_lowerText);
+      AppendFolded(rightText, &m_lowerText);
       m_rightText.swap(m_lowerText);
       rightText = m_rightText;
     }
@@ -142,7 +142,7 @@ bool PatternEvaluator::Holds(const Expression& comparison, const Place& left, co
       leftText = leftText.substr(0, cut);
     }
     m_lowerText.clear();
-    AppendLowerCase(leftText, &m_lowerText);
+    AppendFolded(leftText, &m_lowerText);
     leftText = m_lowerText;
   }
   Charge(std::min(leftText.size(), rightText.size()) / kBytesPerStep);

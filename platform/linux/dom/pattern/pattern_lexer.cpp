@@ -1,6 +1,6 @@
 #include "platform/linux/dom/pattern/pattern_lexer.h"
 
-#include "platform/linux/dom/tree/encoding.h"
+#include "base/utf8.h"
 #include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {
@@ -35,10 +35,10 @@ constexpr struct {
 std::size_t NameLength(std::string_view text) {
   std::size_t total = 0;
   while (total < text.size()) {
-    std::size_t length;
-    const char32_t c = DecodeUtf8(text.substr(total), &length);
+    std::size_t behind = total;
+    const char32_t c = NextCodePoint(text, &behind);
     if (!(total == 0 ? IsNameStart(c) : IsNameChar(c))) break;
-    total += length;
+    total = behind;
   }
   return total;
 }

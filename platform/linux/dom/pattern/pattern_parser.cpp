@@ -233,7 +233,7 @@ bool PatternParser::ParseRightSide(Expression* comparison) {
     if (comparison->numeric) {
       comparison->number = ParseNumber(m_token.text);
     } else if (comparison->ignoreCase) {
-      AppendLowerCase(m_token.text, &comparison->literal);
+      AppendFolded(m_token.text, &comparison->literal);
     } else {
       comparison->literal = m_token.text;
     }

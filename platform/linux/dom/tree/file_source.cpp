@@ -7,12 +7,13 @@
 
 #include <cerrno>
 #include <charconv>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <utility>
 
+#include "base/utf8.h"
 #include "corvane/linux/dom.h"
-#include "platform/linux/dom/tree/encoding.h"
 
 namespace Corvane::Dom {
 namespace {
@@ -135,10 +136,11 @@ bool ReadFile(std::string_view source, std::string* bytes, std::string* reason) 
 }  // namespace
 
 std::unique_ptr<Tree> ReadSource(std::wstring_view source, LoadFailure* failure) {
-  std::string path;
+  std::optional<std::string> path;
+  if (source.size() <= kMaxSourceBytes) path = ToUtf8Strictly(source);
   std::string bytes;
   std::string reason = "The source is no path.";
-  if (!WideToUtf8(source, kMaxSourceBytes, &path) || !ReadFile(path, &bytes, &reason)) {
+  if (!path || path->size() > kMaxSourceBytes || !ReadFile(*path, &bytes, &reason)) {
     *failure = {kSourceNotFound, std::move(reason), 0, 0};
     return nullptr;
   }

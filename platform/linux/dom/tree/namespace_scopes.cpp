@@ -1,13 +1,13 @@
 #include "platform/linux/dom/tree/namespace_scopes.h"
 
-#include "platform/linux/dom/tree/encoding.h"
+#include "base/utf8.h"
 
 namespace Corvane::Dom {
 namespace {
 
 bool StartsLikeName(std::string_view part) {
-  std::size_t length;
-  return !part.empty() && IsNameStart(DecodeUtf8(part, &length));
+  std::size_t behind = 0;
+  return !part.empty() && IsNameStart(NextCodePoint(part, &behind));
 }
 
 }  // namespace

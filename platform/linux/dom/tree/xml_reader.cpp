@@ -7,8 +7,10 @@
 #include <array>
 #include <memory>
 #include <new>
+#include <optional>
 #include <type_traits>
 
+#include "base/utf8.h"
 #include "corvane/linux/dom.h"
 #include "platform/linux/dom/tree/encoding.h"
 #include "platform/linux/dom/tree/tree_builder.h"
@@ -194,12 +196,13 @@ std::unique_ptr<Tree> ReadUtf8(std::string_view text, LoadFailure* failure) {
 std::unique_ptr<Tree> ReadWide(std::wstring_view text, LoadFailure* failure) {
   constexpr wchar_t kByteOrderMark = 0xFEFF;
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(1);
-  std::string utf8;
-  if (!WideToUtf8(text, Corvane::DomLimits::kMaxDocumentBytes, &utf8)) {
+  std::optional<std::string> utf8;
+  if (text.size() <= Corvane::DomLimits::kMaxDocumentBytes) utf8 = ToUtf8Strictly(text);
+  if (!utf8) {
     *failure = {E_FAIL, "The text is too large, or holds a character that is none.", 0, 0};
     return nullptr;
   }
-  return ReadUtf8(utf8, failure);
+  return ReadUtf8(*utf8, failure);
 }
 
 std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure) {
