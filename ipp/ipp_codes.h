@@ -21,9 +21,12 @@ constexpr int kPrintJobWithCredentials = 50;
 // Status codes (RFC 8011, appendix B).
 namespace IPPStatus {
 constexpr int kOk = 0x0000;
+constexpr int kLastSuccess = 0x00FF;  // B.1.2
 constexpr int kNotAuthenticated = 0x0402;
 constexpr int kNotAuthorized = 0x0403;
 constexpr int kNotPossible = 0x0404;
+constexpr int kServerErrorBusy = 0x0507;
+constexpr int kServerErrorJobCanceled = 0x0508;
 }  // namespace IPPStatus
 
 // Delimiter and value tags (RFC 8010, 3.5).

@@ -1,5 +1,6 @@
 # Checks that the built library exports its functions under their plain names.
 set(expected
+  CancelPrintJob
   CreateDataCollectionFromDOM
   CreateDataCollectionFromDataMapSpecsCollection
   CreateDataCollectionFromFile

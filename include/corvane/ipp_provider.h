@@ -11,31 +11,47 @@
 
 namespace Corvane {
 
-// What the thread's last error tells of a creation that gave null. Besides these: 87 for a null
-// argument, a printer URI of the wrong scheme for the function or one that cannot be parsed; 1796
-// for a port other than 631 and 443; and what the exchange left (see GetIPPValue).
+// What the thread's last error tells of a creation that gave null; besides these, what the exchange
+// left (see GetIPPValue).
 constexpr std::uint32_t kIPPNotOnDevice = 0x20000001;     // port 80 answers, 631 does not
 constexpr std::uint32_t kIPPDeviceSilent = 0x20000002;    // neither does
 constexpr std::uint32_t kIPPPathTooShort = 0x20000003;    // of a printer URI: below 4 characters
 constexpr std::uint32_t kIPPNoResourcePath = 0x20000004;  // an empty path or resource URI
+constexpr std::uint32_t kIPPUnknownPort = 1796;           // of a printer URI: neither 631 nor 443
+// Null, a printer URI of the wrong scheme for the function, or one that cannot be parsed. Of a
+// print job: null sets or bytes, a negative length, no document on its way.
+constexpr std::uint32_t kIPPInvalidArgument = 87;
 
-// The same of a print job. Besides these: 1462 for a document of 0 bytes; 87 for null sets or bytes
-// and a negative length; 1280 for a provider that was made without a printer URI; 1460 when the
-// printer was not idle, or had no room, for an hour; 995 when it aborted the job; 1026 for HTTP
-// status 401 as the answer to a document; the IPP status (RFC 8011, appendix B) of a refusal; else
+// The same of a print job. Besides these: the IPP status (RFC 8011, appendix B) of a refusal; else
 // what the exchange left, an HTTP status among that.
+constexpr std::uint32_t kIPPDocumentEmpty = 1462;    // 0 bytes
+constexpr std::uint32_t kIPPNoPrinterUri = 1280;     // the provider was made without one
+constexpr std::uint32_t kIPPPrinterNotReady = 1460;  // not idle, or without room, for an hour
+constexpr std::uint32_t kIPPJobAborted = 995;        // by the printer
+constexpr std::uint32_t kIPPJobCancelled = 1223;     // with S_DEVICECANCELED
+// server-error-busy: it has not taken the job.
+constexpr std::uint32_t kIPPPrinterBusy = 0x20000011;
 constexpr std::uint32_t kIPPPrinterStateUnknown = 0x20000010;  // it does not tell; nothing was sent
-constexpr std::uint32_t kIPPPrinterBusy =
-    0x20000011;  // server-error-busy: it has not taken the job
 // It has every byte, but neither its answer nor its lists of jobs could be had: sending the
 // document again may print it twice. After every other failure it is not printed.
 constexpr std::uint32_t kIPPPerhapsPrinted = 0x20000012;
+// Of CancelPrintJob: the printer lists no job that is certainly the one being printed.
+constexpr std::uint32_t kIPPJobNotListed = 0x20000013;
 
-// The result of a print job that was cancelled at the printer, at its panel or by another program.
+// What HTTP status 401 becomes: as the answer to a document, and to anything else.
+constexpr std::uint32_t kIPPNotAuthenticated = 1026;
+constexpr std::uint32_t kIPPNotAuthorized = 1027;
+
+// Of CheckAuthorization, beside the latter.
+constexpr std::uint32_t kIPPNoSecureUri = 1025;       // the provider has no ipps URI
+constexpr std::uint32_t kIPPUnexpectedAnswer = 1280;  // neither taken nor refused
+
+// The result of a print job that was cancelled: at the printer's panel, by another program, or with
+// CancelPrintJob.
 constexpr HRESULT S_DEVICECANCELED = static_cast<HRESULT>(0x902A010A);
 
-// Belongs to one thread at a time. Texts are UTF-8. Results: 0 is success, E_FAIL every failure
-// that nothing else is said of; outputs are then as they were.
+// Belongs to one thread at a time, but for CancelPrintJob. Texts are UTF-8. Results: 0 is success,
+// E_FAIL every failure that nothing else is said of; outputs are then as they were.
 class IPPProvider : public Corvane::IDisposable {
  public:
   virtual ~IPPProvider() = default;
@@ -48,8 +64,8 @@ class IPPProvider : public Corvane::IDisposable {
   virtual HRESULT GetValue(const char* name, VARIANT* value) = 0;
   // The same asked of the printer now, by its plain name: an attribute of the job at `uri`, or of
   // the printer. `resourceUri` is the path on the printer; null is the provider's own. `flags` are
-  // kept for the exchange. A failure to reach the printer leaves its reason as the last error: 1027
-  // for HTTP status 401, another HTTP status, or the host's code.
+  // kept for the exchange. A failure to reach the printer leaves its reason as the last error:
+  // kIPPNotAuthorized, another HTTP status, or the host's code.
   virtual HRESULT GetIPPValue(const char* attributeName, bool forJob, VARIANT* value,
                               const char* uri, const char* resourceUri, std::uint32_t flags) = 0;
 
@@ -86,8 +102,8 @@ class IPPProvider : public Corvane::IDisposable {
   virtual HRESULT PrintJob(IPPRequestBase* request, IPPResponseBase* response, const void* buffer,
                            std::int32_t length, bool chunked) = 0;
   // The next piece; one of 0 bytes ends the document, and the call gives its outcome. Waits while
-  // the printer's spool is full. Every result but 0 ends the job, but E_FAIL and 87 for bad
-  // arguments, which changes nothing, and when there is no job. When the connection breaks, or the
+  // the printer's spool is full. Every result but 0 ends the job, but E_FAIL with
+  // kIPPInvalidArgument, which changes nothing. When the connection breaks, or the
   // answer does not come, the job is looked up, and `response` tells what the printer lists.
   virtual HRESULT PrintJobWrite(IPPRequestBase* request, IPPResponseBase* response,
                                 const void* buffer, std::int32_t length) = 0;
@@ -98,9 +114,9 @@ class IPPProvider : public Corvane::IDisposable {
                            std::uint32_t receiveMs) = 0;
   // Whether a printer with an ipps URI takes the credentials of `request`, tried on a request of
   // the host's own, which has one exchange and needs no settings. 0: yes, and the authorization
-  // value of `request`, if any, is added to httpRequest's headers. E_FAIL, by last error: 1025 the
-  // provider has no ipps URI; 1027 refused; 1280 anything else that the printer answered;
-  // kIPPPathTooShort no resource URI; or what the exchange left.
+  // value of `request`, if any, is added to httpRequest's headers. E_FAIL, by last error:
+  // kIPPNoSecureUri; kIPPNotAuthorized refused; kIPPUnexpectedAnswer anything else that the printer
+  // answered; kIPPPathTooShort no resource URI; or what the exchange left.
   virtual HRESULT CheckAuthorization(HTTPRequest* httpRequest, IPPRequestBase* request) = 0;
 };
 
@@ -124,9 +140,33 @@ CORVANE_API Corvane::IPPProvider* CreateSecureIPPPrintProvider(Corvane::Address*
                                                                const wchar_t* printerUri,
                                                                std::uint32_t flags);
 
+// Cancels the document that `provider` is printing, from its first PrintJob until the call that
+// ends it. Any thread that holds a reference may ask, the sender's own between two pieces among
+// them, and as often as it likes.
+//
+// The job is marked at once: nothing more of the document goes out, and a wait for the printer
+// ends. A piece, or a whole document, that the host is sending already ends as the host has it end,
+// when it is sent or a limit of the host's has passed; only then does the sender's call come back,
+// but never before this one. It gives S_DEVICECANCELED and drops the connection, unless the printer
+// had taken the whole document before it could be cancelled: then the outcome is the document's
+// own.
+//
+// Meanwhile the job is cancelled at the printer, on the caller's thread, over the scheme of the
+// provider and with the headers of the job's request. A job that the printer does not list yet is
+// asked for again, every half second for `timeoutMs`, which each exchange takes at most, too.
+//
+// 0: the printer has cancelled the job, which `response`, if given, then tells: unless that was
+// known before. S_FALSE: nothing is being printed. E_FAIL with a last error when the printer has
+// not cancelled it: kIPPJobNotListed, also before anything was sent; the IPP status of its refusal;
+// or what the exchange left. The document is dropped all the same. E_FAIL without one for null and
+// a provider that is not this library's; E_OUTOFMEMORY.
+CORVANE_API HRESULT CancelPrintJob(Corvane::IPPProvider* provider,
+                                   Corvane::IPPResponseBase* response, std::uint32_t timeoutMs);
+
 }  // extern "C"
 
 namespace Corvane {
+using ::CancelPrintJob;
 using ::CreateIPPPrintProvider;
 using ::CreateIPPProvider;
 using ::CreateSecureIPPPrintProvider;

@@ -8,10 +8,6 @@
 namespace Corvane {
 namespace {
 
-constexpr DWORD kNoSecureUri = 1025;
-constexpr DWORD kRefused = 1027;
-constexpr DWORD kUnexpectedAnswer = 1280;
-
 constexpr std::uint32_t kHttpOk = 200;
 constexpr std::uint32_t kHttpUnauthorized = 401;
 
@@ -24,28 +20,30 @@ HRESULT Fail(DWORD error) {
 
 HRESULT IPPProviderImpl::CheckAuthorization(HTTPRequest* httpRequest, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPProviderImpl::CheckAuthorization");
-  StopPolling();  // a half-sent document goes
+  m_watch.End();  // a half-sent document goes
   m_jobOperations = std::make_unique<IPPOperations>(m_address.Get());
   if (m_jobOperations->SetResourceURI(ToUtf8(m_resourceUri).c_str()) != S_OK) {
     return Fail(kIPPPathTooShort);
   }
   m_jobOperations->SetPrinterURI(m_printerUri.c_str());
-  if (m_jobOperations->PrinterUri().find(L"ipps") == std::wstring::npos) return Fail(kNoSecureUri);
+  if (m_jobOperations->PrinterUri().find(L"ipps") == std::wstring::npos)
+    return Fail(kIPPNoSecureUri);
 
   HTTPResponse* response = nullptr;
   const HRESULT sent = m_jobOperations->SendIPPRequest(
       httpRequest, request, IPPOperation::kPrintJobWithCredentials, &response);
   if (FAILED(sent)) return sent;
-  if (FAILED(m_jobOperations->ParseIPPResponse(response, nullptr))) return Fail(kUnexpectedAnswer);
+  if (FAILED(m_jobOperations->ParseIPPResponse(response, nullptr)))
+    return Fail(kIPPUnexpectedAnswer);
   const std::wstring authorization = request->GetAuthorizationHeader();
   if (!authorization.empty()) httpRequest->AddHeader(L"Authorization", authorization.c_str());
   switch (response->GetStatusCode()) {
     case kHttpOk:
       return S_OK;
     case kHttpUnauthorized:
-      return Fail(kRefused);
+      return Fail(kIPPNotAuthorized);
     default:
-      return Fail(kUnexpectedAnswer);
+      return Fail(kIPPUnexpectedAnswer);
   }
 }
 

@@ -71,7 +71,7 @@ IPPProviderImpl* IPPProviderImpl::Create2(Address* address, const wchar_t* print
                                           std::uint32_t flags) {
   TraceScope trace(L"Corvane::IPPProviderImpl::Create2");
   if (!address || !printerUri) {
-    SetLastError(ERROR_INVALID_PARAMETER);
+    SetLastError(kIPPInvalidArgument);
     return nullptr;
   }
   std::wstring resourcePath;
@@ -117,6 +117,20 @@ void IPPProviderImpl::SetTimeouts(std::uint32_t connectMs, std::uint32_t sendMs,
 
 }  // namespace Corvane
 
+namespace {
+
+// Of a URI of that kind alone.
+Corvane::IPPProvider* CreateFor(Corvane::PrinterUriKind kind, Corvane::Address* address,
+                                const wchar_t* printerUri, std::uint32_t flags) {
+  if (Corvane::KindOfPrinterUri(printerUri) == kind) {
+    return Corvane::IPPProviderImpl::Create2(address, printerUri, flags);
+  }
+  SetLastError(Corvane::kIPPInvalidArgument);
+  return nullptr;
+}
+
+}  // namespace
+
 Corvane::IPPProvider* CreateIPPProvider(Corvane::Address* address, const char* resourceUri) {
   Corvane::TraceScope trace(L"Corvane::CreateIPPProvider");
   return Corvane::IPPProviderImpl::Create(address, resourceUri, false, Corvane::kIPPDefaultFlags);
@@ -124,19 +138,11 @@ Corvane::IPPProvider* CreateIPPProvider(Corvane::Address* address, const char* r
 
 Corvane::IPPProvider* CreateIPPPrintProvider(Corvane::Address* address, const wchar_t* printerUri) {
   Corvane::TraceScope trace(L"Corvane::CreateIPPPrintProvider");
-  if (Corvane::KindOfPrinterUri(printerUri) == Corvane::PrinterUriKind::kIpp) {
-    return Corvane::IPPProviderImpl::Create2(address, printerUri, 0);
-  }
-  SetLastError(ERROR_INVALID_PARAMETER);
-  return nullptr;
+  return CreateFor(Corvane::PrinterUriKind::kIpp, address, printerUri, 0);
 }
 
 Corvane::IPPProvider* CreateSecureIPPPrintProvider(Corvane::Address* address,
                                                    const wchar_t* printerUri, std::uint32_t flags) {
   Corvane::TraceScope trace(L"Corvane::CreateSecureIPPPrintProvider");
-  if (Corvane::KindOfPrinterUri(printerUri) == Corvane::PrinterUriKind::kIpps) {
-    return Corvane::IPPProviderImpl::Create2(address, printerUri, flags);
-  }
-  SetLastError(ERROR_INVALID_PARAMETER);
-  return nullptr;
+  return CreateFor(Corvane::PrinterUriKind::kIpps, address, printerUri, flags);
 }

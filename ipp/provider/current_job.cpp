@@ -37,6 +37,16 @@ bool CurrentJob::HasBegun() const {
   return m_begin.has_value();
 }
 
+bool CurrentJob::IsCertain() const {
+  const std::lock_guard lock(m_lock);
+  return m_hasItsName;
+}
+
+std::string CurrentJob::User() const {
+  const std::lock_guard lock(m_lock);
+  return m_user;
+}
+
 const IPPJob* CurrentJob::FindIn(const std::vector<IPPJob>& jobs, std::string_view uri) {
   if (!uri.empty()) {
     const auto named =
@@ -54,7 +64,7 @@ const IPPJob* CurrentJob::FindIn(const std::vector<IPPJob>& jobs, std::string_vi
   }
   if (best && best->id && !HasEnded(best->state) && !(m_id && best->name != m_name)) {
     m_id = best->id;
-    m_hasItsName = best->name == m_name;
+    m_hasItsName = best->name == m_name || best->name.empty();
   }
   return best;
 }
@@ -69,6 +79,13 @@ bool CurrentJob::CanBe(const IPPJob& job) const {
   if (!job.createdAt || !job.answeredAt) return true;
   const std::chrono::seconds age(std::int64_t{*job.answeredAt} - *job.createdAt);
   return age <= Clock::now() - *m_begin + kClockSlack;
+}
+
+bool IsCancelled(IPPResponseBase* response) {
+  const char* const state = response->GetJobState();
+  const char* const reasons = response->GetJobStateReasons();
+  return (state && std::string_view(state) == "Canceled") ||
+         (reasons && std::string_view(reasons).find("canceled") != std::string_view::npos);
 }
 
 void FillFromJob(const IPPJob& job, IPPResponseBase* response) {

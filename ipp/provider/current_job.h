@@ -33,6 +33,9 @@ class CurrentJob {
   // not listed.
   const IPPJob* FindIn(const std::vector<IPPJob>& jobs, std::string_view uri);
   bool HasBegun() const;
+  // Whether its id is known by the printer's word or by its name, not by its owner and age alone.
+  bool IsCertain() const;
+  std::string User() const;
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -45,7 +48,7 @@ class CurrentJob {
   std::string m_account;
   std::string m_name;
   std::optional<std::int32_t> m_id;
-  bool m_hasItsName = false;  // the job with the id, or the printer itself has told that
+  bool m_hasItsName = false;  // the job with the id, or no other; or the printer has told the id
 };
 
 // "7" canceled, "8" aborted, "9" completed (RFC 8011, 5.3.7).
@@ -53,6 +56,9 @@ template <typename Char>
 bool HasEnded(const std::basic_string<Char>& jobState) {
   return jobState.size() == 1 && jobState[0] >= '7' && jobState[0] <= '9';
 }
+
+// Whether what was told of a job says that somebody has cancelled it, or is about to.
+bool IsCancelled(IPPResponseBase* response);
 
 // The URI, id, state and reasons of the job, where the set may have another's.
 void FillFromJob(const IPPJob& job, IPPResponseBase* response);

@@ -9,12 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "core/critical_section.h"
-#include "core/unique_handle.h"
 #include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "ipp/ipp_operations.h"
-#include "ipp/provider/current_job.h"
+#include "ipp/provider/job_watch.h"
 #include "ipp/provider/printer_uri.h"
 
 namespace Corvane {
@@ -32,9 +30,10 @@ struct IPPQuery {
   std::string language;
 };
 
-// creation.cpp makes it, device_checks.cpp asks whether there is a printer, value_queries.cpp reads
-// it, job_listing.cpp looks for jobs, job_operations.cpp makes and cancels them, print_job.cpp
-// sends documents, status_polling.cpp watches meanwhile.
+// creation.cpp makes it, device_checks.cpp asks whether there is a printer, authorization.cpp
+// whether it takes the caller's credentials; value_queries.cpp reads it, job_listing.cpp looks for
+// jobs, job_operations.cpp makes and cancels them, print_job.cpp sends documents, and
+// status_polling.cpp asks meanwhile how they fare.
 class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
  public:
   // Null with a last error; null arguments leave that alone.
@@ -79,22 +78,25 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
   // goes on or cannot be seen.
   virtual HRESULT GetJobs(bool selectState);
 
+  // The job being printed is cancelled, see Corvane::CancelPrintJob. Any thread.
+  HRESULT CancelPrintJob(IPPResponseBase* response, std::uint32_t timeoutMs);
+
   // 1 the printer is idle and has room for a document, 0 it is not or has not, 2 it does not tell.
   int CheckForPrinterReadyState();
   // 0, or E_FAIL when the printer does not tell its state.
   HRESULT GetPrinterState(std::wstring* state, std::wstring* reasons);
 
-  // What the two polling threads and the sender tell each other. Any thread.
-  void SetPrintStatus();
-  std::uint32_t GetPrintStatus();
-  std::uint32_t GetbPrinteStatusThreadPoll();
-  void SetPrintReadyStatus();  // no more polling of the printer, ever
-  HANDLE GetPrintStatusEventHandle() const;
-  HANDLE GetPrintReadyStatusEventHandle() const;
-  // Milliseconds; less when the polling of the printer is to end.
-  void PauseBetweenPolls(std::uint32_t milliseconds) const;
+  // What the two polling threads and the sender tell each other, see JobWatch.
+  JobWatch& Watch() { return m_watch; }
+  void SetPrintStatus() { m_watch.SetPrintStatus(); }
+  std::uint32_t GetPrintStatus() const { return m_watch.GetPrintStatus(); }
+  std::uint32_t GetbPrinteStatusThreadPoll() { return m_watch.GetbPrinteStatusThreadPoll(); }
+  // No more polling of the printer, ever.
+  void SetPrintReadyStatus() { m_watch.SetPrintReadyStatus(); }
+  HANDLE GetPrintStatusEventHandle() const { return m_watch.GetPrintStatusEventHandle(); }
+  HANDLE GetPrintReadyStatusEventHandle() const { return m_watch.GetPrintReadyStatusEventHandle(); }
   // Ends and joins the polling threads, which takes one exchange at most, and closes the events.
-  void StopAllThreadsRunning();
+  void StopAllThreadsRunning() { m_watch.StopAllThreadsRunning(); }
 
   // The values of GetValue, in UTF-8; none for what the printer did not tell.
   std::vector<std::string> ValuesOf(const std::string& name) const;
@@ -106,48 +108,24 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
  private:
   static constexpr std::uint32_t kDefaultTimeoutMs = 30000;
 
-  // How something ended: a result, and what the last error is then.
-  struct Outcome {
-    HRESULT result = S_OK;
-    DWORD error = 0;
-  };
-  enum class JobSearch { kNotFound, kFound, kUnknown };
-  // How the printer has ended a job before its time.
-  enum class DeviceEnd { kNone, kAborted, kCancelled };
+  static constexpr std::uint32_t kNoLimit = ~std::uint32_t{0};
+  class Sending;  // a document on its way, see print_job.cpp
 
   bool SetUris(const wchar_t* resourceUri, const wchar_t* printerUri);
   bool IsSecure() const;
-  // A fresh exchange with the resource, the URI and the time-out of this provider.
-  std::unique_ptr<IPPOperations> NewExchange() const;
+  // A fresh exchange with the resource, the URI, the flags and the time-out of this provider, or
+  // with `limitMs` where that is shorter.
+  std::unique_ptr<IPPOperations> NewExchange(std::uint32_t limitMs = kNoLimit) const;
+  // All values of the attribute with "," between them; empty when the printer did not tell it.
+  static std::wstring JoinedValue(const IPPOperations& answer, std::string_view name);
 
   // GetJobs of the job at `uri`; of the one being printed when that is empty.
   HRESULT FindJob(IPPRequestBase* request, IPPResponseBase* response, bool selectState,
-                  std::string_view uri);
+                  std::string_view uri, std::uint32_t limitMs = kNoLimit);
   HRESULT RunJobOperation(int operation, IPPRequestBase* request, IPPResponseBase* response,
-                          bool secure);
-
-  Outcome BeginJob(IPPRequestBase* request, const void* buffer, std::int32_t length);
-  Outcome PrintWhole(IPPRequestBase* request, IPPResponseBase* response);
-  Outcome BeginChunks(IPPRequestBase* request, IPPResponseBase* response, std::int32_t length);
-  Outcome AwaitIdlePrinter();
-  Outcome AwaitRoomInSpool();
-  Outcome SendPiece(IPPRequestBase* request, IPPResponseBase* response, const void* buffer,
-                    std::int32_t length);
-  Outcome SendLastChunk(IPPRequestBase* request, IPPResponseBase* response);
-  Outcome ReadAnswer(HTTPResponse* answer, IPPRequestBase* request, IPPResponseBase* response);
-  Outcome JudgeStatus(IPPResponseBase* response);
-  Outcome AnswerIsLost(IPPRequestBase* request, IPPResponseBase* response, DWORD error);
-  Outcome DocumentIsCut(IPPRequestBase* request, IPPResponseBase* response, DWORD error);
-  Outcome Confirm(IPPRequestBase* request, IPPResponseBase* response);
-  JobSearch LookUpJob(IPPRequestBase* request, IPPResponseBase* response, bool again);
-  Outcome EndJob(Outcome outcome);
-
-  void StartPolling();
-  void StopPolling();
-  void StartJobsThread();
-  void ResumeJobsThread();
-  void MarkJobEnded(DeviceEnd end);
-  DeviceEnd EndAtDevice();
+                          bool secure, std::uint32_t limitMs = kNoLimit);
+  HRESULT CancelAtPrinter(IPPRequestBase* request, IPPResponseBase* response,
+                          std::uint32_t timeoutMs);
 
   const RefPtr<Address> m_address;
   const std::unique_ptr<IPPOperations> m_operations;  // holds the values of GetValue
@@ -159,22 +137,8 @@ class IPPProviderImpl : public IPPProvider, public IDisposableImpl {
   std::wstring m_printerUri;  // empty when the provider was made from a path
   std::uint64_t m_fetchTime = 0;
 
-  CurrentJob m_currentJob;
-  UniqueHandle m_jobsThread;
-  UniqueHandle m_printerStatusThread;
-  UniqueHandle m_printStatusEvent;  // the job has ended, or the threads must stop
-  UniqueHandle m_printReadyEvent;   // the printer's spool has room
-  UniqueHandle m_pollingEndEvent;   // set when m_pollPrinterStatus is not
-  CriticalSection m_printStatusLock;
-  std::uint32_t m_printStatus = 0;           // guarded by m_printStatusLock: the job has ended
-  DeviceEnd m_deviceEnd = DeviceEnd::kNone;  // guarded by m_printStatusLock
-  CriticalSection m_printerStatusLock;
-  std::uint32_t m_pollPrinterStatus = 1;  // guarded by m_printerStatusLock
+  JobWatch m_watch{this};
 };
-
-// The polling threads, whose argument is the provider. 0; 1 without a provider or its event.
-unsigned __stdcall GetJobsPollingThread(void* provider);
-unsigned __stdcall GetPrinterStatusPollingThread(void* provider);
 
 }  // namespace Corvane
 

@@ -4,14 +4,26 @@
 #include "core/variant.h"
 #include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
-#include "ipp/provider/value_text.h"
 #include "platform/system.h"
 
 namespace Corvane {
 namespace {
 
-const char* StateAttribute(bool selectState) {
-  return selectState ? "job-state" : "job-state-reasons";
+// The list is read into `exchange`; `value` is what was asked for. `overload` is for the traces of
+// a failure.
+bool ReadJobs(IPPOperations* exchange, IPPRequestBase* request, bool selectState, bool secure,
+              VARIANT* value, const wchar_t* overload, const TraceScope& trace) {
+  exchange->SetAttributeName(selectState ? "job-state" : "job-state-reasons");
+  HTTPResponse* answer = nullptr;
+  if (FAILED(exchange->SendIPPRequest(IPPOperation::kGetJobs, &answer, request, secure))) {
+    trace.Message(kTraceSevere, L"%ls..SendIPPRequest() failed", overload);
+    return false;
+  }
+  if (FAILED(exchange->ParseIPPResponse(answer, value))) {
+    trace.Message(kTraceSevere, L"%ls..ParseIPPResponse() failed", overload);
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -23,25 +35,18 @@ HRESULT IPPProviderImpl::GetJobs(IPPRequestBase* request, IPPResponseBase* respo
 }
 
 HRESULT IPPProviderImpl::FindJob(IPPRequestBase* request, IPPResponseBase* response,
-                                 bool selectState, std::string_view uri) {
+                                 bool selectState, std::string_view uri, std::uint32_t limitMs) {
   TraceScope trace(L"Corvane::IPPProviderImpl::GetJobs");
   if (!request || !request->GetRequestingUserName()) return E_FAIL;
-  const std::unique_ptr<IPPOperations> exchange = NewExchange();
-  exchange->SetAttributeName(StateAttribute(selectState));
+  const std::unique_ptr<IPPOperations> exchange = NewExchange(limitMs);
   exchange->SetRequestedUserName(request->GetRequestingUserName());
-  exchange->SetConnectionFlags(m_operations->ConnectionFlags());
-  HTTPResponse* answer = nullptr;
-  if (FAILED(exchange->SendIPPRequest(IPPOperation::kGetJobs, &answer, request, IsSecure()))) {
-    trace.Message(kTraceSevere, L"GetJobs(struct)..SendIPPRequest() failed");
-    return E_FAIL;
-  }
   _variant_t value;
-  if (FAILED(exchange->ParseIPPResponse(answer, &value))) {
-    trace.Message(kTraceSevere, L"GetJobs(struct)..ParseIPPResponse() failed");
+  if (!ReadJobs(exchange.get(), request, selectState, IsSecure(), &value, L"GetJobs(struct)",
+                trace)) {
     return E_FAIL;
   }
   const std::vector<IPPJob> jobs = exchange->Jobs();
-  const IPPJob* const job = m_currentJob.FindIn(jobs, uri);
+  const IPPJob* const job = m_watch.Job().FindIn(jobs, uri);
   if (value.vt == VT_EMPTY || (!jobs.empty() && !job)) {
     trace.Message(kTraceInfo,
                   L"May be we ask for which-jobs=completed but job is still in process else may be "
@@ -56,16 +61,9 @@ HRESULT IPPProviderImpl::FindJob(IPPRequestBase* request, IPPResponseBase* respo
 HRESULT IPPProviderImpl::GetJobs(bool selectState) {
   TraceScope trace(L"Corvane::IPPProviderImpl::GetJobs");
   const std::unique_ptr<IPPOperations> exchange = NewExchange();
-  exchange->SetAttributeName(StateAttribute(selectState));
   exchange->SetRequestedUserName(m_operations->RequestedUserName());
-  HTTPResponse* answer = nullptr;
-  if (FAILED(exchange->SendIPPRequest(IPPOperation::kGetJobs, &answer, nullptr, IsSecure()))) {
-    trace.Message(kTraceSevere, L"GetJobs()..SendIPPRequest() failed");
-    return S_FALSE;
-  }
   _variant_t asked;
-  if (FAILED(exchange->ParseIPPResponse(answer, &asked))) {
-    trace.Message(kTraceSevere, L"GetJobs()..ParseIPPResponse() failed");
+  if (!ReadJobs(exchange.get(), nullptr, selectState, IsSecure(), &asked, L"GetJobs()", trace)) {
     return S_FALSE;
   }
   const std::vector<IPPJob> jobs = exchange->Jobs();
@@ -74,7 +72,7 @@ HRESULT IPPProviderImpl::GetJobs(bool selectState) {
   if (jobs.empty()) {
     state = JoinedValue(*exchange, "job-state");
     reasons = JoinedValue(*exchange, "job-state-reasons");
-  } else if (const IPPJob* const job = m_currentJob.FindIn(jobs, {})) {
+  } else if (const IPPJob* const job = m_watch.Job().FindIn(jobs, {})) {
     state = BstrFromUtf8(job->state).Get();
     reasons = BstrFromUtf8(job->reasons).Get();
   }
@@ -82,22 +80,22 @@ HRESULT IPPProviderImpl::GetJobs(bool selectState) {
     trace.Message(kTraceInfo, L"value is empty");
     // One being printed that does not go on may have ended: that is to be seen at once, not with
     // the next poll.
-    return !selectState && m_currentJob.HasBegun() ? GetJobs(true) : S_FALSE;
+    return !selectState && m_watch.Job().HasBegun() ? GetJobs(true) : S_FALSE;
   }
   trace.Message(kTraceInfo, L"Print Job state=%ls and JobstateReasons=%ls", state.c_str(),
                 reasons.c_str());
   if (HasEnded(state)) {
     trace.Message(kTraceInfo, L"Job is canceled or completed");
-    MarkJobEnded(state == L"7"   ? DeviceEnd::kCancelled
-                 : state == L"8" ? DeviceEnd::kAborted
-                                 : DeviceEnd::kNone);
+    m_watch.MarkEnded(state == L"7"   ? JobWatch::DeviceEnd::kCancelled
+                      : state == L"8" ? JobWatch::DeviceEnd::kAborted
+                                      : JobWatch::DeviceEnd::kNone);
     return S_OK;
   }
   if (reasons.find(L"canceled") != std::wstring::npos) {
     trace.Message(kTraceInfo,
                   L"job-state-reasons can be job-canceled-at-device, canceled-by-user, "
                   L"canceled-by-operator,printer-stopped");
-    MarkJobEnded(DeviceEnd::kCancelled);
+    m_watch.MarkEnded(JobWatch::DeviceEnd::kCancelled);
     return S_OK;
   }
   trace.Message(kTraceInfo, L"Job is continuing..Print Job state=%ls and JobstateReasons=%ls",

@@ -1,4 +1,7 @@
 // Jobs that are made and cancelled by one exchange.
+#include <chrono>
+#include <cstdlib>
+#include <new>
 #include <vector>
 
 #include "base/letter_case.h"
@@ -9,6 +12,8 @@
 
 namespace Corvane {
 namespace {
+
+constexpr DWORD kListPauseMs = 500;
 
 bool HasText(const char* text) { return text && *text; }
 
@@ -40,8 +45,9 @@ class WithoutAuthorization {
 }  // namespace
 
 HRESULT IPPProviderImpl::RunJobOperation(int operation, IPPRequestBase* request,
-                                         IPPResponseBase* response, bool secure) {
-  const std::unique_ptr<IPPOperations> exchange = NewExchange();
+                                         IPPResponseBase* response, bool secure,
+                                         std::uint32_t limitMs) {
+  const std::unique_ptr<IPPOperations> exchange = NewExchange(limitMs);
   HTTPResponse* answer = nullptr;
   if (FAILED(exchange->SendIPPRequest(operation, &answer, request, secure))) return E_FAIL;
   const HRESULT parsed = exchange->ParseIPPResponse(answer, nullptr);
@@ -88,8 +94,60 @@ HRESULT IPPProviderImpl::CancelJob(IPPRequestBase* request, IPPResponseBase* res
   } else {
     trace.Message(kTraceSevere, L"GetJobs failed");
   }
+  m_watch.End();
   m_jobOperations.reset();  // the rest of a half-sent document is not wanted any more
   return found;
 }
 
+HRESULT IPPProviderImpl::CancelPrintJob(IPPResponseBase* response, std::uint32_t timeoutMs) {
+  TraceScope trace(L"Corvane::IPPProviderImpl::CancelPrintJob");
+  const auto request = RefPtr<IPPRequestBase>::Adopt(CreateIPPRequest());
+  const auto told = response ? RefPtr<IPPResponseBase>::Share(response)
+                             : RefPtr<IPPResponseBase>::Adopt(CreateIPPResponse());
+  if (!request || !told) return E_OUTOFMEMORY;
+  if (!m_watch.BeginCancelling(request.Get())) return S_FALSE;
+  HRESULT result = E_OUTOFMEMORY;
+  try {
+    result = CancelAtPrinter(request.Get(), told.Get(), timeoutMs);
+  } catch (const std::bad_alloc&) {
+    // The sender waits for what follows.
+  }
+  m_watch.EndCancelling(result == S_OK);
+  return result;
+}
+
+// A printer may list the job only when it has the whole document.
+HRESULT IPPProviderImpl::CancelAtPrinter(IPPRequestBase* request, IPPResponseBase* response,
+                                         std::uint32_t timeoutMs) {
+  using Clock = std::chrono::steady_clock;
+  if (m_watch.EndAtDevice() == JobWatch::DeviceEnd::kCancelled) return S_OK;
+  const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeoutMs);
+  HRESULT found = S_FALSE;
+  while (m_watch.IsSending()) {
+    found = FindJob(request, response, false, {}, timeoutMs);
+    if (found != S_FALSE || Clock::now() >= end) break;
+    Sleep(kListPauseMs);
+  }
+  if (FAILED(found)) return E_FAIL;
+  if (found == S_FALSE || !response->GetJobURI() || !m_watch.Job().IsCertain()) {
+    SetLastError(kIPPJobNotListed);
+    return E_FAIL;
+  }
+  if (IsCancelled(response)) return S_OK;
+  request->SetJobURI(response->GetJobURI());
+  const HRESULT sent =
+      RunJobOperation(IPPOperation::kCancelJob, request, response, IsSecure(), timeoutMs);
+  const long status = std::strtol(response->GetSuccessStatus(), nullptr, 10);
+  if (status <= IPPStatus::kLastSuccess) return sent;
+  SetLastError(static_cast<DWORD>(status));
+  return E_FAIL;
+}
+
 }  // namespace Corvane
+
+HRESULT CancelPrintJob(Corvane::IPPProvider* provider, Corvane::IPPResponseBase* response,
+                       std::uint32_t timeoutMs) {
+  Corvane::TraceScope trace(L"Corvane::CancelPrintJob");
+  auto* const own = dynamic_cast<Corvane::IPPProviderImpl*>(provider);
+  return own ? own->CancelPrintJob(response, timeoutMs) : E_FAIL;
+}

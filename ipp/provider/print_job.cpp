@@ -14,7 +14,6 @@ namespace {
 constexpr wchar_t kPrintJob[] = L"Corvane::IPPProviderImpl::PrintJob";
 constexpr wchar_t kPrintJobWrite[] = L"Corvane::IPPProviderImpl::PrintJobWrite";
 
-constexpr DWORD kRefusedPrinterUri = 1280;
 constexpr DWORD kHttpUnauthorized = 401;
 constexpr DWORD kRetryMs = 2000;
 // A printer that stays busy, or full, so long is not going to print this.
@@ -22,297 +21,280 @@ constexpr DWORD kMaxWaitMs = 3'600'000;
 // How often a document in one piece is sent to a printer that is busy.
 constexpr int kMaxBusyAttempts = 10;
 
-constexpr long kServerErrorBusy = 1287;
-constexpr long kServerErrorJobCanceled = 1288;
-constexpr long kLastSuccess = 0xFF;  // RFC 8011, appendix B.1.2
+// How something ended: a result, and what the last error is then.
+struct Outcome {
+  HRESULT result = S_OK;
+  DWORD error = 0;
 
-bool IsIn(IPPResponseBase* response, std::string_view state) {
-  return response->GetJobState() && response->GetJobState() == state;
-}
+  bool IsGood() const { return result == S_OK; }
+};
+constexpr Outcome kGood;
+constexpr Outcome kCancelled{S_DEVICECANCELED, kIPPJobCancelled};
 
-bool IsCancelled(IPPResponseBase* response) {
-  const char* const reasons = response->GetJobStateReasons();
-  return IsIn(response, "Canceled") ||
-         (reasons && std::string_view(reasons).find("canceled") != std::string_view::npos);
+Outcome Failure(DWORD error) { return {E_FAIL, error}; }
+
+bool IsAborted(IPPResponseBase* response) {
+  return response->GetJobState() && std::string_view(response->GetJobState()) == "Aborted";
 }
 
 // A printer may refuse before it has the document: then this is the HTTP status.
 DWORD ErrorOfChunk() {
   const DWORD error = GetLastError();
-  return error == kHttpUnauthorized ? static_cast<DWORD>(IPPStatus::kNotAuthenticated) : error;
+  return error == kHttpUnauthorized ? kIPPNotAuthenticated : error;
+}
+
+HRESULT Leave(const TraceScope& trace, const wchar_t* operation, const Outcome& outcome) {
+  trace.Message(kTraceInfo, L"%ls exits with result 0x%08X", operation, outcome.result);
+  if (!outcome.IsGood()) SetLastError(outcome.error);
+  return outcome.result;
 }
 
 }  // namespace
 
+// One call of the sender's, with its sets.
+class IPPProviderImpl::Sending {
+ public:
+  Sending(IPPProviderImpl* provider, IPPRequestBase* request, IPPResponseBase* response)
+      : m_provider(*provider),
+        m_watch(provider->m_watch),
+        m_operations(provider->m_jobOperations),
+        m_request(request),
+        m_response(response) {}
+
+  Outcome Print(const void* buffer, std::int32_t length, bool chunked) {
+    if (length == 0) return Failure(kIPPDocumentEmpty);
+    if (!m_request || !m_response || !buffer || length < 0) return Failure(kIPPInvalidArgument);
+    if (const Outcome begun = Begin(buffer, length); !begun.IsGood()) {
+      m_operations.reset();
+      return begun;
+    }
+    const Outcome outcome = chunked ? BeginChunks(length) : SendWhole();
+    return outcome.IsGood() && chunked ? kGood : End(outcome);
+  }
+
+  Outcome Write(const void* buffer, std::int32_t length) {
+    const bool isPiece = length == 0 || (length > 0 && buffer);
+    const bool isSending = m_operations && m_operations->IsSendingChunks();
+    if (!m_request || !m_response || !isPiece || !isSending) return Failure(kIPPInvalidArgument);
+    if (length > 0 && !m_watch.AwaitRoom(kMaxWaitMs)) return End(Failure(kIPPPrinterNotReady));
+    if (!m_watch.BeginSending()) return End(kCancelled);
+    const bool isEnded = m_watch.EndAtDevice() != JobWatch::DeviceEnd::kNone;
+    if (isEnded) Trace(kTraceInfo, kPrintJobWrite, L"PrintJobWrite Cancelled from Device end");
+    if (isEnded || length == 0) return End(SendLastChunk());
+    const Outcome outcome = SendPiece(buffer, length);
+    return outcome.IsGood() ? outcome : End(outcome);
+  }
+
+ private:
+  enum class JobSearch { kNotFound, kFound, kUnknown };
+
+  // What an earlier document left goes: a half-sent one is dropped with its connection.
+  Outcome Begin(const void* buffer, std::int32_t length) {
+    m_watch.End();
+    m_operations = m_provider.NewExchange();
+    if (m_provider.m_printerUri.empty()) return Failure(kIPPNoPrinterUri);
+    if (const HRESULT kept = m_operations->SetPrinterFileBufferContent(buffer, length);
+        kept != S_OK) {
+      return Failure(kept == E_OUTOFMEMORY ? ERROR_OUTOFMEMORY : kIPPInvalidArgument);
+    }
+    const std::wstring authorization = m_request->GetAuthorizationHeader();
+    if (!authorization.empty()) {
+      m_request->AddExtraHTTPHeader(L"Authorization", authorization.c_str());
+    }
+    m_provider.m_operations->SetRequestedUserName(m_request->GetRequestingUserName());
+    m_watch.Begin(m_request);
+    return kGood;
+  }
+
+  Outcome SendWhole() {
+    for (int attempt = 1; m_watch.BeginSending(); ++attempt) {
+      HTTPResponse* answer = nullptr;
+      const HRESULT sent = m_operations->SendPrintJobRequest(&answer, m_request, false, 0, nullptr,
+                                                             m_provider.IsSecure());
+      if (sent == S_FALSE) return AnswerIsLost(GetLastError());
+      if (sent == IPPStatus::kNotAuthenticated) return Failure(kIPPNotAuthenticated);
+      if (sent != S_OK) return Failure(GetLastError());
+      const Outcome outcome = ReadAnswer(answer);
+      if (outcome.IsGood()) return Confirm();
+      if (outcome.error != kIPPPrinterBusy || attempt == kMaxBusyAttempts) return outcome;
+      m_watch.Pause(kRetryMs);
+    }
+    return kCancelled;
+  }
+
+  Outcome BeginChunks(std::int32_t length) {
+    if (const Outcome idle = AwaitIdlePrinter(); !idle.IsGood()) return idle;
+    m_watch.OpenReadyEvent();
+    if (!m_watch.BeginSending()) return kCancelled;
+    HTTPResponse* answer = nullptr;
+    if (FAILED(SendChunk(&answer, length))) {
+      const DWORD error = ErrorOfChunk();
+      const Outcome refused = JudgeStatus();
+      return refused.IsGood() ? Failure(error) : refused;
+    }
+    m_watch.StartThreads();
+    return kGood;
+  }
+
+  Outcome AwaitIdlePrinter() {
+    for (DWORD waited = 0; !m_watch.IsCancelled(); waited += kRetryMs) {
+      const int ready = m_provider.CheckForPrinterReadyState();
+      if (ready == 2) return Failure(kIPPPrinterStateUnknown);
+      if (ready == 1) break;
+      if (waited >= kMaxWaitMs) return Failure(kIPPPrinterNotReady);
+      m_watch.Pause(kRetryMs);
+    }
+    return kGood;
+  }
+
+  HRESULT SendChunk(HTTPResponse** answer, std::int32_t length) {
+    return m_operations->SendPrintJobRequest(answer, m_request, true, length, m_watch.ReadyEvent(),
+                                             m_provider.IsSecure());
+  }
+
+  Outcome SendPiece(const void* buffer, std::int32_t length) {
+    if (m_operations->SetPrinterFileBufferContent(buffer, length) != S_OK) {
+      return Failure(ERROR_OUTOFMEMORY);
+    }
+    HTTPResponse* answer = nullptr;
+    if (SUCCEEDED(SendChunk(&answer, length))) return kGood;
+    const DWORD error = ErrorOfChunk();
+    Trace(kTraceInfo, kPrintJobWrite, L"Failed while sending chunk data");
+    return DocumentIsCut(error);
+  }
+
+  Outcome SendLastChunk() {
+    HTTPResponse* answer = nullptr;
+    const HRESULT sent = SendChunk(&answer, 0);
+    if (sent == S_OK) return ReadAnswer(answer);
+    const DWORD error = ErrorOfChunk();
+    Trace(kTraceInfo, kPrintJobWrite, L"Failed while sending last chunk data");
+    if (sent == S_FALSE) return AnswerIsLost(error);
+    if (sent == IPPStatus::kNotAuthenticated) return Failure(kIPPNotAuthenticated);
+    return DocumentIsCut(error);
+  }
+
+  // The printer has not got every byte, and will not.
+  Outcome DocumentIsCut(DWORD error) {
+    m_watch.StopThreads();
+    const Outcome refused = JudgeStatus();
+    if (!refused.IsGood()) return refused;
+    const bool found = LookUpJob(false) == JobSearch::kFound;
+    return {found && IsCancelled(m_response) ? S_DEVICECANCELED : E_FAIL, error};
+  }
+
+  // The printer has every byte.
+  Outcome ReadAnswer(HTTPResponse* answer) {
+    if (FAILED(m_operations->ParseIPPResponse(answer, nullptr, IPPOperation::kPrintJob))) {
+      return AnswerIsLost(GetLastError());
+    }
+    const Outcome outcome = JudgeStatus();
+    const std::int32_t id = m_response->GetJobID();
+    if (outcome.IsGood() && id > 0) m_watch.Job().Identify(id);
+    return outcome;
+  }
+
+  // Of the printer's answer, when there is one.
+  Outcome JudgeStatus() {
+    const std::vector<std::string> statuses = m_operations->ValuesOf("status-code");
+    if (statuses.empty()) return kGood;
+    m_operations->FormResponseStructure(m_response);
+    const long status = std::strtol(statuses.front().c_str(), nullptr, 10);
+    if (status <= IPPStatus::kLastSuccess) return kGood;
+    if (status == IPPStatus::kServerErrorBusy) {
+      Trace(kTraceInfo, kPrintJob, L"server-error-busy..Please restart the job");
+      return Failure(kIPPPrinterBusy);
+    }
+    if (status == IPPStatus::kServerErrorJobCanceled) {
+      Trace(kTraceInfo, kPrintJob, L"server-error-job-canceled");
+      return {S_DEVICECANCELED, static_cast<DWORD>(status)};
+    }
+    Trace(kTraceInfo, kPrintJob, L"Failed: some error occured IPP status code=%ls",
+          BstrFromUtf8(statuses.front()).Get());
+    return Failure(static_cast<DWORD>(status));
+  }
+
+  // The printer has every byte, and what it made of them is to be found out.
+  Outcome AnswerIsLost(DWORD error) {
+    m_watch.StopThreads();
+    Trace(kTraceInfo, kPrintJobWrite, L"httpBase->GetResponse() failed try GetJobs");
+    JobSearch search = LookUpJob(false);
+    if (search != JobSearch::kFound) {
+      m_watch.Pause(kRetryMs);
+      search = LookUpJob(true);
+    }
+    if (search == JobSearch::kUnknown) return Failure(kIPPPerhapsPrinted);
+    if (search == JobSearch::kNotFound || IsAborted(m_response)) return Failure(error);
+    return {IsCancelled(m_response) ? S_DEVICECANCELED : S_OK, error};
+  }
+
+  // The printer has taken the document, and may have ended its job already. One that it does not
+  // list is printed all the same.
+  Outcome Confirm() {
+    m_operations->EndExchange();
+    const char* const told = m_response->GetSuccessStatus();
+    const std::string status = told ? told : "";
+    JobSearch search = LookUpJob(false);
+    if (search == JobSearch::kNotFound) {
+      m_watch.Pause(kRetryMs);
+      search = LookUpJob(true);
+    }
+    if (search != JobSearch::kFound) return kGood;
+    m_response->SetSuccess(status.c_str());  // of the document, not of the list
+    if (IsCancelled(m_response)) return kCancelled;
+    return IsAborted(m_response) ? Failure(kIPPJobAborted) : kGood;
+  }
+
+  // Among the jobs that go on, then among those that have ended.
+  JobSearch LookUpJob(bool again) {
+    const HRESULT going = m_provider.FindJob(m_request, m_response, false, {});
+    if (going == S_OK) return JobSearch::kFound;
+    Trace(
+        kTraceInfo, kPrintJob,
+        again ? L"GetJobs fails again - not completed job" : L"GetJobs fails - not completed job");
+    if (going != S_FALSE) return JobSearch::kUnknown;
+    const HRESULT ended = m_provider.FindJob(m_request, m_response, true, {});
+    if (ended == S_OK) return JobSearch::kFound;
+    if (again) Trace(kTraceInfo, kPrintJob, L"GetJobs fails again - completed job");
+    return ended == S_FALSE ? JobSearch::kNotFound : JobSearch::kUnknown;
+  }
+
+  // Every job ends here: its threads, its events and what is left of its request. That goes behind
+  // the cancellation, or the printer might print what it has.
+  Outcome End(Outcome outcome) {
+    m_watch.End();
+    m_operations.reset();
+    const JobWatch::DeviceEnd end = m_watch.EndAtDevice();
+    if (end == JobWatch::DeviceEnd::kCancelled) {
+      outcome = kCancelled;
+    } else if (end == JobWatch::DeviceEnd::kAborted && outcome.IsGood()) {
+      outcome = Failure(kIPPJobAborted);
+    } else if (m_watch.IsCancelled() && !outcome.IsGood() && outcome.error != kIPPPerhapsPrinted) {
+      outcome = kCancelled;
+    }
+    if (outcome.result == S_DEVICECANCELED) {
+      Trace(kTraceInfo, kPrintJobWrite, L"hr is set to S_DEVICECANCELED");
+    }
+    return outcome;
+  }
+
+  IPPProviderImpl& m_provider;
+  JobWatch& m_watch;
+  std::unique_ptr<IPPOperations>& m_operations;
+  IPPRequestBase* const m_request;
+  IPPResponseBase* const m_response;
+};
+
 HRESULT IPPProviderImpl::PrintJob(IPPRequestBase* request, IPPResponseBase* response,
                                   const void* buffer, std::int32_t length, bool chunked) {
-  TraceScope trace(L"Corvane::IPPProviderImpl::PrintJob");
-  Outcome outcome;
-  if (length == 0) {
-    outcome = {E_FAIL, ERROR_INCORRECT_SIZE};
-  } else if (!request || !response || !buffer || length < 0) {
-    outcome = {E_FAIL, ERROR_INVALID_PARAMETER};
-  } else {
-    outcome = BeginJob(request, buffer, length);
-    if (outcome.result == S_OK) {
-      outcome = chunked ? BeginChunks(request, response, length) : PrintWhole(request, response);
-    }
-    if (outcome.result != S_OK || !chunked) outcome = EndJob(outcome);
-  }
-  trace.Message(kTraceInfo, L"PrintJob exits with result 0x%08X", outcome.result);
-  if (outcome.result != S_OK) SetLastError(outcome.error);
-  return outcome.result;
-}
-
-// What an earlier document left goes: a half-sent one is dropped with its connection.
-IPPProviderImpl::Outcome IPPProviderImpl::BeginJob(IPPRequestBase* request, const void* buffer,
-                                                   std::int32_t length) {
-  StopPolling();
-  m_jobOperations = NewExchange();
-  if (m_printerUri.empty()) return {E_FAIL, kRefusedPrinterUri};
-  m_jobOperations->SetConnectionFlags(m_operations->ConnectionFlags());
-  if (const HRESULT kept = m_jobOperations->SetPrinterFileBufferContent(buffer, length);
-      kept != S_OK) {
-    return {E_FAIL, static_cast<DWORD>(kept == E_OUTOFMEMORY ? ERROR_OUTOFMEMORY
-                                                             : ERROR_INVALID_PARAMETER)};
-  }
-  const std::wstring authorization = request->GetAuthorizationHeader();
-  if (!authorization.empty()) {
-    request->AddExtraHTTPHeader(L"Authorization", authorization.c_str());
-  }
-  m_operations->SetRequestedUserName(request->GetRequestingUserName());
-  if (!m_pollingEndEvent) {
-    m_pollingEndEvent = UniqueHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  }
-  m_currentJob.Begin(request->GetRequestingUserName(), request->GetUsername(),
-                     request->GetJobName());
-  const std::lock_guard lock(m_printStatusLock);
-  m_printStatus = 0;
-  m_deviceEnd = DeviceEnd::kNone;
-  return {};
-}
-
-IPPProviderImpl::Outcome IPPProviderImpl::PrintWhole(IPPRequestBase* request,
-                                                     IPPResponseBase* response) {
-  for (int attempt = 1;; ++attempt) {
-    HTTPResponse* answer = nullptr;
-    const HRESULT sent =
-        m_jobOperations->SendPrintJobRequest(&answer, request, false, 0, nullptr, IsSecure());
-    if (sent == S_FALSE) return AnswerIsLost(request, response, GetLastError());
-    if (sent == IPPStatus::kNotAuthenticated) return {E_FAIL, IPPStatus::kNotAuthenticated};
-    if (sent != S_OK) return {E_FAIL, GetLastError()};
-    const Outcome outcome = ReadAnswer(answer, request, response);
-    if (outcome.result == S_OK) return Confirm(request, response);
-    if (outcome.error != kIPPPrinterBusy || attempt == kMaxBusyAttempts) return outcome;
-    Sleep(kRetryMs);
-  }
-}
-
-IPPProviderImpl::Outcome IPPProviderImpl::BeginChunks(IPPRequestBase* request,
-                                                      IPPResponseBase* response,
-                                                      std::int32_t length) {
-  if (const Outcome idle = AwaitIdlePrinter(); idle.result != S_OK) return idle;
-  m_printReadyEvent = UniqueHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  if (m_printReadyEvent) SetEvent(m_printReadyEvent.Get());
-  HTTPResponse* answer = nullptr;
-  if (FAILED(m_jobOperations->SendPrintJobRequest(&answer, request, true, length,
-                                                  m_printReadyEvent.Get(), IsSecure()))) {
-    const DWORD error = ErrorOfChunk();
-    const Outcome refused = JudgeStatus(response);
-    return refused.result == S_OK ? Outcome{E_FAIL, error} : refused;
-  }
-  StartPolling();
-  return {};
-}
-
-IPPProviderImpl::Outcome IPPProviderImpl::AwaitIdlePrinter() {
-  for (DWORD waited = 0;; waited += kRetryMs) {
-    switch (CheckForPrinterReadyState()) {
-      case 1:
-        return {};
-      case 2:
-        return {E_FAIL, kIPPPrinterStateUnknown};
-      default:
-        if (waited >= kMaxWaitMs) return {E_FAIL, ERROR_TIMEOUT};
-        Sleep(kRetryMs);
-    }
-  }
+  TraceScope trace(kPrintJob);
+  return Leave(trace, L"PrintJob", Sending(this, request, response).Print(buffer, length, chunked));
 }
 
 HRESULT IPPProviderImpl::PrintJobWrite(IPPRequestBase* request, IPPResponseBase* response,
                                        const void* buffer, std::int32_t length) {
   TraceScope trace(kPrintJobWrite);
-  Outcome outcome;
-  const bool isPiece = length == 0 || (length > 0 && buffer);
-  const bool isSending = m_jobOperations && m_jobOperations->IsSendingChunks();
-  if (!request || !response || !isPiece || !isSending) {
-    outcome = {E_FAIL, ERROR_INVALID_PARAMETER};
-  } else {
-    bool last = length == 0;
-    if (!last) outcome = AwaitRoomInSpool();
-    if (EndAtDevice() != DeviceEnd::kNone) {
-      trace.Message(kTraceInfo, L"PrintJobWrite Cancelled from Device end");
-      last = true;
-    }
-    if (outcome.result == S_OK) {
-      outcome =
-          last ? SendLastChunk(request, response) : SendPiece(request, response, buffer, length);
-    }
-    if (last || outcome.result != S_OK) outcome = EndJob(outcome);
-  }
-  trace.Message(kTraceInfo, L"PrintJobWrite exits with result 0x%08X", outcome.result);
-  if (outcome.result != S_OK) SetLastError(outcome.error);
-  return outcome.result;
-}
-
-// Good when the sender may go on, be it that nobody can tell any more whether the spool is full.
-IPPProviderImpl::Outcome IPPProviderImpl::AwaitRoomInSpool() {
-  constexpr DWORD kSliceMs = 200;
-  if (!m_printReadyEvent || !m_printerStatusThread) return {};
-  const HANDLE objects[] = {m_printReadyEvent.Get(), m_printerStatusThread.Get()};
-  for (DWORD waited = 0; EndAtDevice() == DeviceEnd::kNone; waited += kSliceMs) {
-    ResumeJobsThread();
-    if (WaitForMultipleObjects(2, objects, FALSE, kSliceMs) != WAIT_TIMEOUT) break;
-    if (waited >= kMaxWaitMs) return {E_FAIL, ERROR_TIMEOUT};
-  }
-  return {};
-}
-
-IPPProviderImpl::Outcome IPPProviderImpl::SendPiece(IPPRequestBase* request,
-                                                    IPPResponseBase* response, const void* buffer,
-                                                    std::int32_t length) {
-  if (const HRESULT kept = m_jobOperations->SetPrinterFileBufferContent(buffer, length);
-      kept != S_OK) {
-    return {E_FAIL, ERROR_OUTOFMEMORY};
-  }
-  HTTPResponse* answer = nullptr;
-  if (SUCCEEDED(m_jobOperations->SendPrintJobRequest(&answer, request, true, length,
-                                                     m_printReadyEvent.Get(), IsSecure()))) {
-    return {};
-  }
-  const DWORD error = ErrorOfChunk();
-  Trace(kTraceInfo, kPrintJobWrite, L"Failed while sending chunk data");
-  return DocumentIsCut(request, response, error);
-}
-
-IPPProviderImpl::Outcome IPPProviderImpl::SendLastChunk(IPPRequestBase* request,
-                                                        IPPResponseBase* response) {
-  HTTPResponse* answer = nullptr;
-  const HRESULT sent = m_jobOperations->SendPrintJobRequest(&answer, request, true, 0,
-                                                            m_printReadyEvent.Get(), IsSecure());
-  if (sent == S_OK) return ReadAnswer(answer, request, response);
-  const DWORD error = ErrorOfChunk();
-  Trace(kTraceInfo, kPrintJobWrite, L"Failed while sending last chunk data");
-  if (sent == S_FALSE) return AnswerIsLost(request, response, error);
-  if (sent == IPPStatus::kNotAuthenticated) return {E_FAIL, IPPStatus::kNotAuthenticated};
-  return DocumentIsCut(request, response, error);
-}
-
-// The printer has not got every byte, and will not.
-IPPProviderImpl::Outcome IPPProviderImpl::DocumentIsCut(IPPRequestBase* request,
-                                                        IPPResponseBase* response, DWORD error) {
-  StopPolling();
-  const Outcome refused = JudgeStatus(response);
-  if (refused.result != S_OK) return refused;
-  const bool found = LookUpJob(request, response, false) == JobSearch::kFound;
-  return {found && IsCancelled(response) ? S_DEVICECANCELED : E_FAIL, error};
-}
-
-// The printer has every byte.
-IPPProviderImpl::Outcome IPPProviderImpl::ReadAnswer(HTTPResponse* answer, IPPRequestBase* request,
-                                                     IPPResponseBase* response) {
-  const bool isRead =
-      SUCCEEDED(m_jobOperations->ParseIPPResponse(answer, nullptr, IPPOperation::kPrintJob));
-  if (!isRead) return AnswerIsLost(request, response, GetLastError());
-  const Outcome outcome = JudgeStatus(response);
-  if (outcome.result == S_OK && response->GetJobID() > 0) {
-    m_currentJob.Identify(response->GetJobID());
-  }
-  return outcome;
-}
-
-// Of the printer's answer, when there is one.
-IPPProviderImpl::Outcome IPPProviderImpl::JudgeStatus(IPPResponseBase* response) {
-  const std::vector<std::string> statuses = m_jobOperations->ValuesOf("status-code");
-  if (statuses.empty()) return {};
-  m_jobOperations->FormResponseStructure(response);
-  const long status = std::strtol(statuses.front().c_str(), nullptr, 10);
-  if (status <= kLastSuccess) return {};
-  if (status == kServerErrorBusy) {
-    Trace(kTraceInfo, kPrintJob, L"server-error-busy..Please restart the job");
-    return {E_FAIL, kIPPPrinterBusy};
-  }
-  if (status == kServerErrorJobCanceled) {
-    Trace(kTraceInfo, kPrintJob, L"server-error-job-canceled");
-    return {S_DEVICECANCELED, static_cast<DWORD>(status)};
-  }
-  Trace(kTraceInfo, kPrintJob, L"Failed: some error occured IPP status code=%ls",
-        BstrFromUtf8(statuses.front()).Get());
-  return {E_FAIL, static_cast<DWORD>(status)};
-}
-
-// The printer has every byte, and what it made of them is to be found out.
-IPPProviderImpl::Outcome IPPProviderImpl::AnswerIsLost(IPPRequestBase* request,
-                                                       IPPResponseBase* response, DWORD error) {
-  StopPolling();
-  Trace(kTraceInfo, kPrintJobWrite, L"httpBase->GetResponse() failed try GetJobs");
-  JobSearch search = LookUpJob(request, response, false);
-  if (search != JobSearch::kFound) {
-    Sleep(kRetryMs);
-    search = LookUpJob(request, response, true);
-  }
-  if (search == JobSearch::kUnknown) return {E_FAIL, kIPPPerhapsPrinted};
-  if (search == JobSearch::kNotFound || IsIn(response, "Aborted")) return {E_FAIL, error};
-  return {IsCancelled(response) ? S_DEVICECANCELED : S_OK, error};
-}
-
-// The printer has taken the document, and may have ended its job already. One that it does not list
-// is printed all the same.
-IPPProviderImpl::Outcome IPPProviderImpl::Confirm(IPPRequestBase* request,
-                                                  IPPResponseBase* response) {
-  m_jobOperations->EndExchange();
-  const char* const told = response->GetSuccessStatus();
-  const std::string status = told ? told : "";
-  JobSearch search = LookUpJob(request, response, false);
-  if (search == JobSearch::kNotFound) {
-    Sleep(kRetryMs);
-    search = LookUpJob(request, response, true);
-  }
-  if (search != JobSearch::kFound) return {};
-  response->SetSuccess(status.c_str());  // of the document, not of the list
-  if (IsCancelled(response)) return {S_DEVICECANCELED, ERROR_CANCELLED};
-  if (IsIn(response, "Aborted")) return {E_FAIL, ERROR_OPERATION_ABORTED};
-  return {};
-}
-
-// Among the jobs that go on, then among those that have ended.
-IPPProviderImpl::JobSearch IPPProviderImpl::LookUpJob(IPPRequestBase* request,
-                                                      IPPResponseBase* response, bool again) {
-  const HRESULT going = FindJob(request, response, false, {});
-  if (going == S_OK) return JobSearch::kFound;
-  Trace(kTraceInfo, kPrintJob,
-        again ? L"GetJobs fails again - not completed job" : L"GetJobs fails - not completed job");
-  if (going != S_FALSE) return JobSearch::kUnknown;
-  const HRESULT ended = FindJob(request, response, true, {});
-  if (ended == S_OK) return JobSearch::kFound;
-  if (again) Trace(kTraceInfo, kPrintJob, L"GetJobs fails again - completed job");
-  return ended == S_FALSE ? JobSearch::kNotFound : JobSearch::kUnknown;
-}
-
-// Every job ends here: its threads, its events and what is left of its request.
-IPPProviderImpl::Outcome IPPProviderImpl::EndJob(Outcome outcome) {
-  StopPolling();
-  m_jobOperations.reset();
-  const DeviceEnd end = EndAtDevice();
-  if (end == DeviceEnd::kCancelled) {
-    outcome = {S_DEVICECANCELED, ERROR_CANCELLED};
-  } else if (end == DeviceEnd::kAborted && outcome.result == S_OK) {
-    outcome = {E_FAIL, ERROR_OPERATION_ABORTED};
-  }
-  if (outcome.result == S_DEVICECANCELED) {
-    Trace(kTraceInfo, kPrintJobWrite, L"hr is set to S_DEVICECANCELED");
-  }
-  return outcome;
+  return Leave(trace, L"PrintJobWrite", Sending(this, request, response).Write(buffer, length));
 }
 
 }  // namespace Corvane

@@ -37,9 +37,9 @@ bool SplitPrinterUri(const wchar_t* uri, std::wstring* resourcePath, std::wstrin
   parts.dwSchemeLength = kMaxScheme;
   parts.dwHostNameLength = kMaxHost;
   parts.dwUrlPathLength = kMaxPath;
-  if (!InternetCrackUrlW(uri, 0, 0, &parts)) return Refuse(ERROR_INVALID_PARAMETER);
+  if (!InternetCrackUrlW(uri, 0, 0, &parts)) return Refuse(kIPPInvalidArgument);
   if (parts.nPort != kIppPort && parts.nPort != kIppsPort && parts.nPort != 0) {
-    return Refuse(ERROR_UNKNOWN_PORT);
+    return Refuse(kIPPUnknownPort);
   }
   if (parts.dwUrlPathLength == 0) return Refuse(kIPPNoResourcePath);
   if (parts.dwUrlPathLength < 4) return Refuse(kIPPPathTooShort);

@@ -74,7 +74,6 @@ HRESULT IPPProviderImpl::Query(const IPPQuery& query, std::vector<std::string>* 
   exchange->SetResourceURI(query.resourceUri.c_str());
   exchange->SetCharset(query.charset.c_str());
   exchange->SetLanguage(query.language.c_str());
-  exchange->SetConnectionFlags(m_operations->ConnectionFlags());
   HTTPResponse* response = nullptr;
   const int operation =
       query.forJob ? IPPOperation::kGetJobAttributes : IPPOperation::kGetPrinterAttributes;
@@ -114,14 +113,23 @@ bool IPPProviderImpl::IsSecure() const {
   return KindOfPrinterUri(m_printerUri.c_str()) == PrinterUriKind::kIpps;
 }
 
-std::unique_ptr<IPPOperations> IPPProviderImpl::NewExchange() const {
+std::unique_ptr<IPPOperations> IPPProviderImpl::NewExchange(std::uint32_t limitMs) const {
   auto exchange = std::make_unique<IPPOperations>(m_address.Get());
   exchange->SetResourceURI(ToUtf8(m_resourceUri).c_str());
   exchange->SetPrinterURI(m_printerUri.c_str());
   std::uint32_t longest = 0;
   for (const auto& timeout : m_timeouts) longest = std::max(longest, timeout.load());
-  exchange->SetTimeout(longest);
+  exchange->SetTimeout(std::min(longest, limitMs));
+  exchange->SetConnectionFlags(m_operations->ConnectionFlags());
   return exchange;
+}
+
+std::wstring IPPProviderImpl::JoinedValue(const IPPOperations& answer, std::string_view name) {
+  std::string joined;
+  for (const std::string& value : answer.ValuesOf(name)) {
+    joined += joined.empty() ? value : ',' + value;
+  }
+  return BstrFromUtf8(joined).Get();
 }
 
 }  // namespace Corvane

@@ -43,17 +43,17 @@ TEST_F(PrintFlowTest, AnOperationIsOneExchangeAboutItsText) {
       EXPECT_EQ(0, printer.Count(test.code));
       (client.Request()->*test.set)("http://files/a.pdf");
       EXPECT_EQ("ok", run());
-      EXPECT_STREQ("0", client.Response()->GetSuccessStatus());
+      EXPECT_EQ("0", client.Status());
       printer->Locked([&](State& state) {
         EXPECT_EQ(test.code, state.asked.back().operation);
         EXPECT_EQ(uri == kPlain ? 631u : 443u, state.asked.back().port);
         EXPECT_EQ("http://files/a.pdf", state.asked.back().attributes[test.attribute]);
-        state.status = 1280;
+        state.status = Printer::kRefusal;
       });
       EXPECT_EQ("ok", run()) << "a refusal is the caller's to read";
-      EXPECT_STREQ("1280", client.Response()->GetSuccessStatus());
+      EXPECT_EQ(std::to_string(Printer::kRefusal), client.Status());
       printer->Locked([](State& state) { state.http = 401; });
-      EXPECT_EQ("failed 1027", run());
+      EXPECT_EQ("failed " + std::to_string(kIPPNotAuthorized), run());
     }
   }
 }
@@ -101,7 +101,7 @@ TEST_F(PrintFlowTest, CancelsTheJobThatIsMeant) {
         ASSERT_EQ("ok", client.Begin("half"));
       }
       EXPECT_EQ(test.cancelled ? "ok" : "none", client.Cancel());
-      EXPECT_EQ("failed 87", client.End());
+      EXPECT_EQ("failed " + std::to_string(kIPPInvalidArgument), client.End());
       printer->Locked([&](State& state) {
         for (auto& [id, job] : state.jobs) {
           EXPECT_EQ(id == test.cancelled, job.state == Printer::kCancelled) << id;
@@ -126,7 +126,7 @@ TEST_F(PrintFlowTest, CancelsOnceAndTellsWhyItDoesNot) {
   printer->Locked([](State& state) { state.listsJobs = false; });
   constexpr wchar_t kCancelJob[] = L"Corvane::IPPProviderImpl::CancelJob";
   const TraceRecorder recorder(kTraceSevere);
-  EXPECT_EQ("failed 12029", client.Cancel());
+  EXPECT_EQ("failed " + std::to_string(Printer::kUnreachable), client.Cancel());
   EXPECT_TRUE(recorder.HasMessage(128, kCancelJob, L"GetJobs failed"));
   client.Request()->SetRequestingUserName(nullptr);
   EXPECT_HR(client->CancelJob(client.Request(), client.Response()), E_FAIL);

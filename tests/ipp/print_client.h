@@ -35,7 +35,8 @@ class PrinterUnderTest {
   ScriptedPrinter* operator->() const { return m_printer.Get(); }
   ScriptedPrinter* Get() const { return m_printer.Get(); }
   std::string LatestDocument() const {
-    return m_printer->Locked([](State& state) { return state.Latest().document; });
+    return m_printer->Locked(
+        [](State& state) { return state.jobs.empty() ? "no job" : state.Latest().document; });
   }
   int Count(int operation) const {
     return m_printer->Locked([=](const State& state) { return state.Count(operation); });
@@ -60,6 +61,11 @@ class PrintClient {
   IPPProviderImpl* operator->() const { return m_provider.Get(); }
   IPPRequestBase* Request() const { return m_request.Get(); }
   IPPResponseBase* Response() const { return m_response.Get(); }
+  // As the printer told it.
+  std::string Status() const {
+    const char* const told = m_response->GetSuccessStatus();
+    return told ? told : "none";
+  }
   void Close() { m_provider.Reset(); }
 
   std::string Print(std::string_view document, bool chunked = false) {
@@ -73,6 +79,10 @@ class PrintClient {
   }
   std::string End() { return Write({}); }
   std::string Cancel() { return Outcome(m_provider->CancelJob(Request(), Response())); }
+  // While another thread prints; the job goes into `told`.
+  std::string CancelPrinting(IPPResponseBase* told = nullptr, std::uint32_t timeoutMs = 2000) {
+    return Outcome(CancelPrintJob(m_provider.Get(), told, timeoutMs));
+  }
   // In pieces, until one does not go.
   std::string Send(std::string_view document, std::size_t pieceSize) {
     std::string outcome = Begin(document.substr(0, pieceSize));

@@ -7,6 +7,7 @@
 #include <random>
 
 #include "core/text.h"
+#include "ipp/ipp_codes.h"
 #include "tests/ipp/print_client.h"
 #include "tests/support/trace_recorder.h"
 
@@ -57,19 +58,22 @@ TEST_F(PrintFlowTest, EveryDocumentHasTheOutcomeThatThePrinterGaveIt) {
       {"cancelled when taken", kWhole, [](State& s) { s.whenWhole = Printer::kCancelled; },
        "cancelled"},
       {"aborted when taken", kWhole, [](State& s) { s.whenWhole = Printer::kAborted; },
-       Failed(ERROR_OPERATION_ABORTED)},
+       Failed(kIPPJobAborted)},
       {"not listed", kWhole, [](State& s) { s.showsNewJobs = false; }, "ok"},
       {"lists refused", kWhole, [](State& s) { s.listsJobs = false; }, "ok"},
-      {"refused", kWhole, [](State& s) { s.status = 1280; }, Failed(1280)},
-      {"unauthenticated", kWhole, [](State& s) { s.http = 401; }, Failed(1026)},
+      {"refused", kWhole, [](State& s) { s.status = Printer::kRefusal; },
+       Failed(Printer::kRefusal)},
+      {"unauthenticated", kWhole, [](State& s) { s.http = 401; }, Failed(kIPPNotAuthenticated)},
       {"too large", kWhole, [](State& s) { s.http = 413; }, Failed(413)},
       {"dropped", kWhole, [](State& s) { s.dropAt = 1; }, Failed(Printer::kDropped)},
       {"silent", kWhole, [](State& s) { s.silentAt = 1; }, Failed(Printer::kTimeout)},
       {"in pieces", kChunked, [](State&) {}, "ok"},
       {"in pieces, substituted", kChunked, [](State& s) { s.status = 1; }, "ok"},
       {"in pieces, busy", kChunked, [](State& s) { s.busy = 1; }, Failed(kIPPPrinterBusy)},
-      {"in pieces, refused", kChunked, [](State& s) { s.status = 1280; }, Failed(1280)},
-      {"in pieces, unauthenticated", kChunked, [](State& s) { s.http = 401; }, Failed(1026)},
+      {"in pieces, refused", kChunked, [](State& s) { s.status = Printer::kRefusal; },
+       Failed(Printer::kRefusal)},
+      {"in pieces, unauthenticated", kChunked, [](State& s) { s.http = 401; },
+       Failed(kIPPNotAuthenticated)},
       {"in pieces, silent", kChunked, [](State& s) { s.silentAt = 5; }, Failed(Printer::kTimeout)},
       {"printer busy at first", kChunked,
        [](State& s) {
@@ -88,7 +92,7 @@ TEST_F(PrintFlowTest, EveryDocumentHasTheOutcomeThatThePrinterGaveIt) {
          s.endAt = 5;
          s.endState = Printer::kAborted;
        },
-       Failed(ERROR_OPERATION_ABORTED)},
+       Failed(kIPPJobAborted)},
   };
   ForEachAtOnce(cases, [](const auto& test) {
     PrinterUnderTest printer;
@@ -104,11 +108,11 @@ TEST_F(PrintFlowTest, EveryDocumentHasTheOutcomeThatThePrinterGaveIt) {
     EXPECT_EQ(test.sent, printer.Count(2));
     if (outcome == "ok") {
       const int status = printer->Locked([](const State& state) { return state.status; });
-      EXPECT_EQ(std::to_string(status), client.Response()->GetSuccessStatus());
+      EXPECT_EQ(std::to_string(status), client.Status());
       EXPECT_EQ("%PDF-1.7", printer.LatestDocument());
       EXPECT_EQ(test.sent, client.Response()->GetJobID());
     }
-    EXPECT_EQ(Failed(87), client.Write("more")) << "the job has ended";
+    EXPECT_EQ(Failed(kIPPInvalidArgument), client.Write("more")) << "the job has ended";
     return outcome;
   });
 }
@@ -165,17 +169,17 @@ TEST_F(PrintFlowTest, RefusesWhatIsNoJob) {
     const auto print = [&](IPPRequestBase* r, IPPResponseBase* a, const void* bytes, int length) {
       return PrintClient::Outcome(client->PrintJob(r, a, bytes, length, chunked));
     };
-    EXPECT_EQ(Failed(1462), print(request, response, "x", 0));
-    EXPECT_EQ(Failed(87), print(request, response, "x", -1));
-    EXPECT_EQ(Failed(87), print(request, response, nullptr, 1));
-    EXPECT_EQ(Failed(87), print(nullptr, response, "x", 1));
-    EXPECT_EQ(Failed(87), print(request, nullptr, "x", 1));
+    EXPECT_EQ(Failed(kIPPDocumentEmpty), print(request, response, "x", 0));
+    EXPECT_EQ(Failed(kIPPInvalidArgument), print(request, response, "x", -1));
+    EXPECT_EQ(Failed(kIPPInvalidArgument), print(request, response, nullptr, 1));
+    EXPECT_EQ(Failed(kIPPInvalidArgument), print(nullptr, response, "x", 1));
+    EXPECT_EQ(Failed(kIPPInvalidArgument), print(request, nullptr, "x", 1));
     const auto byPath = RefPtr<IPPProvider>::Adopt(CreateIPPProvider(printer.Get(), "/ipp/print"));
-    EXPECT_EQ(Failed(1280),
+    EXPECT_EQ(Failed(kIPPNoPrinterUri),
               PrintClient::Outcome(byPath->PrintJob(request, response, "x", 1, chunked)));
   }
-  EXPECT_EQ(Failed(87), client.Write("no job"));
-  EXPECT_EQ(Failed(87), client.End());
+  EXPECT_EQ(Failed(kIPPInvalidArgument), client.Write("no job"));
+  EXPECT_EQ(Failed(kIPPInvalidArgument), client.End());
   EXPECT_EQ(0, printer.Count(2));
 }
 
@@ -199,7 +203,7 @@ TEST_F(PrintFlowTest, PiecesOfAnySizeArriveAsTheyWere) {
     EXPECT_EQ("ok", client.End());
     EXPECT_TRUE(document == printer.LatestDocument());
     EXPECT_EQ(job, client.Response()->GetJobID());
-    EXPECT_EQ(Failed(87), client.End());
+    EXPECT_EQ(Failed(kIPPInvalidArgument), client.End());
   }
   printer->Locked([](const State& state) {
     for (const auto& asked : state.asked) {
@@ -216,9 +220,11 @@ TEST_F(PrintFlowTest, AnAnswerBeforeTheEndOfTheDocumentEndsIt) {
     int status;
     std::string expected;
   } cases[] = {
-      {"unauthenticated", 401, 0, Failed(1026)}, {"too large", 413, 0, Failed(413)},
-      {"refused", 200, 1280, Failed(1280)},      {"busy", 200, 1287, Failed(kIPPPrinterBusy)},
-      {"cancelled", 200, 1288, "cancelled"},
+      {"unauthenticated", 401, 0, Failed(kIPPNotAuthenticated)},
+      {"too large", 413, 0, Failed(413)},
+      {"refused", 200, Printer::kRefusal, Failed(Printer::kRefusal)},
+      {"busy", 200, IPPStatus::kServerErrorBusy, Failed(kIPPPrinterBusy)},
+      {"cancelled", 200, IPPStatus::kServerErrorJobCanceled, "cancelled"},
   };
   for (const std::size_t at : {1u, 5u}) {
     SCOPED_TRACE(at);
@@ -231,11 +237,10 @@ TEST_F(PrintFlowTest, AnAnswerBeforeTheEndOfTheDocumentEndsIt) {
         state.status = test.status;
       });
       const std::string outcome = client.Send("%PDF-1.7", 4);
-      const char* const told = client.Response()->GetSuccessStatus();
       if (test.status != 0) {
-        EXPECT_EQ(std::to_string(test.status), told ? told : "");
+        EXPECT_EQ(std::to_string(test.status), client.Status());
       }
-      EXPECT_EQ(Failed(87), client.End());
+      EXPECT_EQ(Failed(kIPPInvalidArgument), client.End());
       return outcome;
     });
   }
@@ -249,7 +254,7 @@ TEST_F(PrintFlowTest, AConnectionThatBreaksFailsTheJobWhereverItDoes) {
     PrintClient client(printer);
     printer->Locked([&](State& state) { state.dropAt = tenth * 1000; });
     EXPECT_EQ(Failed(Printer::kDropped), client.Send(document, 300));
-    EXPECT_EQ(Failed(87), client.End());
+    EXPECT_EQ(Failed(kIPPInvalidArgument), client.End());
     printer->Locked([](State& state) {
       EXPECT_EQ(0, state.openRequests);
       state.dropAt = Printer::kNever;
@@ -272,8 +277,94 @@ TEST_F(PrintFlowTest, AJobThatIsCancelledAtThePanelEndsWithinTwoSeconds) {
     ASSERT_EQ("ok", client.Begin("%PDF"));
     EXPECT_EQ("cancelled", client.WriteOn());
     EXPECT_LT(steady_clock::now() - begin, 2s);
-    EXPECT_EQ(Failed(87), client.End());
+    EXPECT_EQ(Failed(kIPPInvalidArgument), client.End());
   }
+}
+
+TEST_F(PrintFlowTest, AnyThreadCancelsTheJobBeingPrinted) {
+  using Moment = bool (*)(State&);
+  const Moment begun = [](State& s) { return s.Count(2) > 0; };
+  const std::string notListed = Failed(kIPPJobNotListed);
+  const struct {
+    const char* name;
+    bool chunked;
+    Script script;
+    Moment moment;          // of the cancellation
+    std::string cancelled;  // its outcome
+    std::string expected;   // that of the document
+    int state;              // of its job, 0: there is none
+  } cases[] = {
+      {"between pieces", true, [](State&) {}, begun, "ok", "cancelled", Printer::kCancelled},
+      {"a whole one that the host holds", false, [](State& s) { s.silentAt = 1; }, begun, "ok",
+       "cancelled", Printer::kCancelled},
+      {"behind its last byte", false,
+       [](State& s) {
+         s.whenWhole = Printer::kProcessing;
+         s.showsNewJobs = false;  // for two seconds it is looked for
+       },
+       [](State& s) { return s.Count(10) > 1 && (s.jobs[3].listed = true); }, "ok", "cancelled",
+       Printer::kCancelled},
+      {"too late", false, [](State& s) { s.showsNewJobs = false; },
+       [](State& s) { return s.Count(10) > 1; }, notListed, "ok", Printer::kCompleted},
+      {"before the printer is idle", true,
+       [](State& s) {
+         s.printer = {{4, "none"}};
+       },
+       [](State& s) { return s.Count(11) > 1; }, notListed, "cancelled", 0},
+      {"between two attempts", false, [](State& s) { s.busy = 99; }, begun, notListed, "cancelled",
+       Printer::kAborted},
+      {"not listed", true, [](State& s) { s.showsNewJobs = false; }, begun, notListed, "cancelled",
+       Printer::kAborted},
+      {"lists refused", true, [](State& s) { s.listsJobs = false; }, begun,
+       Failed(Printer::kUnreachable), "cancelled", Printer::kAborted},
+      {"cancellation refused", true, [](State& s) { s.cancels = false; }, begun,
+       Failed(Printer::kRefusal), "cancelled", Printer::kAborted},
+  };
+  ForEachAtOnce(cases, [](const auto& test) {
+    PrinterUnderTest printer;
+    PrintClient client(printer, "report", L"ipps://h/ipp/print");
+    client.Request()->SetAuthorizationHeader(L"Basic eA==");
+    EXPECT_EQ("none", client.CancelPrinting());
+    printer->Locked([&](State& state) {
+      // An older one of its name, and one of another name that comes at the same time.
+      state.jobs[1] = {"anna", "report", Printer::kProcessing, Printer::kUpTime - 60};
+      state.jobs[2] = {"anna", "letter", Printer::kProcessing, Printer::kUpTime};
+      test.script(state);
+    });
+    auto sending = std::async(std::launch::async, [&] {
+      std::string outcome = test.chunked ? client.Begin("%PDF") : client.Print("%PDF");
+      return test.chunked && outcome == "ok" ? client.WriteOn() : outcome;
+    });
+    EXPECT_TRUE(printer->Await(test.moment));
+    const auto told = RefPtr<IPPResponseBase>::Adopt(CreateIPPResponse());
+    EXPECT_EQ(test.cancelled, client.CancelPrinting(told.Get()));
+    if (test.cancelled == "ok") {
+      EXPECT_EQ(3, told->GetJobID());
+    }
+    std::string outcome = sending.get();
+    EXPECT_EQ("none", client.CancelPrinting()) << "the job has ended";
+    printer->Locked([&](const State& state) {
+      EXPECT_EQ(test.state != 0, state.jobs.contains(3));
+      for (const auto& [id, job] : state.jobs) {
+        EXPECT_EQ(id < 3 ? Printer::kProcessing : test.state, job.state) << id;
+      }
+      for (const auto& asked : state.asked) EXPECT_EQ(443u, asked.port);
+    });
+    return outcome;
+  });
+}
+
+TEST_F(PrintFlowTest, CancelsTwiceAndForNobody) {
+  EXPECT_EQ(E_FAIL, CancelPrintJob(nullptr, nullptr, 0));
+  PrinterUnderTest printer;
+  PrintClient client(printer);
+  ASSERT_EQ("ok", client.Begin("half"));
+  EXPECT_EQ("ok", client.CancelPrinting());
+  EXPECT_EQ("ok", client.CancelPrinting()) << "it is known";
+  EXPECT_EQ(1, printer.Count(8));
+  EXPECT_EQ("cancelled", client.Write("more"));
+  EXPECT_EQ("half", printer.LatestDocument());
+  EXPECT_EQ("ok", client.Send("another", 3));
 }
 
 TEST_F(PrintFlowTest, TheSenderPausesWhileTheSpoolIsFull) {
@@ -344,7 +435,7 @@ TEST_F(PrintFlowTest, AnUnfinishedDocumentIsDroppedByWhatComesAfterIt) {
   EXPECT_EQ("ok", client.Print("whole"));
   ASSERT_EQ("ok", client.Begin("half"));
   EXPECT_EQ("ok", client.Cancel());
-  EXPECT_EQ(Failed(87), client.End());
+  EXPECT_EQ(Failed(kIPPInvalidArgument), client.End());
   ASSERT_EQ("ok", client.Begin("half"));
   client.Close();
   printer->Locked([](const State& state) {
@@ -436,7 +527,7 @@ TEST_F(PrintFlowTest, TracesWhatBecameOfAJob) {
         exits(L"PrintJob", L"902A010A")}},
       {"refused",
        false,
-       [](State& s) { s.status = 1280; },
+       [](State& s) { s.status = Printer::kRefusal; },
        {L"Failed: some error occured IPP status code=1280", exits(L"PrintJob", L"80004005")}},
       {"busy",
        true,

@@ -224,6 +224,9 @@ class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestE
   void AnswerOfJob() {
     for (auto& [id, job] : Printer().jobs) {
       if (m_asked.attributes["job-uri"] != kJobUri + std::to_string(id)) continue;
+      if (m_asked.operation == kCancelJob && !Printer().cancels) {
+        return Reply(LibraryAnswer(ScriptedPrinter::kRefusal, {}));
+      }
       if (m_asked.operation == kCancelJob) job.state = ScriptedPrinter::kCancelled;
       Reply(LibraryAnswer(0, JobGroup(id, job, m_printer->UpTime())));
       return;

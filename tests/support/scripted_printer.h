@@ -27,6 +27,7 @@ class ScriptedPrinter final : public Counted<Address> {
   static constexpr std::uint32_t kUnreachable = 12029;
   static constexpr std::uint32_t kDropped = 12030;
   static constexpr std::uint32_t kNoAnswer = 12152;
+  static constexpr int kRefusal = 0x0500;  // server-error-internal-error
   // Job states (RFC 8011, 5.3.7).
   static constexpr int kProcessing = 5;
   static constexpr int kCancelled = 7;
@@ -57,6 +58,7 @@ class ScriptedPrinter final : public Counted<Address> {
     bool listsJobs = true;    // else such a request fails
     bool holdsLists = false;  // they wait until this ends
     bool showsNewJobs = true;
+    bool cancels = true;  // else Cancel-Job is refused
     // Of the answers to operations with jobs, but lists.
     int busy = 0;  // so many documents are refused first
     int status = 0;
