@@ -13,14 +13,21 @@ constexpr std::size_t kTerminatorBytes = 2 * sizeof(wchar_t) - 1;
 // The whole block stays addressable by the 32-bit sizes that callers compute from it.
 constexpr std::size_t kMaxTextBytes = UINT32_MAX - sizeof(ByteCount) - kTerminatorBytes;
 
-// Writes the count; the characters and the terminator are the caller's.
-char* Allocate(std::size_t bytes) {
+// `bytes` of `text`, or zeros when it is NULL.
+BSTR Allocate(const void* text, std::size_t bytes) {
   if (bytes > kMaxTextBytes) return nullptr;
   char* block = static_cast<char*>(std::malloc(sizeof(ByteCount) + bytes + kTerminatorBytes));
   if (block == nullptr) return nullptr;
   const ByteCount count = static_cast<ByteCount>(bytes);
   std::memcpy(block, &count, sizeof(count));
-  return block + sizeof(count);
+  char* chars = block + sizeof(count);
+  if (text != nullptr) {
+    std::memcpy(chars, text, bytes);
+  } else {
+    std::memset(chars, 0, bytes);
+  }
+  std::memset(chars + bytes, 0, kTerminatorBytes);
+  return reinterpret_cast<BSTR>(chars);
 }
 
 }  // namespace
@@ -28,38 +35,14 @@ char* Allocate(std::size_t bytes) {
 extern "C" {
 
 BSTR WINAPI SysAllocString(const OLECHAR* text) {
-  if (text == nullptr) return nullptr;
-  const std::size_t bytes = std::wcslen(text) * sizeof(OLECHAR);
-  char* copy = Allocate(bytes);
-  if (copy == nullptr) return nullptr;
-  std::memcpy(copy, text, bytes + sizeof(OLECHAR));
-  return reinterpret_cast<BSTR>(copy);
+  return text == nullptr ? nullptr : Allocate(text, std::wcslen(text) * sizeof(OLECHAR));
 }
 
 BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT chars) {
-  const std::size_t bytes = std::size_t{chars} * sizeof(OLECHAR);
-  char* copy = Allocate(bytes);
-  if (copy == nullptr) return nullptr;
-  if (text != nullptr) {
-    std::memcpy(copy, text, bytes);
-  } else {
-    std::memset(copy, 0, bytes);
-  }
-  std::memset(copy + bytes, 0, sizeof(OLECHAR));
-  return reinterpret_cast<BSTR>(copy);
+  return Allocate(text, std::size_t{chars} * sizeof(OLECHAR));
 }
 
-BSTR WINAPI SysAllocStringByteLen(const char* text, UINT bytes) {
-  char* copy = Allocate(bytes);
-  if (copy == nullptr) return nullptr;
-  if (text != nullptr) {
-    std::memcpy(copy, text, bytes);
-  } else {
-    std::memset(copy, 0, bytes);
-  }
-  std::memset(copy + bytes, 0, kTerminatorBytes);
-  return reinterpret_cast<BSTR>(copy);
-}
+BSTR WINAPI SysAllocStringByteLen(const char* text, UINT bytes) { return Allocate(text, bytes); }
 
 void WINAPI SysFreeString(BSTR text) {
   if (text != nullptr) std::free(reinterpret_cast<char*>(text) - sizeof(ByteCount));

@@ -168,7 +168,7 @@ bool IsWord(std::string_view text, std::string_view lowerCase) {
   return std::ranges::equal(text, lowerCase, {}, [](char c) { return c | 0x20; });
 }
 
-// Up to the NUL. NULL, and what is longer or has other characters than a number, is none.
+// Reads `text` up to its NUL. A mismatch: NULL, text that is too long, characters beyond ASCII.
 HRESULT ConvertText(const wchar_t* text, VARTYPE type, VARIANT* result) {
   std::array<char, kMaxNumberChars> buffer;
   std::size_t chars = 0;

@@ -6,7 +6,7 @@
 
 namespace Corvane {
 
-// The result of `operation()`; ERROR_OUTOFMEMORY for what it throws, which is nothing else.
+// The result of `operation()`, which throws nothing but std::bad_alloc: ERROR_OUTOFMEMORY then.
 template <typename Operation>
 LSTATUS BehindWall(Operation&& operation) noexcept {
   try {

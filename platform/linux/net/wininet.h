@@ -1,4 +1,4 @@
-// Taking URLs apart.
+// Splitting URLs into their parts.
 #ifndef CORVANE_PLATFORM_LINUX_NET_WININET_H_
 #define CORVANE_PLATFORM_LINUX_NET_WININET_H_
 

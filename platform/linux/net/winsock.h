@@ -1,7 +1,7 @@
 // Winsock over the system's sockets. Addresses and their constants are the system's own types.
 //
 // Every operation but WSAStartup and WSAGetLastError fails with WSANOTINITIALISED while the process
-// has no WSAStartup to its name. Failures are the thread's last error. Unlike on Windows, sockets
+// has not called WSAStartup. Failures are the thread's last error. Unlike on Windows, sockets
 // outlive the last WSACleanup.
 #ifndef CORVANE_PLATFORM_LINUX_NET_WINSOCK_H_
 #define CORVANE_PLATFORM_LINUX_NET_WINSOCK_H_

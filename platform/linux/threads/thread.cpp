@@ -14,7 +14,7 @@ class Thread final : public Waitable {
     if (m_thread.joinable()) m_thread.detach();
   }
 
-  // It has nothing left to do but to go: who waited for it finds it gone.
+  // The thread is about to end. After a wait for it, it has ended.
   void TakeSignal() override {
     if (m_thread.joinable()) m_thread.join();
   }

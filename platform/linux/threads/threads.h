@@ -22,11 +22,12 @@ extern "C" {
 // Null with a last error: ERROR_OUTOFMEMORY; ERROR_FILENAME_EXCED_RANGE for a name of more than 260
 // characters. The name of an event that is open gives another handle of that event, as it is, and
 // ERROR_ALREADY_EXISTS; the last error of a new one is 0. Names are of this process, without a name
-// space before them; a null or empty one is none. Nobody inherits: `security` is ignored.
+// space before them; a null or empty name means none. Handles are not inherited: `security` is
+// ignored.
 HANDLE WINAPI CreateEventW(_SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState,
                            const wchar_t* name);
-// These three: FALSE and ERROR_INVALID_HANDLE for what is no such open handle. A thread goes on
-// when its handle is closed.
+// These three: FALSE and ERROR_INVALID_HANDLE unless the handle is open and of that kind. A thread
+// goes on when its handle is closed.
 BOOL WINAPI SetEvent(HANDLE event);
 BOOL WINAPI ResetEvent(HANDLE event);
 BOOL WINAPI CloseHandle(HANDLE object);
@@ -39,9 +40,9 @@ DWORD WINAPI WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL all
                                     DWORD milliseconds);
 void WINAPI Sleep(DWORD milliseconds);
 
-// The handle of a thread that runs start(argument), signalled when it has ended; 0 when there is
-// none to be had. `security` and `flags` are ignored, the stack is the system's; `id`, which may be
-// null, is set to 0.
+// The handle of a thread that runs start(argument), signalled when it has ended; 0 when no
+// thread can be started. `security` and `flags` are ignored, the stack is the system's; `id`, which
+// may be null, is set to 0.
 std::uintptr_t _beginthreadex(void* security, unsigned stackSize, unsigned (*start)(void*),
                               void* argument, unsigned flags, unsigned* id);
 

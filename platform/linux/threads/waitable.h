@@ -33,7 +33,7 @@ class Waitable : public HandleObject {
     WaitingRoom::OfProcess().changed.notify_all();
   }
   virtual void TakeSignal() {}  // a wait has ended because of it
-  // Who waits is released by a signal, though that be reset before it wakes.
+  // Whether a signal releases every waiting thread, even when it is reset before they wake.
   virtual bool ReleasesAll() const { return true; }
   std::uint64_t Signals() const { return m_signals; }
 

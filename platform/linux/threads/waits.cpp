@@ -47,7 +47,7 @@ DWORD Wait(Objects& objects, bool all, DWORD milliseconds) {
   std::unique_lock lock(room.mutex);
   for (Waited& each : objects) each.signals = each.object->Signals();
   const auto count = static_cast<DWORD>(objects.size());
-  // Who only asks is not put to sleep, which even for no time costs more than 50 us.
+  // A wait of 0 ms only asks: sleeping, even for no time, would cost more than 50 us.
   for (bool late = milliseconds == 0;;) {
     if (const DWORD index = FindSignalled(objects, all); index < count) {
       return WAIT_OBJECT_0 + index;

@@ -36,7 +36,7 @@ bool Relate(Relation relation, const Value& left, const Value& right) {
   return false;
 }
 
-// Not a number when the text is none; only != holds of that.
+// NaN when the text is not a number: of the relations, only != holds for it.
 double ToNumber(std::string_view text) {
   constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
   text = TrimXmlSpace(text);

@@ -45,7 +45,7 @@ class PatternLexer {
  public:
   explicit PatternLexer(std::string_view pattern)
       : m_rest(pattern) {}  // UTF-8, which must outlive the tokens
-  Token Next();             // kEnd for ever at the end; after kInvalid there is nothing to be had
+  Token Next();             // kEnd at the end, however often; nothing may be asked after kInvalid
 
  private:
   Token Take(Token::Kind kind, std::size_t bytes);

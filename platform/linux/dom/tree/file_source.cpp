@@ -21,6 +21,9 @@ namespace {
 constexpr std::size_t kMaxSourceBytes = 65'536;  // longer than any path that the system opens
 constexpr HRESULT kSourceNotFound = static_cast<HRESULT>(0x800C0006);  // INET_E_OBJECT_NOT_FOUND
 
+constexpr const char* kNotRegular = "The source is not a regular file.";
+constexpr const char* kTooLarge = "The file is too large.";
+
 class FileHandle {
  public:
   explicit FileHandle(int handle) : m_handle(handle) {}
@@ -68,8 +71,10 @@ std::string ResolveEscapes(std::string_view path) {
 
 std::string Explain(int error) { return std::generic_category().message(error); }
 
-bool ReadAll(int file, std::size_t expected, std::string* bytes, std::string* reason) {
-  constexpr std::size_t kLimit = Corvane::DomLimits::kMaxDocumentBytes;
+std::string CannotOpen() { return "The file cannot be opened: " + Explain(errno); }
+
+// These three return why the file was not read; nothing when it was.
+std::string ReadAll(int file, std::size_t expected, std::string* bytes) {
   std::size_t done = 0;
   // One byte more than the file had: the read that finds its end needs no second buffer, and growth
   // is noticed.
@@ -77,60 +82,38 @@ bool ReadAll(int file, std::size_t expected, std::string* bytes, std::string* re
   for (;;) {
     const ssize_t count = read(file, bytes->data() + done, bytes->size() - done);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) {
-      *reason = "The file cannot be read: " + Explain(errno);
-      return false;
-    }
+    if (count < 0) return "The file cannot be read: " + Explain(errno);
     if (count == 0) break;
     done += static_cast<std::size_t>(count);
-    if (done > kLimit) {
-      *reason = "The file is too large.";
-      return false;
-    }
+    if (done > Corvane::DomLimits::kMaxDocumentBytes) return kTooLarge;
     if (done == bytes->size()) bytes->resize(done * 2);
   }
   bytes->resize(done);
-  return true;
+  return {};
 }
 
-// *missing tells a name that does not exist from a file that cannot be read.
-bool ReadRegularFile(const std::string& path, std::string* bytes, std::string* reason,
-                     bool* missing) {
+// *missing: there is no such name.
+std::string ReadRegularFile(const std::string& path, std::string* bytes, bool* missing) {
   struct stat status;
   *missing = stat(path.c_str(), &status) != 0;
-  if (*missing) {
-    *reason = "The file cannot be opened: " + Explain(errno);
-    return false;
-  }
+  if (*missing) return CannotOpen();
   // Checked before opening, which alone can disturb a device or a FIFO's writer, and again on what
   // was opened.
-  constexpr const char* kNotRegular = "The source is not a regular file.";
-  if (!S_ISREG(status.st_mode)) {
-    *reason = kNotRegular;
-    return false;
-  }
+  if (!S_ISREG(status.st_mode)) return kNotRegular;
   const FileHandle file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (file.Get() < 0 || fstat(file.Get(), &status) != 0) {
-    *reason = "The file cannot be opened: " + Explain(errno);
-    return false;
-  }
-  if (!S_ISREG(status.st_mode)) {
-    *reason = kNotRegular;
-    return false;
-  }
-  if (status.st_size > static_cast<off_t>(Corvane::DomLimits::kMaxDocumentBytes)) {
-    *reason = "The file is too large.";
-    return false;
-  }
-  return ReadAll(file.Get(), static_cast<std::size_t>(status.st_size), bytes, reason);
+  if (file.Get() < 0 || fstat(file.Get(), &status) != 0) return CannotOpen();
+  if (!S_ISREG(status.st_mode)) return kNotRegular;
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  if (size > Corvane::DomLimits::kMaxDocumentBytes) return kTooLarge;
+  return ReadAll(file.Get(), size, bytes);
 }
 
-bool ReadFile(std::string_view source, std::string* bytes, std::string* reason) {
+std::string ReadFile(std::string_view source, std::string* bytes) {
   const std::string path(StripScheme(source));
-  bool missing;
-  if (ReadRegularFile(path, bytes, reason, &missing)) return true;
-  const std::string resolved = ResolveEscapes(path);
-  return missing && resolved != path && ReadRegularFile(resolved, bytes, reason, &missing);
+  bool missing = false;
+  const std::string reason = ReadRegularFile(path, bytes, &missing);
+  const std::string resolved = missing ? ResolveEscapes(path) : path;
+  return resolved == path ? reason : ReadRegularFile(resolved, bytes, &missing);
 }
 
 }  // namespace
@@ -139,12 +122,11 @@ std::unique_ptr<Tree> ReadSource(std::wstring_view source, LoadFailure* failure)
   std::optional<std::string> path;
   if (source.size() <= kMaxSourceBytes) path = ToUtf8Strictly(source);
   std::string bytes;
-  std::string reason = "The source is no path.";
-  if (!path || path->size() > kMaxSourceBytes || !ReadFile(*path, &bytes, &reason)) {
-    *failure = {kSourceNotFound, std::move(reason), 0, 0};
-    return nullptr;
-  }
-  return ReadBytes(bytes, failure);
+  const bool isPath = path && path->size() <= kMaxSourceBytes;
+  std::string reason = isPath ? ReadFile(*path, &bytes) : "The source is no path.";
+  if (reason.empty()) return ReadBytes(bytes, failure);
+  *failure = {kSourceNotFound, std::move(reason), 0, 0};
+  return nullptr;
 }
 
 }  // namespace Corvane::Dom

@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::size_t kBytesPerNode = 16;  // a guess that spares most documents a second allocation
 constexpr std::size_t kMaxReservedNodes = 65'536;
-constexpr std::size_t kPairsComparedDirectly = 8;
 
 bool IsVersionOne(std::string_view version) {
   return version.size() > 2 && version.starts_with("1.") &&
@@ -128,21 +127,10 @@ void TreeBuilder::CheckPrefixes(NodeId element, std::uint32_t count) {
     if (!IsBound(split)) return Refuse("An attribute uses an undeclared namespace prefix.");
     m_expanded.emplace_back(m_scopes.UriOf(split.prefix), split.local);
   }
-  if (HoldsDuplicates()) Refuse("An attribute appears twice in its namespace.");
-}
-
-bool TreeBuilder::HoldsDuplicates() {
-  if (m_expanded.size() > kPairsComparedDirectly) {
-    std::sort(m_expanded.begin(), m_expanded.end());
-    return std::adjacent_find(m_expanded.begin(), m_expanded.end()) != m_expanded.end();
+  std::sort(m_expanded.begin(), m_expanded.end());
+  if (std::adjacent_find(m_expanded.begin(), m_expanded.end()) != m_expanded.end()) {
+    Refuse("An attribute appears twice in its namespace.");
   }
-  for (std::size_t i = 1; i < m_expanded.size(); ++i) {
-    if (std::find(m_expanded.begin(), m_expanded.begin() + static_cast<std::ptrdiff_t>(i),
-                  m_expanded[i]) != m_expanded.begin() + static_cast<std::ptrdiff_t>(i)) {
-      return true;
-    }
-  }
-  return false;
 }
 
 void TreeBuilder::EndElement() {

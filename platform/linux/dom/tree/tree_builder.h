@@ -28,7 +28,7 @@ class TreeBuilder {
   void EndCdata();
   void Comment(std::string_view text);
   void Instruction(const char* target, std::string_view text);
-  void Refuse(const char* reason);  // a string that lives for ever
+  void Refuse(const char* reason);  // `reason` is never freed
 
   // Null while nothing was refused.
   const char* Refusal() const { return m_refusal; }
@@ -40,7 +40,6 @@ class TreeBuilder {
   void AddAttributes(NodeId element, const char** attributes);
   void CheckPrefixes(NodeId element, std::uint32_t count);
   bool IsBound(const QualifiedName& name) const;
-  bool HoldsDuplicates();
   void FlushText();
   void AppendText(NodeKind kind);
 

@@ -133,7 +133,7 @@ int UseWindows1252(XML_Encoding* encoding) {
   return XML_STATUS_OK;
 }
 
-// The code point of two bytes of GBK, -1 when they are none.
+// The code point of two bytes of GBK, -1 for a pair that GBK does not have.
 int DecodeGbk(void* converter, const char* bytes) {
   std::array<char, 2> pair = {bytes[0], bytes[1]};
   char* in = pair.data();
