@@ -6,7 +6,6 @@
 #include "platform/linux/dom/node_handle.h"
 #include "platform/linux/dom/parse_error.h"
 #include "platform/linux/dom/tree/encoding.h"
-#include "platform/linux/dom/tree/file_source.h"
 #include "platform/linux/dom/tree/xml_reader.h"
 
 namespace Corvane::Dom {

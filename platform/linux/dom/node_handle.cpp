@@ -2,7 +2,6 @@
 
 #include "base/utf8.h"
 #include "platform/linux/dom/pattern/pattern_evaluator.h"
-#include "platform/linux/dom/tree/text.h"
 #include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/linux/dom/tree/tree.h"
@@ -84,6 +85,11 @@ struct Expression {
   std::string literal;   // UTF-8; lower case when case is ignored
   double number = 0;
 };
+
+// Compiles `pattern`, which is UTF-8. Null when it does not parse, uses what the language does not
+// have (XPath's axes, functions and arithmetic), is nested deeper than kMaxPatternDepth, or is no
+// set of nodes.
+std::unique_ptr<Expression> CompilePattern(std::string_view pattern, const NameTable& names);
 
 }  // namespace Corvane::Dom
 

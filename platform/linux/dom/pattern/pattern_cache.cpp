@@ -4,7 +4,6 @@
 
 #include "base/utf8.h"
 #include "corvane/linux/dom.h"
-#include "platform/linux/dom/pattern/pattern_parser.h"
 
 namespace Corvane::Dom {
 namespace {

@@ -6,7 +6,6 @@
 
 #include "platform/linux/dom/pattern/pattern_evaluator.h"
 #include "platform/linux/dom/tree/encoding.h"
-#include "platform/linux/dom/tree/text.h"
 #include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {

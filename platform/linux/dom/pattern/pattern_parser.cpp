@@ -1,11 +1,11 @@
-#include "platform/linux/dom/pattern/pattern_parser.h"
-
+// Compiles XSL patterns: a parser by recursive descent.
 #include <algorithm>
 #include <charconv>
 #include <limits>
 #include <utility>
 
 #include "corvane/linux/dom.h"
+#include "platform/linux/dom/pattern/pattern.h"
 #include "platform/linux/dom/pattern/pattern_lexer.h"
 #include "platform/linux/dom/tree/encoding.h"
 

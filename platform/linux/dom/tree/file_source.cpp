@@ -1,5 +1,4 @@
-#include "platform/linux/dom/tree/file_source.h"
-
+// Reads the document that a path or file: URL names.
 #include <fcntl.h>
 #include <strings.h>
 #include <sys/stat.h>
@@ -14,6 +13,7 @@
 
 #include "base/utf8.h"
 #include "corvane/linux/dom.h"
+#include "platform/linux/dom/tree/xml_reader.h"
 
 namespace Corvane::Dom {
 namespace {

@@ -1,7 +1,7 @@
-#include "platform/linux/dom/tree/text.h"
-
+// The `text` of nodes.
 #include <algorithm>
 
+#include "platform/linux/dom/tree/tree.h"
 #include "platform/linux/dom/tree/xml_names.h"
 
 namespace Corvane::Dom {

@@ -9,6 +9,7 @@
 #define CORVANE_PLATFORM_LINUX_DOM_TREE_TREE_H_
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -21,6 +22,7 @@ namespace Corvane::Dom {
 
 using NodeId = std::uint32_t;
 constexpr NodeId kNoNode = 0xFFFFFFFF;
+constexpr std::size_t kWholeText = std::numeric_limits<std::size_t>::max();  // for TextOf
 
 // The values are those of DOMNodeType, but for the pseudo-attributes of the XML declaration:
 // attributes to the DOM, nothing to patterns.
@@ -115,6 +117,19 @@ class Tree {
 // The namespace URI of an element or attribute, nothing for a node in no namespace and for other
 // kinds of node. The URI of a namespace declaration is "". Walks up the ancestors.
 std::optional<std::string_view> FindNamespace(const Tree& tree, NodeId node);
+
+// The `text` of a node: what a person would call its content.
+//
+// Documents and elements: their text and CDATA in document order, one blank between two non-empty
+// pieces where white space was dropped, white space trimmed at both ends unless
+// xml:space="preserve" holds, but never into or past a CDATA section. Text nodes: trimmed.
+// Everything else: its value.
+//
+// The result lies in the tree or in *scratch. A caller that only compares may stop early: once more
+// than `enough` bytes are certain, the rest may be missing, but the result is then longer than
+// `enough`. *work grows by the effort, in about the time of visiting one node.
+std::string_view TextOf(const Tree& tree, NodeId node, std::size_t enough, std::string* scratch,
+                        std::uint64_t* work);
 
 }  // namespace Corvane::Dom
 

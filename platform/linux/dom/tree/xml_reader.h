@@ -29,6 +29,11 @@ std::unique_ptr<Tree> ReadWide(std::wstring_view text, LoadFailure* failure);
 // UTF-16 or UTF-8; the mark of UTF-8 changes nothing.
 std::unique_ptr<Tree> ReadBytes(std::string_view bytes, LoadFailure* failure);
 
+// As ReadBytes, from a file of at most kMaxDocumentBytes: `source` is a local path, absolute or
+// relative, or a file: URL. The name is tried as it stands first, then with its %xx sequences
+// resolved. *failure does not hold the path.
+std::unique_ptr<Tree> ReadSource(std::wstring_view source, LoadFailure* failure);
+
 }  // namespace Corvane::Dom
 
 #endif  // CORVANE_PLATFORM_LINUX_DOM_TREE_XML_READER_H_
