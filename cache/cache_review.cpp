@@ -27,18 +27,6 @@ struct Place {
   CachedValueMap loaded;  // those that loading takes
 };
 
-template <typename Read>
-LSTATUS ReadPlace(Read read, Place* place) {
-  for (int attempt = 1;; ++attempt) {
-    const auto error = read([place](const wchar_t* name, const TypedData& data) {
-      place->all.insert_or_assign(name, Place::Kind{data.type, data.bytes});
-      AddStoredValue(&place->loaded, name, data);
-    });
-    if (error != ERROR_MORE_DATA || attempt == kMaxAttempts) return static_cast<LSTATUS>(error);
-    *place = {};
-  }
-}
-
 std::vector<CacheEntry> EntriesOf(const Place& place, LifespanTable* lifespans, std::uint64_t now) {
   std::set<std::wstring> walked;
   WalkPairs(place.loaded,
@@ -96,6 +84,25 @@ LifespanTable LifespansFor(const CacheSection& section, DataMapSpecCollection* s
   return LifespanTable(std::move(maps));
 }
 
+// Reads and judges what `section` holds: ERROR_SUCCESS, also when it is not there, or why it could
+// not be read, or not to its end.
+template <typename Read>
+LSTATUS Fill(CacheSection* section, Read read, DataMapSpecCollection* specification,
+             std::uint64_t now) {
+  Place place;
+  LSTATUS error = ERROR_MORE_DATA;
+  for (int attempt = 0; attempt < kMaxAttempts && error == ERROR_MORE_DATA; ++attempt) {
+    place = {};
+    error = static_cast<LSTATUS>(read([&place](const wchar_t* name, const TypedData& data) {
+      place.all.insert_or_assign(name, Place::Kind{data.type, data.bytes});
+      AddStoredValue(&place.loaded, name, data);
+    }));
+  }
+  LifespanTable lifespans = LifespansFor(*section, specification);
+  section->entries = EntriesOf(place, &lifespans, now);
+  return error == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : error;
+}
+
 // Finds the keys of devices and protocols.
 class KeySearch {
  public:
@@ -147,13 +154,50 @@ class KeySearch {
   std::vector<CacheSection> m_sections;
 };
 
-LSTATUS ReadPlaceOf(const CacheSection& section, Place* place) {
-  UniqueHkey key;
-  const LSTATUS error =
-      RegOpenKeyExW(HKEY_LOCAL_MACHINE, section.path.c_str(), 0, KEY_READ, key.Receive());
-  if (error == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
-  if (error != ERROR_SUCCESS) return error;
-  return ReadPlace([&key](const ValueSink& sink) { return ReadKey(key.Get(), sink); }, place);
+LSTATUS ReviewRegistry(const wchar_t* path, DataMapSpecCollection* specification,
+                       CacheVisitor* visitor, std::uint64_t now) {
+  if (!path || !*path) return ERROR_SUCCESS;
+  KeySearch search(path);
+  const LSTATUS error = search.Look();
+  if (error != ERROR_SUCCESS) return error == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : error;
+  if (search.IsTooMuch()) return ERROR_MORE_DATA;
+  for (CacheSection& section : search.Take()) {
+    const auto read = [&section](const ValueSink& sink) {
+      UniqueHkey key;
+      const LSTATUS opened =
+          RegOpenKeyExW(HKEY_LOCAL_MACHINE, section.path.c_str(), 0, KEY_READ, key.Receive());
+      return opened == ERROR_SUCCESS ? ReadKey(key.Get(), sink) : opened;
+    };
+    if (section.isOfACache) {
+      const LSTATUS unread = Fill(&section, read, specification, now);
+      if (unread != ERROR_SUCCESS) section.error = static_cast<std::uint32_t>(unread);
+      if (section.protocol.empty() && section.entries.empty() && !section.error) continue;
+    }
+    visitor->Visit(section);
+  }
+  return ERROR_SUCCESS;
+}
+
+LSTATUS ReviewPrinter(HANDLE printer, DataMapSpecCollection* specification, CacheVisitor* visitor,
+                      std::uint64_t now) {
+  CacheSection section;
+  const auto read = [printer](const ValueSink& sink) { return ReadPrinterData(printer, sink); };
+  const LSTATUS error = Fill(&section, read, specification, now);
+  if (error == ERROR_SUCCESS && !section.entries.empty()) visitor->Visit(section);
+  return error;
+}
+
+template <typename Where>
+std::uint32_t Review(LSTATUS (*review)(Where, DataMapSpecCollection*, CacheVisitor*, std::uint64_t),
+                     Where where, DataMapSpecCollection* specification, CacheVisitor* visitor,
+                     std::uint64_t* now) {
+  *now = 0;
+  GetCurrentFileTime(now);
+  try {
+    return static_cast<std::uint32_t>(review(where, specification, visitor, *now));
+  } catch (...) {
+    return ERROR_OUTOFMEMORY;
+  }
 }
 
 }  // namespace
@@ -162,45 +206,12 @@ LSTATUS ReadPlaceOf(const CacheSection& section, Place* place) {
 std::uint32_t ReviewRegCache(const wchar_t* registryPath,
                              Corvane::DataMapSpecCollection* specification,
                              Corvane::CacheVisitor* visitor, std::uint64_t* now) {
-  using namespace Corvane;
-  TraceScope trace(L"Corvane::ReviewRegCache");
-  *now = 0;
-  GetCurrentFileTime(now);
-  if (!registryPath || !*registryPath) return ERROR_SUCCESS;
-  KeySearch search(registryPath);
-  const LSTATUS error = search.Look();
-  if (error == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
-  if (error != ERROR_SUCCESS) return static_cast<std::uint32_t>(error);
-  if (search.IsTooMuch()) return ERROR_MORE_DATA;
-  for (CacheSection& section : search.Take()) {
-    if (section.isOfACache) {
-      Place place;
-      const LSTATUS read = ReadPlaceOf(section, &place);
-      if (read != ERROR_SUCCESS) section.error = static_cast<std::uint32_t>(read);
-      LifespanTable lifespans = LifespansFor(section, specification);
-      section.entries = EntriesOf(place, &lifespans, *now);
-      if (section.protocol.empty() && section.entries.empty() && !section.error) continue;
-    }
-    visitor->Visit(section);
-  }
-  return ERROR_SUCCESS;
+  Corvane::TraceScope trace(L"Corvane::ReviewRegCache");
+  return Corvane::Review(Corvane::ReviewRegistry, registryPath, specification, visitor, now);
 }
 
 std::uint32_t ReviewPrintDataCache(HANDLE printer, Corvane::DataMapSpecCollection* specification,
                                    Corvane::CacheVisitor* visitor, std::uint64_t* now) {
-  using namespace Corvane;
-  TraceScope trace(L"Corvane::ReviewPrintDataCache");
-  *now = 0;
-  GetCurrentFileTime(now);
-  Place place;
-  const LSTATUS error = ReadPlace(
-      [printer](const ValueSink& sink) { return ReadPrinterData(printer, sink); }, &place);
-  if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) {
-    return static_cast<std::uint32_t>(error);
-  }
-  CacheSection section;
-  LifespanTable lifespans = LifespansFor(section, specification);
-  section.entries = EntriesOf(place, &lifespans, *now);
-  if (!section.entries.empty()) visitor->Visit(section);
-  return ERROR_SUCCESS;
+  Corvane::TraceScope trace(L"Corvane::ReviewPrintDataCache");
+  return Corvane::Review(Corvane::ReviewPrinter, printer, specification, visitor, now);
 }

@@ -69,16 +69,14 @@ std::uint32_t PrintDataCacheProvider::FillDataMapSpec(DataMapSpec* spec, CachedV
 std::uint32_t PrintDataCacheProvider::RegistryWrite(const std::wstring& name, const VARIANT& value,
                                                     std::int64_t timestamp) {
   TraceScope trace(L"Corvane::PrintDataCacheProvider::RegistryWrite");
-  return WriteWithCompanion(
-      name, value, timestamp,
-      [this](const std::wstring& under, const std::wstring& text) -> DWORD {
-        const TypedData data = TextData(text);
-        return SetPrinterDataExW(m_printer, kPrintDataCacheKey, under.c_str(), data.type,
-                                 const_cast<BYTE*>(data.data), data.bytes);
-      },
-      // Not left to the spooler: it would store whatever lies at an address that happens to exist,
-      // and Wine's would fault on others.
-      [](const std::wstring&, LONG) -> DWORD { return ERROR_NOACCESS; }, trace, kWriteFailed);
+  const auto write = [this](const std::wstring& under, const TypedData& data) -> DWORD {
+    // An integer is not left to the spooler: it would store whatever lies at an address that
+    // happens to exist, and Wine's would fault on others.
+    if (data.type != REG_SZ) return ERROR_NOACCESS;
+    return SetPrinterDataExW(m_printer, kPrintDataCacheKey, under.c_str(), data.type,
+                             const_cast<BYTE*>(data.data), data.bytes);
+  };
+  return WriteWithCompanion(name, value, timestamp, write, trace, kWriteFailed);
 }
 
 }  // namespace Corvane

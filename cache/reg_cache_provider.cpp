@@ -94,15 +94,7 @@ std::uint32_t RegCacheProvider::RegistryWrite(HKEY key, const std::wstring& name
   const auto write = [key](const std::wstring& under, const TypedData& data) {
     return RegSetValueExW(key, under.c_str(), 0, data.type, data.data, data.bytes);
   };
-  return WriteWithCompanion(
-      name, value, timestamp,
-      [&](const std::wstring& under, const std::wstring& text) {
-        return write(under, TextData(text));
-      },
-      [&](const std::wstring& under, const LONG& number) {
-        return write(under, {REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number)});
-      },
-      trace, kWriteFailed);
+  return WriteWithCompanion(name, value, timestamp, write, trace, kWriteFailed);
 }
 
 std::uint32_t RegCacheProvider::FillDataMapSpec(DataMapSpec* spec, CachedValueMap* out) {

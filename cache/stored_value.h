@@ -21,12 +21,12 @@ struct TypedData {
   DWORD bytes;
 };
 
-// With its terminator.
+// With its terminator, in `text` itself.
 TypedData TextData(const std::wstring& text);
 
 std::wstring CompanionName(std::wstring_view key);
 bool IsCompanionOf(std::wstring_view key, std::wstring_view name);
-// Of a companion; null for the name of anything else.
+// Of a companion's name; none of any other.
 std::optional<std::wstring> KeyOfCompanion(std::wstring_view name);
 // A fetch time as the companion holds it; "0" is a value that never goes stale.
 std::wstring CompanionText(std::int64_t timestamp);
@@ -59,26 +59,25 @@ void WriteFresh(const CachedValueMap& values, Write write) {
 
 // Writes a value, if it is VT_BSTR (up to its first NUL) or VT_I4, and its companion: 0; or 1 at
 // the first failure, which `trace` tells by `message` with the error code. Nothing is written under
-// an empty name. `writeText` takes a name and a text, `writeInteger` a name and a LONG; each gives
-// a system error code.
-template <typename WriteText, typename WriteInteger>
+// an empty name. `write` takes a name and TypedData, and gives a system error code.
+template <typename Write>
 std::uint32_t WriteWithCompanion(const std::wstring& name, const VARIANT& value,
-                                 std::int64_t timestamp, WriteText writeText,
-                                 WriteInteger writeInteger, const TraceScope& trace,
+                                 std::int64_t timestamp, Write write, const TraceScope& trace,
                                  const wchar_t* message) {
   if (name.empty()) return 1;
-  const auto succeeded = [&](auto error) {
+  const auto succeeds = [&](const std::wstring& under, const TypedData& data) {
+    const auto error = write(under, data);
     if (error != ERROR_SUCCESS) trace.Message(kTraceInfo, message, static_cast<int>(error));
     return error == ERROR_SUCCESS;
   };
   if (value.vt == VT_BSTR) {
     // A null BSTR is an empty text.
-    const std::wstring text = value.bstrVal ? value.bstrVal : L"";
-    if (!succeeded(writeText(name, text))) return 1;
+    if (!succeeds(name, TextData(value.bstrVal ? value.bstrVal : L""))) return 1;
   } else if (value.vt == VT_I4) {
-    if (!succeeded(writeInteger(name, value.lVal))) return 1;
+    const auto* const number = reinterpret_cast<const BYTE*>(&value.lVal);
+    if (!succeeds(name, {REG_DWORD, number, sizeof(value.lVal)})) return 1;
   }
-  return succeeded(writeText(CompanionName(name), CompanionText(timestamp))) ? 0 : 1;
+  return succeeds(CompanionName(name), TextData(CompanionText(timestamp))) ? 0 : 1;
 }
 
 }  // namespace Corvane

@@ -123,7 +123,7 @@ CommandResult ReportOf(const Options& options) {
     case Command::kCacheShow:
       return ShowCache(*options.cache, options.specification, options.json);
     default:
-      return ClearCacheReporting(*options.cache);
+      return ClearCache(*options.cache);
   }
 }
 

@@ -105,8 +105,7 @@ constexpr std::size_t kMaxCacheKeys = 10'000;
 class CacheVisitor {
  public:
   virtual ~CacheVisitor() = default;
-  // `section` is the library's, and gone after the call. What this throws passes through the
-  // review.
+  // `section` is the library's, and gone after the call. What this throws ends the review.
   virtual void Visit(const CacheSection& section) = 0;
 };
 
@@ -142,9 +141,12 @@ CORVANE_API Corvane::ICacheProvider* CreatePrintDataCacheProvider(HANDLE printer
 // - specification: may be null, and has no items then. A key of a protocol is judged by the first
 //   map of that protocol; the cache's own key and a printer, which tell none, by all maps.
 // - now: the time by which ages are told, as CachedValue's timestamp. Not null; written first.
-// Results: 0, also for a cache that is not there; or, before anything was shown,
-// ERROR_MORE_DATA: more than kMaxCacheKeys keys lie below the path, which is no cache's then; else
-// the system's error code.
+// Results:
+// - 0: also for a cache that is not there.
+// - ERROR_OUTOFMEMORY: also when the visitor threw; it may have seen a part.
+// - ERROR_MORE_DATA: more than kMaxCacheKeys keys lie below the path, which is no cache's then. Or
+//   a printer's data grew while they were read, again and again.
+// - The system's error code. After this and the one before nothing was shown.
 
 // The keys of the cache at `registryPath`, in the order of devices and protocols; its own key,
 // where values of devices lie that tell neither, first, and only if it has values.

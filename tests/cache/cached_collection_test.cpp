@@ -1,5 +1,4 @@
 // Collections over caches: what the second run knows.
-#include "core/file_time.h"
 #include "corvane/corvane.h"
 #include "tests/support/dom.h"
 #include "tests/support/fake_device.h"
@@ -82,19 +81,6 @@ TEST_F(CachedCollectionTest, SecondRunAnswersFromTheRegistry) {
   m_snmp.Serve(kSerialNumber, _variant_t(L"SN2"));
   EXPECT_EQ(5u, Run(Registry(path), L"600").size()) << "another device's values are its own";
   EXPECT_EQ(5u, Run(Registry(L""), L"600").size() + 1) << "nobody asks who it is, nothing is kept";
-}
-
-TEST_F(CachedCollectionTest, AShortenedLifespanMakesAStoredValueStale) {
-  const wchar_t* const path = m_registry.Path().c_str();
-  Run(Registry(path), L"864000");
-  // A minute passes.
-  auto values = m_registry.Values(L"SN1\\OID");
-  std::uint64_t taken = 0;
-  ASSERT_EQ(1, GetCurrentFileTime(&taken));
-  const auto minuteAgo = RegistryKey::Text(std::to_wstring(taken - 600'000'000));
-  ASSERT_EQ(ERROR_SUCCESS, m_registry.Set(L"SN1\\OID", L"Model.Expires", minuteAgo));
-  EXPECT_EQ(2u, Run(Registry(path), L"864000").size());
-  EXPECT_EQ(3u, Run(Registry(path), L"590").size());
 }
 
 TEST_F(CachedCollectionTest, SecondRunAnswersTextFromThePrinter) {

@@ -28,10 +28,6 @@ class PrintDataCacheProviderTest : public ParsingTest {
 };
 
 TEST_F(PrintDataCacheProviderTest, KnowsNothingOfAPrinterWithoutData) {
-  const auto spec = RefPtr<DataMapSpec>::Adopt(DataMapSpec::CreateDataMapSpec(
-      Element(L"<OIDDataMap><DataItem Name='a'/></OIDDataMap>").Get()));
-  CachedValueMap out;
-  EXPECT_EQ(1u, Cache()->PopulateFromRegistry(spec.Get(), &out));
   EXPECT_EQ(L"<none>", Kept(L"a"));
   const auto none = RefPtr<ICacheProvider>::Adopt(CreatePrintDataCacheProvider(nullptr));
   const _variant_t value(L"x");

@@ -139,6 +139,19 @@ TEST_F(CacheCommandTest, ShowsWhatTheLibraryWouldMakeOfAStore) {
   for (const char32_t c : ControlsIn(text.output)) EXPECT_TRUE(c == U'\t' || c == U'\n');
 }
 
+// The tool once took a number of two bytes for none, where loading takes it for a value that has lost
+// its companion.
+TEST_F(CacheCommandTest, ANumberOfAnySizeHidesItsNeighbour) {
+  m_key.Set(L"SN1\\QUARN", L"A", {REG_DWORD, {1, 2}});
+  SetPair(L"SN1\\QUARN", L"Size", L"A4", L"0");
+  EXPECT_EQ(RunCache({"show"}).output,
+            "SN1, QUARN:\n  A\t513\ta value without its .Expires\n"
+            "  Size\tA4\tnever goes stale\tpassed over\n");
+  EXPECT_EQ(RunCache({"clear"}).output,
+            "Removed 2 values and 0 keys.\n"
+            "Left: SN1, QUARN: A (a value without its .Expires)\n");
+}
+
 TEST_F(CacheCommandTest, ClearingTakesOnlyWhatIsACaches) {
   const std::wstring below = L"SN1\\QUARN";
   SetPair(below, L"K", L"v", L"0");

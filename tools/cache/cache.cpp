@@ -49,14 +49,14 @@ void Cache::UsePrinter(const CacheLocation& location) {
   DWORD needed = 0;
   DWORD count = 0;
   const DWORD readable =
-      EnumPrinterDataExW(m_printer.Get(), kPrinterDataKey, nullptr, 0, &needed, &count);
+      EnumPrinterDataExW(m_printer.Get(), kPrintDataCacheKey, nullptr, 0, &needed, &count);
   if (readable != ERROR_SUCCESS && readable != ERROR_MORE_DATA &&
       readable != ERROR_FILE_NOT_FOUND) {
     m_problem = kCannotRead + SystemErrorText(readable);
   } else if (m_problem.empty()) {
     // Deletes nothing, but would be refused what writing is refused.
     const DWORD writable =
-        DeletePrinterDataExW(m_printer.Get(), kPrinterDataKey, L"corvane: no such value");
+        DeletePrinterDataExW(m_printer.Get(), kPrintDataCacheKey, L"corvane: no such value");
     if (writable != ERROR_SUCCESS && writable != ERROR_FILE_NOT_FOUND) {
       m_problem = kCannotWrite + SystemErrorText(writable);
     }

@@ -9,12 +9,15 @@
 
 namespace Corvane::Tool {
 
-// Both end with kCacheFailure when there are problems. `specification` names a file, or is empty;
-// the calling thread must hold COM. Throws Failure.
+// Both end with kCacheFailure when there are problems, and throw Failure.
+
+// `specification` names a file, or is empty; the calling thread must hold COM.
 CommandResult ShowCache(const CacheLocation& location, const std::string& specification, bool json);
 
-// Throws Failure.
-CommandResult ClearCacheReporting(const CacheLocation& location);
+// Deletes what the library says is a cache's own and nothing else, so that a mistaken path costs
+// nothing; then the keys that this leaves without values and keys, from the section's up to the
+// cache's own.
+CommandResult ClearCache(const CacheLocation& location);
 
 }  // namespace Corvane::Tool
 

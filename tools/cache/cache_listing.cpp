@@ -1,8 +1,12 @@
-#include "tools/cache/cache_listing.h"
-
+// What a cache holds, as text and as JSON.
+#include <new>
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "corvane/handles.h"
+#include "tools/cache/cache_commands.h"
+#include "tools/cache/cache_reader.h"
+#include "tools/map/specification.h"
 #include "tools/output/duration.h"
 #include "tools/output/json_text.h"
 #include "tools/output/text_escape.h"
@@ -13,153 +17,102 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr struct {
-  DWORD type;
-  const char* name;
-} kTypeNames[] = {
-    {REG_NONE, "REG_NONE"},   {REG_SZ, "REG_SZ"},         {REG_EXPAND_SZ, "REG_EXPAND_SZ"},
-    {REG_DWORD, "REG_DWORD"}, {REG_BINARY, "REG_BINARY"}, {REG_MULTI_SZ, "REG_MULTI_SZ"},
-    {REG_QWORD, "REG_QWORD"},
-};
-
 std::string TypeName(DWORD type) {
+  static constexpr struct {
+    DWORD type;
+    const char* name;
+  } kTypeNames[] = {
+      {REG_NONE, "REG_NONE"},   {REG_SZ, "REG_SZ"},         {REG_EXPAND_SZ, "REG_EXPAND_SZ"},
+      {REG_DWORD, "REG_DWORD"}, {REG_BINARY, "REG_BINARY"}, {REG_MULTI_SZ, "REG_MULTI_SZ"},
+      {REG_QWORD, "REG_QWORD"},
+  };
   for (const auto& known : kTypeNames) {
     if (known.type == type) return known.name;
   }
   return "type " + std::to_string(type);
 }
 
-const char* KindWord(EntryKind kind) {
-  switch (kind) {
-    case EntryKind::kPair:
-      return "pair";
-    case EntryKind::kValueAlone:
-      return "value alone";
-    case EntryKind::kCompanionAlone:
-      return "companion alone";
-    default:
-      return "foreign";
-  }
-}
+// Of a VT_BSTR.
+std::wstring_view TextOf(const VARIANT& text) { return {text.bstrVal, SysStringLen(text.bstrVal)}; }
 
-const char* FreshnessWord(Freshness freshness) {
-  switch (freshness) {
-    case Freshness::kFresh:
-      return "fresh";
-    case Freshness::kStale:
-      return "stale";
-    case Freshness::kDependsOnTheMap:
-      return "fresh or stale, by the data map";
-    default:
-      return "not in the specification";
-  }
+std::string TextOrNumber(const VARIANT& value) {
+  return value.vt == VT_I4 ? std::to_string(value.lVal) : EscapeText(TextOf(value));
 }
 
 std::string ValueText(const CacheEntry& entry) {
-  if (!entry.value) return "-";
-  const StoredValue& value = *entry.value;
-  if (const auto number = NumberOf(value)) return std::to_string(*number);
-  if (value.type == REG_SZ) return EscapeText(TextOf(value));
-  return TypeName(value.type) + ", " + std::to_string(value.data.size()) + " bytes";
+  if (entry.verdict == CacheVerdict::kNoValue) return "-";
+  if (entry.value.vt != VT_EMPTY) return TextOrNumber(entry.value);
+  return TypeName(entry.type) + ", " + std::to_string(entry.bytes) + " bytes";
 }
 
-std::string AgeText(const CacheEntry& entry, std::uint64_t now) {
-  if (entry.NeverGoesStale()) return "never goes stale";
-  const auto timestamp = entry.Timestamp();
-  if (!timestamp) return "no time: " + EscapeText(TextOf(*entry.companion));
-  if (*timestamp > now) return FormatDuration(*timestamp - now) + " in the future";
-  return FormatDuration(now - *timestamp) + " old";
+std::string AgeText(const CacheEntry& entry) {
+  if (!entry.fetchTime) return "no time: " + TextOrNumber(entry.companion);
+  if (!entry.age) return "never goes stale";
+  const bool isFuture = *entry.age < 0;
+  const auto ticks = static_cast<std::uint64_t>(isFuture ? -*entry.age : *entry.age);
+  return FormatDuration(ticks) + (isFuture ? " in the future" : " old");
 }
 
-// Of a pair; empty when there is nothing to say.
-std::string StateText(const CacheEntry& entry, const CacheSection& section,
-                      const Lifespans* lifespans, std::uint64_t now) {
-  if (entry.isPassedOver) return "passed over";
-  if (!lifespans || entry.NeverGoesStale()) return {};
-  return FreshnessWord(lifespans->Judge(entry, section, now).freshness);
-}
-
-std::string EntryLine(const CacheEntry& entry, const CacheSection& section,
-                      const Lifespans* lifespans, std::uint64_t now) {
+std::string EntryLine(const CacheEntry& entry, bool hasSpecification) {
+  const VerdictWords words = WordsOf(entry.verdict);
   std::string line = "  " + EscapeText(entry.key) + '\t' + ValueText(entry) + '\t';
-  if (entry.kind != EntryKind::kPair) return line + DescriptionOf(entry.kind) + '\n';
-  line += AgeText(entry, now);
-  const std::string state = StateText(entry, section, lifespans, now);
-  return line + (state.empty() ? "" : '\t' + state) + '\n';
+  if (!words.isPair) return line + words.text + '\n';
+  line += AgeText(entry);
+  if (entry.isPassedOver) return line + "\tpassed over\n";
+  const bool saysMore = hasSpecification && entry.verdict != CacheVerdict::kNeverStale;
+  return line + (saysMore ? std::string("\t") + words.text : "") + '\n';
 }
 
-Json JsonOf(const StoredValue* value) {
-  if (!value) return nullptr;
-  if (const auto number = NumberOf(*value)) return *number;
-  return value->type == REG_SZ ? Json(Utf8FromWide(TextOf(*value))) : Json(nullptr);
-}
-
-Json JsonOf(const CacheEntry& entry, const CacheSection& section, const Lifespans* lifespans,
-            std::uint64_t now) {
-  Json json = {{"key", Utf8FromWide(entry.key)},
-               {"kind", KindWord(entry.kind)},
-               {"type", entry.value ? Json(TypeName(entry.value->type)) : Json(nullptr)},
-               {"value", JsonOf(entry.value)},
-               {"bytes", entry.value ? Json(entry.value->data.size()) : Json(nullptr)},
-               {"expires", JsonOf(entry.companion)}};
-  if (!entry.companion) return json;
-  const auto timestamp = entry.Timestamp();
-  json["neverGoesStale"] = entry.NeverGoesStale();
-  json["timestamp"] = timestamp ? Json(*timestamp) : Json(nullptr);
-  const bool hasAge = timestamp && !entry.NeverGoesStale();
-  json["age"] = hasAge ? Json(static_cast<std::int64_t>(now - *timestamp)) : Json(nullptr);
-  if (entry.kind != EntryKind::kPair) return json;
-  json["passedOver"] = entry.isPassedOver;
-  if (!lifespans) return json;
-  const Judgement judgement = lifespans->Judge(entry, section, now);
-  json["lifespan"] = judgement.lifespan ? Json(*judgement.lifespan) : Json(nullptr);
-  json["freshness"] =
-      entry.NeverGoesStale() ? Json("fresh") : Json(FreshnessWord(judgement.freshness));
-  return json;
-}
-
-}  // namespace
-
-std::string TitleOf(const CacheSection& section) {
-  if (section.path.empty()) return "the printer's values";
-  if (section.protocol.empty()) return "the cache's own key";
-  const std::string device =
-      section.device.empty() ? "a device without a serial number" : EscapeText(section.device);
-  return device + ", " + EscapeText(section.protocol);
-}
-
-const char* DescriptionOf(EntryKind kind) {
-  switch (kind) {
-    case EntryKind::kPair:
-      return "a value and its .Expires";
-    case EntryKind::kValueAlone:
-      return "a value without its .Expires";
-    case EntryKind::kCompanionAlone:
-      return "an .Expires without its value";
-    default:
-      return "not a cache's value";
-  }
-}
-
-std::string ListingText(const CacheContents& contents, const Lifespans* lifespans,
-                        std::uint64_t now) {
+// A line "DEVICE, PROTOCOL:" for each section and below it, indented, a line for each value: key,
+// value, age and, with a specification, freshness, between tabs and escaped.
+std::string ListingText(const CacheContents& contents, bool hasSpecification) {
   std::string text;
   for (const CacheSection& section : contents.sections) {
-    text += TitleOf(section) + (section.values.empty() ? ": empty\n" : ":\n");
-    for (const CacheEntry& entry : EntriesOf(section.values)) {
-      text += EntryLine(entry, section, lifespans, now);
-    }
+    text += TitleOf(section) + (section.entries.empty() ? ": empty\n" : ":\n");
+    for (const CacheEntry& entry : section.entries) text += EntryLine(entry, hasSpecification);
   }
   return text.empty() ? "The cache is empty.\n" : text;
 }
 
+Json JsonOf(const VARIANT& value) {
+  if (value.vt == VT_I4) return value.lVal;
+  return value.vt == VT_BSTR ? Json(Utf8FromWide(TextOf(value))) : Json(nullptr);
+}
+
+template <typename T>
+Json JsonOf(const std::optional<T>& value) {
+  return value ? Json(*value) : Json(nullptr);
+}
+
+Json JsonOf(const CacheEntry& entry, bool hasSpecification) {
+  const VerdictWords words = WordsOf(entry.verdict);
+  const bool hasValue = entry.verdict != CacheVerdict::kNoValue;
+  Json json = {{"key", Utf8FromWide(entry.key)},
+               {"kind", words.kind},
+               {"type", hasValue ? Json(TypeName(entry.type)) : Json(nullptr)},
+               {"value", JsonOf(entry.value)},
+               {"bytes", hasValue ? Json(entry.bytes) : Json(nullptr)},
+               {"expires", JsonOf(entry.companion)}};
+  if (entry.companion.vt == VT_EMPTY) return json;
+  json["neverGoesStale"] = entry.fetchTime && !entry.age;
+  json["timestamp"] = JsonOf(entry.fetchTime);
+  json["age"] = JsonOf(entry.age);
+  if (!words.isPair) return json;
+  json["passedOver"] = entry.isPassedOver;
+  if (!hasSpecification) return json;
+  json["lifespan"] = JsonOf(entry.lifespan);
+  json["freshness"] = words.text;
+  return json;
+}
+
+// One object with everything that is known; times and ages are exact, in ticks of 100 ns.
 std::string ListingJson(const CacheLocation& location, const CacheContents& contents,
-                        const Lifespans* lifespans, std::uint64_t now) {
+                        bool hasSpecification) {
   Json sections = Json::array();
   for (const CacheSection& section : contents.sections) {
     Json values = Json::array();
-    for (const CacheEntry& entry : EntriesOf(section.values)) {
-      values.push_back(JsonOf(entry, section, lifespans, now));
+    for (const CacheEntry& entry : section.entries) {
+      values.push_back(JsonOf(entry, hasSpecification));
     }
     const bool isOfADevice = !section.protocol.empty();
     const auto ifOfADevice = [isOfADevice](const std::wstring& name) {
@@ -169,9 +122,27 @@ std::string ListingJson(const CacheLocation& location, const CacheContents& cont
                         {"protocol", ifOfADevice(section.protocol)},
                         {"values", std::move(values)}});
   }
-  const Json object = {
-      {"cache", TextOf(location)}, {"now", now}, {"sections", std::move(sections)}};
-  return JsonText(object);
+  return JsonText(
+      {{"cache", TextOf(location)}, {"now", contents.now}, {"sections", std::move(sections)}});
+}
+
+}  // namespace
+
+CommandResult ShowCache(const CacheLocation& location, const std::string& specification,
+                        bool json) {
+  const bool isSpecified = !specification.empty();
+  const auto maps =
+      RefPtr<DataMapSpecCollection>::Adopt(DataMapSpecCollection::CreateDataMapSpecCollection());
+  if (!maps) throw std::bad_alloc();
+  if (isSpecified) {
+    for (DataMap& map : LoadSpecification(specification)) {
+      maps->AddDataMapSpec(map.spec.Release());
+    }
+  }
+  const CacheContents contents = ReadCache(location, maps.Get());
+  return {contents.problems.empty() ? kAllAnswered : kCacheFailure,
+          json ? ListingJson(location, contents, isSpecified) : ListingText(contents, isSpecified),
+          contents.problems};
 }
 
 }  // namespace Corvane::Tool

@@ -23,9 +23,6 @@ CacheLocation ParseCacheLocation(std::string_view text);
 // As on the command line, in UTF-8, not escaped.
 std::string TextOf(const CacheLocation& location);
 
-// The key of the printer's data in which the library keeps a cache.
-constexpr wchar_t kPrinterDataKey[] = L"UBidiData";
-
 // ERROR_SUCCESS or a system error code; `access` is PRINTER_ACCESS_...
 DWORD OpenPrinterOf(const CacheLocation& location, ACCESS_MASK access, UniquePrinter* printer);
 
