@@ -87,26 +87,18 @@ TEST_F(RegCacheProviderTest, AnswersWhatItHasReadAndNotWhatItWrites) {
 }
 
 TEST_F(RegCacheProviderTest, TellsAPathThatCannotBeWritten) {
-  static const struct {
-    const char* name;
-    const wchar_t* path;
-    std::uint32_t many;  // of SetDataValues
-    const wchar_t* message;
-  } kCases[] = {
-      {"null", nullptr, 1, L"RegCreateKeyEx failed with error code =161"},
-      {"empty", L"", 1, L"RegCreateKeyEx failed with error code =161"},
-      {"absolute", L"\\Software", 1, L"RegCreateKeyEx failed with error code =161"},
-  };
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.name);
+  static constexpr const wchar_t* kPaths[] = {nullptr, L"", L"\\Software"};
+  for (const wchar_t* const path : kPaths) {
+    SCOPED_TRACE(path ? path : L"null");
     const TraceRecorder recorder(kTraceInfo);
-    const auto cache = RefPtr<ICacheProvider>::Adopt(CreateRegCacheProvider(c.path));
+    const auto cache = RefPtr<ICacheProvider>::Adopt(CreateRegCacheProvider(path));
     const _variant_t value(L"x");
     EXPECT_EQ(1u, cache->SetDataValue(L"K", &value, 0));
-    EXPECT_TRUE(recorder.HasMessage(16, L"Corvane::RegCacheProvider::SetDataValue", c.message));
+    EXPECT_TRUE(recorder.HasMessage(16, L"Corvane::RegCacheProvider::SetDataValue",
+                                    L"RegCreateKeyEx failed with error code =161"));
     CachedValueMap values;
     values[L"K"].value = value;
-    EXPECT_EQ(c.many, cache->SetDataValues(&values));
+    EXPECT_EQ(1u, cache->SetDataValues(&values));
   }
 }
 

@@ -139,8 +139,8 @@ TEST_F(CacheCommandTest, ShowsWhatTheLibraryWouldMakeOfAStore) {
   for (const char32_t c : ControlsIn(text.output)) EXPECT_TRUE(c == U'\t' || c == U'\n');
 }
 
-// The tool once took a number of two bytes for none, where loading takes it for a value that has lost
-// its companion.
+// The tool once took a number of two bytes for none, where loading takes it for a value without a
+// companion.
 TEST_F(CacheCommandTest, ANumberOfAnySizeHidesItsNeighbour) {
   m_key.Set(L"SN1\\QUARN", L"A", {REG_DWORD, {1, 2}});
   SetPair(L"SN1\\QUARN", L"Size", L"A4", L"0");
