@@ -1,11 +1,11 @@
 #include "cache/stored_value.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <cwchar>
 #include <iterator>
 
+#include "base/decimal.h"
 #include "core/variant.h"
 #include "corvane/handles.h"
 
@@ -50,24 +50,17 @@ std::optional<std::wstring> KeyOfCompanion(std::wstring_view name) {
   return std::wstring(name.substr(0, name.size() - kCompanionEnding.size()));
 }
 
-// std::to_wstring would format by the locale, at ten times the cost.
-std::wstring CompanionText(std::int64_t timestamp) {
-  char digits[24];
-  const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), timestamp);
-  return std::wstring(digits, end);
-}
-
 bool IsNeverStale(const VARIANT& companion) {
   return IsText(companion) && companion.bstrVal == std::wstring_view(L"0");
 }
 
 std::int64_t TimestampOf(const VARIANT& companion) {
-  return IsText(companion) ? std::wcstoll(companion.bstrVal, nullptr, 10) : 0;
+  return IsText(companion) ? LeadingNumber(companion.bstrVal) : 0;
 }
 
 std::optional<std::uint64_t> FetchTimeOf(const VARIANT& companion) {
   const std::int64_t timestamp = TimestampOf(companion);
-  if (timestamp < 0 || !IsText(companion) || CompanionText(timestamp) != companion.bstrVal) {
+  if (timestamp < 0 || !IsText(companion) || FormatDecimal(timestamp) != companion.bstrVal) {
     return std::nullopt;
   }
   return static_cast<std::uint64_t>(timestamp);

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/decimal.h"
 #include "core/file_time.h"
 #include "core/trace.h"
 #include "corvane/cache_provider.h"
@@ -28,14 +29,12 @@ std::wstring CompanionName(std::wstring_view key);
 bool IsCompanionOf(std::wstring_view key, std::wstring_view name);
 // Of a companion's name; none of any other.
 std::optional<std::wstring> KeyOfCompanion(std::wstring_view name);
-// A fetch time as the companion holds it; "0" is a value that never goes stale.
-std::wstring CompanionText(std::int64_t timestamp);
-
-// A companion as it is loaded: whether its value never goes stale, and otherwise its number up to
+// A companion holds its value's fetch time as a decimal number, "0" for one that never goes stale.
+// As it is loaded: whether its value never goes stale, and otherwise its number up to
 // the first character that is none, 0 without one.
 bool IsNeverStale(const VARIANT& companion);
 std::int64_t TimestampOf(const VARIANT& companion);
-// Exactly what CompanionText makes of a time; none for all else.
+// A fetch time exactly as it is written; none for all else.
 std::optional<std::uint64_t> FetchTimeOf(const VARIANT& companion);
 
 // Adds what a store holds under `name`: REG_SZ as VT_BSTR, up to its first NUL or its end, and
@@ -77,7 +76,7 @@ std::uint32_t WriteWithCompanion(const std::wstring& name, const VARIANT& value,
     const auto* const number = reinterpret_cast<const BYTE*>(&value.lVal);
     if (!succeeds(name, {REG_DWORD, number, sizeof(value.lVal)})) return 1;
   }
-  return succeeds(CompanionName(name), TextData(CompanionText(timestamp))) ? 0 : 1;
+  return succeeds(CompanionName(name), TextData(FormatDecimal(timestamp))) ? 0 : 1;
 }
 
 }  // namespace Corvane

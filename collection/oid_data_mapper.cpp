@@ -5,7 +5,7 @@
 #include <cwchar>
 #include <utility>
 
-#include "collection/oid_order.h"
+#include "base/oid.h"
 #include "core/class_identification.h"
 #include "core/variant.h"
 

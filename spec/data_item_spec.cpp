@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "base/decimal.h"
 #include "base/letter_case.h"
-#include "spec/decimal.h"
 #include "spec/element.h"
 #include "spec/owned_text.h"
 
@@ -43,7 +43,7 @@ bool DataItemSpec::BoolValueOf(IXMLDOMNamedNodeMap* attributes, const wchar_t* n
 }
 
 unsigned long DataItemSpec::UlongValueOf(IXMLDOMNamedNodeMap* attributes, const wchar_t* name) {
-  return ParseUnsigned(AttributeText(attributes, name).View());
+  return LeadingUint32(AttributeText(attributes, name).View());
 }
 
 bool DataItemSpec::ElementNameIs(IXMLDOMNode* node, const wchar_t* name) {

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "spec/decimal.h"
+#include "base/decimal.h"
 #include "spec/element.h"
 
 namespace Corvane {
@@ -48,7 +48,7 @@ void NextOIDDataItemSpec::Initialize() {
 NextOIDDataItemSpec* NextOIDDataItemSpec::GetNextOIDDataItemSpec() { return this; }
 
 int NextOIDDataItemSpec::IntValueOf(IXMLDOMNamedNodeMap* attributes, const wchar_t* name) {
-  return ParseSigned(AttributeText(attributes, name).View());
+  return LeadingInt32(AttributeText(attributes, name).View());
 }
 
 }  // namespace Corvane

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/decimal.h"
 #include "base/letter_case.h"
 #include "corvane/handles.h"
 #include "corvane/nexo_data_item.h"
@@ -11,7 +12,7 @@ namespace Corvane {
 namespace {
 
 std::wstring LoweredText(const VARIANT& value) {
-  if (value.vt == VT_I4) return std::to_wstring(value.lVal);
+  if (value.vt == VT_I4) return FormatDecimal(value.lVal);
   if (value.vt == VT_BSTR && value.bstrVal) {
     return ToLower({value.bstrVal, SysStringLen(value.bstrVal)});
   }

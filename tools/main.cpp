@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/utf8.h"
 #include "corvane/handles.h"
 #include "tools/cache/cache.h"
 #include "tools/cache/cache_commands.h"
@@ -24,7 +25,6 @@
 #include "tools/options/device.h"
 #include "tools/output/failure.h"
 #include "tools/output/trace_printer.h"
-#include "tools/output/utf8.h"
 #include "tools/print/print.h"
 
 namespace Corvane::Tool {
@@ -84,7 +84,7 @@ void PrintSteps(Session& session, const std::wstring& key, AnswerPrinter& printe
 ExitStatus PrintValues(const Options& options, Session& session) {
   AnswerPrinter printer(options.json);
   if (options.command == Command::kGet) {
-    for (const std::string& name : options.names) printer.Print(session.Query(WideFromUtf8(name)));
+    for (const std::string& name : options.names) printer.Print(session.Query(ToWide(name)));
   } else {
     for (const Session::Key& key : session.Keys()) {
       if (key.isWalk) {

@@ -3,7 +3,8 @@
 #include <exception>
 #include <utility>
 
-#include "host/common/text.h"
+#include "base/letter_case.h"
+#include "base/utf8.h"
 
 namespace Corvane::Host {
 

@@ -2,7 +2,8 @@
 
 #include <limits>
 
-#include "host/common/text.h"
+#include "base/letter_case.h"
+#include "base/utf8.h"
 
 namespace Corvane::Host {
 namespace {
@@ -27,7 +28,7 @@ void RequestBase::Set(std::wstring* setting, const wchar_t* text) noexcept try {
 }
 
 void RequestBase::AddHeader(const wchar_t* name, const wchar_t* value) try {
-  if (EqualsIgnoreCase(OrEmpty(name), L"content-type")) {
+  if (EqualsIgnoreAsciiCase(OrEmpty(name), L"content-type")) {
     SetContentType(value);
     return;
   }
@@ -38,7 +39,7 @@ void RequestBase::AddHeader(const wchar_t* name, const wchar_t* value) try {
 
 void RequestBase::ReplaceHeader(const wchar_t* name, const wchar_t* value) {
   std::erase_if(m_settings.headers, [name](const auto& header) {
-    return EqualsIgnoreCase(header.first, OrEmpty(name));
+    return EqualsIgnoreAsciiCase(header.first, OrEmpty(name));
   });
   AddHeader(name, value);
 }

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <limits>
 
-#include "host/common/text.h"
+#include "base/utf8.h"
 
 namespace Corvane::Host {
 
@@ -42,7 +42,7 @@ std::wstring Words(CURLcode code, const CurlMessage& message) {
   std::string printable(text, strnlen(text, message.size()));
   std::replace_if(
       printable.begin(), printable.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-  return Widen(printable);
+  return WideFromLatin1(printable);
 }
 
 }  // namespace Corvane::Host

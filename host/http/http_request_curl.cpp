@@ -4,8 +4,8 @@
 #include <chrono>
 #include <utility>
 
+#include "base/utf8.h"
 #include "corvane/error_codes.h"
-#include "host/common/text.h"
 #include "host/http/request_url.h"
 #include "host/http/wire_request.h"
 #include "host/trust/pinned_trust.h"
@@ -36,7 +36,7 @@ std::string CurlRequest::Url(const RequestSettings& settings) const {
 }
 
 std::wstring CurlRequest::Describe(const RequestSettings& settings) const {
-  return Widen(Url(settings));
+  return WideFromLatin1(Url(settings));
 }
 
 Outcome CurlRequest::OutcomeOf(WireResult result, std::wstring remark) {

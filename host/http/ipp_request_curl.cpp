@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "corvane/error_codes.h"
-#include "host/common/text.h"
 #include "host/http/request_head.h"
 #include "host/http/wire_request.h"
 #include "host/trust/pinned_trust.h"

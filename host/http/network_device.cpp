@@ -5,7 +5,7 @@
 #include <optional>
 #include <utility>
 
-#include "host/common/text.h"
+#include "base/utf8.h"
 #include "host/http/request_url.h"
 
 namespace Corvane::Host {

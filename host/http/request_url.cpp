@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "host/common/text.h"
+#include "base/utf8.h"
 #include "host/http/curl_handles.h"
 
 namespace Corvane::Host {

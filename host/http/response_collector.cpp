@@ -2,8 +2,9 @@
 
 #include <utility>
 
+#include "base/letter_case.h"
+#include "base/utf8.h"
 #include "corvane/error_codes.h"
-#include "host/common/text.h"
 
 namespace Corvane::Host {
 namespace {
@@ -50,8 +51,8 @@ bool ResponseCollector::Field(std::string_view line) {
     // RFC 9112, 5.1 and 5.2: a folded line, or no field at all.
     return Fail(kErrorInvalidResponse, L"the response has a header line that is no field");
   }
-  const std::wstring name = LowerAscii(Widen(line.substr(0, colon)));
-  const std::wstring value = Widen(Trim(line.substr(colon + 1)));
+  const std::wstring name = LowerAscii(WideFromLatin1(line.substr(0, colon)));
+  const std::wstring value = WideFromLatin1(Trim(line.substr(colon + 1)));
   const auto [field, added] = m_result.headers.emplace(name, value);
   if (added) return true;
   if (name == L"content-length") {  // RFC 9112, 6.3
@@ -64,7 +65,7 @@ bool ResponseCollector::Field(std::string_view line) {
 
 bool ResponseCollector::Body(std::string_view bytes) {
   const std::wstring* const coding = Find(L"content-encoding");
-  if (coding && !EqualsIgnoreCase(*coding, L"identity")) {
+  if (coding && !EqualsIgnoreAsciiCase(*coding, L"identity")) {
     return Fail(kErrorInvalidResponse, L"the response has a coding that nobody asked for");
   }
   if (bytes.size() > BodyBytesLeft()) return FailBodyTooLarge();

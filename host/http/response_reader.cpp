@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/letter_case.h"
 #include "corvane/error_codes.h"
-#include "host/common/text.h"
 
 namespace Corvane::Host {
 namespace {
@@ -159,7 +159,7 @@ void ResponseReader::OnHeadEnd() {
     m_state = State::kStatusLine;
   } else if (coding && (length || m_http10)) {  // RFC 9112, 6.1: a sign of smuggling
     Malformed(L"two different lengths");
-  } else if (coding && !EqualsIgnoreCase(*coding, L"chunked")) {
+  } else if (coding && !EqualsIgnoreAsciiCase(*coding, L"chunked")) {
     Malformed(L"a transfer coding that nobody asked for");
   } else if (status == kNoContent || status == kNotModified) {
     m_state = State::kDone;

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "host/common/text.h"
+#include "base/letter_case.h"
+#include "base/utf8.h"
 
 namespace Corvane::Host {
 namespace {
@@ -22,8 +23,9 @@ bool HasControl(std::string_view text) {
 }
 
 bool FramesMessage(std::wstring_view name, std::wstring_view value) {
-  return EqualsIgnoreCase(name, L"host") || EqualsIgnoreCase(name, L"content-length") ||
-         (EqualsIgnoreCase(name, L"transfer-encoding") && !EqualsIgnoreCase(value, L"chunked"));
+  return EqualsIgnoreAsciiCase(name, L"host") || EqualsIgnoreAsciiCase(name, L"content-length") ||
+         (EqualsIgnoreAsciiCase(name, L"transfer-encoding") &&
+          !EqualsIgnoreAsciiCase(value, L"chunked"));
 }
 
 // A request's password makes its credentials its own. A bare user name, which some requests always
@@ -43,9 +45,9 @@ void DropSecrets(WireRequest* request) {
   request->userName.clear();
   request->password.clear();
   std::erase_if(request->headers, [](const auto& header) {
-    const std::wstring name = Widen(header.first);
-    return EqualsIgnoreCase(name, L"authorization") ||
-           EqualsIgnoreCase(name, L"proxy-authorization");
+    const std::wstring name = WideFromLatin1(header.first);
+    return EqualsIgnoreAsciiCase(name, L"authorization") ||
+           EqualsIgnoreAsciiCase(name, L"proxy-authorization");
   });
 }
 

@@ -6,7 +6,9 @@
 #include <system_error>
 #include <utility>
 
-#include "host/common/text.h"
+#include "base/letter_case.h"
+#include "base/utf8.h"
+#include "base/utf8_path.h"
 #include "host/recorded/final_path.h"
 
 namespace Corvane::Host {
@@ -21,7 +23,7 @@ constexpr std::size_t kMaxBodyBytes = std::size_t{64} << 20;
 bool IsDeviceName(std::string_view segment) {
   constexpr std::array<std::wstring_view, 6> kDevices = {L"con", L"prn",    L"aux",
                                                          L"nul", L"conin$", L"conout$"};
-  const std::wstring name = LowerAscii(Widen(segment.substr(0, segment.find('.'))));
+  const std::wstring name = LowerAscii(WideFromLatin1(segment.substr(0, segment.find('.'))));
   if (std::find(kDevices.begin(), kDevices.end(), name) != kDevices.end()) return true;
   return name.size() == 4 && (name.starts_with(L"com") || name.starts_with(L"lpt")) &&
          name[3] >= L'0' && name[3] <= L'9';
@@ -35,10 +37,6 @@ bool IsPlainName(std::string_view segment) {
   };
   return !segment.empty() && segment.back() != '.' && segment.back() != ' ' &&
          std::none_of(segment.begin(), segment.end(), forbidden) && !IsDeviceName(segment);
-}
-
-fs::path PathFromUtf8(std::string_view text) {
-  return std::u8string(text.begin(), text.end());  // whatever the locale or code page
 }
 
 }  // namespace

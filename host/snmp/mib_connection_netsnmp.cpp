@@ -11,9 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/utf8.h"
 #include "corvane/error_codes.h"
-#include "host/common/text.h"
-#include "host/snmp/oid_text.h"
 #include "host/snmp/snmp_errors.h"
 #include "host/snmp/snmp_group.h"
 #include "host/snmp/snmp_session.h"
@@ -98,6 +97,13 @@ const netsnmp_variable_list* OnlyVariable(const SnmpReply& reply) {
   return variable && !variable->next_variable ? variable : nullptr;
 }
 
+// None for what no message can carry.
+std::optional<Oid> ParseName(std::wstring_view text) {
+  std::optional<Oid> name = ParseOid(text);
+  if (name && !IsEncodable(*name)) name.reset();
+  return name;
+}
+
 Oid NameOf(const netsnmp_variable_list& variable) {
   return {variable.name, variable.name + variable.name_length};
 }
@@ -123,7 +129,7 @@ template <typename Operation>
 HRESULT NetSnmpConnection::RunOn(const wchar_t* oid, const wchar_t* verb,
                                  Operation operation) noexcept {
   return Run([&](std::wstring* failure) {
-    const std::optional<Oid> name = ParseOid(oid);
+    const std::optional<Oid> name = ParseName(oid);
     const HRESULT result = name ? operation(*name) : E_INVALIDARG;
     if (result != S_OK) *failure = Sentence(std::wstring(verb) + L' ' + oid, result);
     return result;
@@ -224,7 +230,7 @@ HRESULT NetSnmpConnection::GetGroup(const wchar_t** oids, VARIANT* values, std::
                                     std::wstring* failure) {
   std::vector<std::optional<Oid>> names;
   std::vector<const Oid*> wanted;
-  for (std::size_t i = 0; i < count; ++i) names.push_back(ParseOid(OrEmpty(oids[i])));
+  for (std::size_t i = 0; i < count; ++i) names.push_back(ParseName(OrEmpty(oids[i])));
   for (const std::optional<Oid>& name : names) {
     if (name) wanted.push_back(&*name);
   }

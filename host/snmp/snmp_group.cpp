@@ -21,8 +21,8 @@ constexpr std::size_t kMoreRequests = 8;
 std::size_t WireBytes(const Oid& oid) {
   constexpr std::size_t kHeaders = 8;
   std::size_t bytes = kHeaders;
-  for (const unsigned long arc : oid) {
-    for (unsigned long rest = arc; rest >= 0x80; rest >>= 7) ++bytes;
+  for (const std::uint32_t arc : oid) {
+    for (std::uint32_t rest = arc; rest >= 0x80; rest >>= 7) ++bytes;
     ++bytes;
   }
   return bytes;

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "host/common/text.h"
+#include "base/utf8.h"
 
 namespace Corvane::Host {
 namespace {

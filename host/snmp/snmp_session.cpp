@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "corvane/error_codes.h"
 #include "host/snmp/snmp_errors.h"
@@ -17,8 +17,6 @@ namespace Corvane::Host {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-static_assert(std::is_same_v<Oid::value_type, oid>);
 
 // From then on the socket takes datagrams of the peer alone, and tells when it is unreachable.
 bool ConnectToPeer(int socket, const SocketAddress& peer) {
@@ -40,7 +38,8 @@ netsnmp_pdu* MakeRequest(const SnmpRequest& request) {
     const std::size_t size = !setting   ? 0
                              : isNumber ? sizeof(setting->number)
                                         : setting->octets.size();
-    snmp_pdu_add_variable(pdu, name->data(), name->size(), setting ? setting->type : ASN_NULL,
+    const std::vector<oid> arcs(name->begin(), name->end());
+    snmp_pdu_add_variable(pdu, arcs.data(), arcs.size(), setting ? setting->type : ASN_NULL,
                           content, size);
   }
   return pdu;

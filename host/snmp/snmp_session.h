@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "base/oid.h"
 #include "host/common/name_lookup.h"
 #include "host/snmp/netsnmp.h"
-#include "host/snmp/oid_text.h"
 #include "host/snmp/snmp_identity.h"
 #include "host/snmp/snmp_value.h"
 #include "host/snmp/usm_user.h"

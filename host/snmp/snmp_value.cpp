@@ -7,10 +7,10 @@
 #include <span>
 #include <utility>
 
+#include "base/oid.h"
+#include "base/utf8.h"
 #include "corvane/error_codes.h"
-#include "host/common/text.h"
 #include "host/snmp/netsnmp.h"
-#include "host/snmp/oid_text.h"
 
 namespace Corvane::Host {
 namespace {
@@ -31,7 +31,7 @@ bool LooksLikeLatin1(std::string_view octets) {
   const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
   const auto ascii = static_cast<std::size_t>(std::count_if(octets.begin(), octets.end(), isAscii));
   return ascii >= octets.size() - octets.size() / 4 &&
-         std::any_of(octets.begin(), octets.end(), isLetter) && IsReadable(Widen(octets));
+         std::any_of(octets.begin(), octets.end(), isLetter) && IsReadable(WideFromLatin1(octets));
 }
 
 std::wstring Hexadecimal(std::string_view octets) {
@@ -59,7 +59,7 @@ template <typename Real>
 std::wstring RealText(Real number) {
   char text[64];
   const std::to_chars_result end = std::to_chars(text, text + sizeof(text), number);
-  return Widen({text, static_cast<std::size_t>(end.ptr - text)});
+  return WideFromLatin1({text, static_cast<std::size_t>(end.ptr - text)});
 }
 
 template <typename Integer>
@@ -76,9 +76,9 @@ std::uint64_t Joined(const counter64& halves) {
 
 std::wstring OctetsToText(std::string_view octets) {
   const std::string_view text = octets.substr(0, octets.find_last_not_of('\0') + 1);
-  const std::optional<std::wstring> wide = FromUtf8(text);
+  const std::optional<std::wstring> wide = ToWideStrictly(text);
   if (wide && IsReadable(*wide)) return *wide;
-  return !wide && LooksLikeLatin1(text) ? Widen(text) : Hexadecimal(octets);
+  return !wide && LooksLikeLatin1(text) ? WideFromLatin1(text) : Hexadecimal(octets);
 }
 
 SnmpDatum DatumOf(const variable_list& variable) {
@@ -117,7 +117,8 @@ SnmpDatum DatumOf(const variable_list& variable) {
     case ASN_OPAQUE_I64:
       return NumberOrText(static_cast<std::int64_t>(Joined(*variable.val.counter64)));
     case ASN_OBJECT_ID:
-      return {S_OK, FormatOid({variable.val.objid, variable.val_len / sizeof(oid)})};
+      return {S_OK,
+              FormatOid({variable.val.objid, variable.val.objid + variable.val_len / sizeof(oid)})};
     case ASN_OPAQUE_FLOAT:
       return {S_OK, RealText(*variable.val.floatVal)};
     case ASN_OPAQUE_DOUBLE:

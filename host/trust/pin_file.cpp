@@ -14,8 +14,9 @@
 #include <system_error>
 #include <thread>
 
+#include "base/letter_case.h"
+#include "base/utf8.h"
 #include "corvane/error_codes.h"
-#include "host/common/text.h"
 
 namespace Corvane::Host {
 namespace {
@@ -80,9 +81,9 @@ std::string Target(const std::string& path) {
 }  // namespace
 
 PinLookup PinFile::Fault(const std::string& what) const {
-  std::wstring file = FromUtf8(m_path).value_or(Widen(m_path));
+  std::wstring file = ToWideStrictly(m_path).value_or(WideFromLatin1(m_path));
   return {std::nullopt, kErrorSecureFailure,
-          L"the pin file " + std::move(file) + L' ' + Widen(what)};
+          L"the pin file " + std::move(file) + L' ' + WideFromLatin1(what)};
 }
 
 PinLookup PinFile::SystemFault(const char* what, int error) const {

@@ -2,8 +2,9 @@
 
 #include <utility>
 
+#include "base/letter_case.h"
+#include "base/utf8.h"
 #include "corvane/error_codes.h"
-#include "host/common/text.h"
 #include "host/http/curl_connection.h"
 #include "host/trust/peer_key.h"
 
@@ -45,12 +46,12 @@ SettledTrust SettleTrust(const TlsTrust& trust, const std::string& url, std::int
 std::wstring KeyChanged(CURL* handle, const TlsTrust& trust) {
   if (!trust.pin) return L"another key than the one that was trusted";
   const std::string shown = PeerKey(handle);
-  std::wstring text =
-      L"the key of " + Widen(trust.pin->name) + L" has changed from " + Widen(trust.pin->key);
-  if (!shown.empty()) text += L" to " + Widen(shown);
+  std::wstring text = L"the key of " + WideFromLatin1(trust.pin->name) + L" has changed from " +
+                      WideFromLatin1(trust.pin->key);
+  if (!shown.empty()) text += L" to " + WideFromLatin1(shown);
   return text + L"; where the device is known to have a new one, remove line " +
          std::to_wstring(trust.pin->line) + L" of " +
-         FromUtf8(trust.pinFile).value_or(Widen(trust.pinFile));
+         ToWideStrictly(trust.pinFile).value_or(WideFromLatin1(trust.pinFile));
 }
 
 }  // namespace Corvane::Host

@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/common/text.h"
+#include "base/utf8.h"
 #include "host/trust/pin_file.h"
 #include "tests/host/streaming.h"
 #include "tests/support/hr.h"
@@ -138,7 +138,7 @@ TEST_F(PinnedKey, TheFirstIsTrustedAndNoOther) {
     const Exchanged seen = exchange(NetworkDevice(m_options));
     ExpectRefused(seen);
     EXPECT_TRUE(seen.failure.ends_with(
-        Host::FromUtf8("the key of " + m_name + " has changed from " + first + " to " + second +
+        ToWideStrictly("the key of " + m_name + " has changed from " + first + " to " + second +
                        "; where the device is known to have a new one, remove line 2 of " +
                        m_pins.string())
             .value()))

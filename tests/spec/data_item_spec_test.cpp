@@ -3,7 +3,6 @@
 #include "corvane/next_oid_data_item_spec.h"
 #include "corvane/static_data_item_spec.h"
 #include "corvane/xml_data_item_spec.h"
-#include "spec/decimal.h"
 #include "tests/support/dom.h"
 
 namespace Corvane::Test {
@@ -57,31 +56,6 @@ TEST_F(DataItemSpecTest, ReadsTransienceAndLifespan) {
     const DataItemSpec item(Element(c.xml).Get());
     EXPECT_EQ(c.transient, item.IsTransient()) << OrNull(c.xml).size();
     EXPECT_EQ(c.lifespan, item.GetLifespan()) << OrNull(c.xml).size();
-  }
-}
-
-TEST(Decimal, ParsesAsThirtyTwoBits) {
-  static const struct {
-    const wchar_t* text;
-    std::uint32_t asUnsigned;
-    std::int32_t asSigned;
-  } kCases[] = {
-      {L"", 0, 0},
-      {L"-", 0, 0},
-      {L"12x", 12, 12},
-      {L"\t\r\n -12", 4294967284u, -12},
-      {L"+-1", 0, 0},
-      {L"2147483648", 2147483648u, 2147483647},
-      {L"-2147483649", 2147483647u, -2147483647 - 1},
-      {L"4294967295", 4294967295u, 2147483647},
-      {L"4294967296", 4294967295u, 2147483647},
-      {L"-4294967296", 4294967295u, -2147483647 - 1},
-      {L"184467440737095516160000000000000000000001", 4294967295u, 2147483647},
-      {L"\u0661", 0, 0},
-  };
-  for (const auto& c : kCases) {
-    EXPECT_EQ(c.asUnsigned, ParseUnsigned(c.text)) << std::string(c.text, c.text + wcslen(c.text));
-    EXPECT_EQ(c.asSigned, ParseSigned(c.text)) << std::string(c.text, c.text + wcslen(c.text));
   }
 }
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "collection/oid_order.h"
+#include "base/oid.h"
 #include "corvane/mib_connection.h"
 #include "tests/support/counted.h"
 

@@ -9,10 +9,11 @@
 #include <string_view>
 #include <utility>
 
+#include "base/letter_case.h"
+#include "base/utf8.h"
 #include "host/common/address_base.h"
 #include "host/common/extended_request.h"
 #include "host/common/request_base.h"
-#include "host/common/text.h"
 #include "host/http/response_reader.h"
 
 namespace Corvane::Test {
@@ -187,7 +188,7 @@ class SocketRequest final : public ExtendedRequest<RequestBase> {
     bool chunked = false;
     for (const auto& [name, value] : settings.headers) {
       head += "\r\n" + ToUtf8(name) + ": " + ToUtf8(value);
-      chunked = chunked || EqualsIgnoreCase(name, L"transfer-encoding");
+      chunked = chunked || EqualsIgnoreAsciiCase(name, L"transfer-encoding");
     }
     if (!settings.contentType.empty()) head += "\r\nContent-Type: " + ToUtf8(settings.contentType);
     if (!chunked) head += "\r\nContent-Length: " + std::to_string(settings.body.size());

@@ -6,6 +6,7 @@
 #include <thread>
 #include <tuple>
 
+#include "base/utf8.h"
 #include "tests/support/registry_key.h"
 #include "tests/support/test_store.h"
 #include "tests/tools/tool_run.h"
@@ -17,7 +18,7 @@ using Json = nlohmann::json;
 
 class CacheCommandTest : public testing::Test {
  protected:
-  std::string Cache() const { return "registry:" + Tool::Utf8FromWide(m_key.Path()); }
+  std::string Cache() const { return "registry:" + ToUtf8(m_key.Path()); }
 
   ProcessResult RunCache(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), "cache");
@@ -181,7 +182,7 @@ TEST_F(CacheCommandTest, ClearingTakesOnlyWhatIsACaches) {
     EXPECT_EQ(
         RegOpenKeyExW(HKEY_LOCAL_MACHINE, m_key.Path(gone).c_str(), 0, KEY_READ, key.Receive()),
         ERROR_FILE_NOT_FOUND)
-        << Tool::Utf8FromWide(gone);
+        << ToUtf8(gone);
   }
   EXPECT_EQ(RunCache({"clear"}).output.substr(0, 29), "Removed 0 values and 0 keys.\n");
 }

@@ -3,10 +3,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/utf8.h"
 #include "tests/support/wine.h"
 #include "tests/tools/tool_run.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Test {
 namespace {
@@ -55,7 +55,7 @@ TEST(HostileDevice, BytesThatAreNoTextAreShownAsReplaced) {
   const RecordedDevice device(Item("a"), "<a>x\xff\x9b[2J\xfey</a>");
   for (const char* const format : {"--", "--json"}) {
     const std::string output = device.Run("dump", {format}).output;
-    EXPECT_EQ(Tool::Utf8FromWide(Tool::WideFromUtf8(output)), output) << format;
+    EXPECT_EQ(ToUtf8(ToWide(output)), output) << format;
     EXPECT_TRUE(Contains(output, "x\uFFFD\uFFFD[2J\uFFFDy")) << output;
   }
 }

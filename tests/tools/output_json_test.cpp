@@ -1,12 +1,12 @@
 // JSON output, read back by a parser that refuses what is no UTF-8.
 #include "tools/map/output_json.h"
+#include "base/utf8.h"
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/tool_run.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -36,7 +36,7 @@ TEST(OutputJson, CarriesEveryCharacterAndShowsNoControl) {
   text += L"\uFEFF\uFFFD\U0001F5A8\\u202e\"";
   const std::string json = Format(text, text);
   const auto parsed = nlohmann::json::parse(json);
-  const std::string utf8 = Utf8FromWide(text);
+  const std::string utf8 = ToUtf8(text);
   ASSERT_TRUE(parsed.contains(utf8));
   EXPECT_EQ(parsed[utf8], utf8);
   EXPECT_EQ(Corvane::Test::ControlsIn(json), U"\n\n\n");

@@ -1,5 +1,5 @@
-// Escaping, and the conversions below it.
 #include "tools/output/text_escape.h"
+#include "base/utf8.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,6 @@
 #include <string>
 #include <unordered_set>
 #include <utility>
-
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -28,9 +26,9 @@ TEST(TextEscape, EveryCharacterIsHarmlessAndDiffersFromTheOthers) {
   for (char32_t codePoint = 0; codePoint <= 0x10FFFF; ++codePoint) {
     const std::string escaped = EscapeText(L"a" + Wide(codePoint) + L"z");
     ASSERT_TRUE(seen.insert(escaped).second) << escaped << ": " << std::uint32_t{codePoint};
-    const std::wstring shown = WideFromUtf8(escaped);
+    const std::wstring shown = ToWide(escaped);
     for (std::size_t i = 0; i < shown.size();) {
-      const char32_t c = NextCodePoint(shown, i);
+      const char32_t c = NextCodePoint(shown, &i);
       ASSERT_FALSE(c < 0x20 || (c >= 0x7F && c < 0xA0) || IsSurrogate(c))
           << std::uint32_t{codePoint};
     }
@@ -56,23 +54,6 @@ TEST(TextEscape, WritesWhatATerminalWouldActOnAsText) {
       {{static_cast<wchar_t>(0xDDA8), L'z'}, "\\u{DDA8}z"},
       {L"\"; $(x) %n ' ../", "\"; $(x) %n ' ../"}};
   for (const auto& [text, escaped] : kCases) EXPECT_EQ(EscapeText(text), escaped);
-}
-
-TEST(Utf8, ReplacesEveryByteOutsideAValidSequence) {
-  const std::pair<const char*, std::wstring> kCases[] = {
-      {"\u00e9\u20ac\U0001F5A8", L"\u00e9\u20ac\U0001F5A8"},
-      {"\xF4\x8F\xBF\xBF", Wide(0x10FFFF)},
-      {"\xF4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond the last
-      {"\xC0\xAF", L"\uFFFD\uFFFD"},                      // overlong
-      {"\xE0\x9F\xBF", L"\uFFFD\uFFFD\uFFFD"},
-      {"\xED\xA0\x80", L"\uFFFD\uFFFD\uFFFD"},  // a surrogate
-      {"a\xE2\x82", L"a\uFFFD\uFFFD"},
-      {"\xE2\x82z", L"\uFFFD\uFFFDz"}};
-  for (const auto& [utf8, wide] : kCases) EXPECT_EQ(WideFromUtf8(utf8), wide);
-  for (int byte = 0; byte < 256; ++byte) {
-    const std::wstring expected(1, byte < 0x80 ? static_cast<wchar_t>(byte) : L'\uFFFD');
-    EXPECT_EQ(WideFromUtf8(std::string(1, static_cast<char>(byte))), expected) << byte;
-  }
 }
 
 }  // namespace

@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "base/utf8.h"
 #include "tests/support/process.h"
 #include "tests/support/temp_folder.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Test {
 
@@ -32,10 +32,9 @@ inline std::vector<std::string> LinesOf(const std::string& text) {
 
 // The controls of an output, in their order.
 inline std::u32string ControlsIn(const std::string& utf8) {
-  const std::wstring wide = Tool::WideFromUtf8(utf8);
   std::u32string controls;
-  for (std::size_t i = 0; i < wide.size();) {
-    const char32_t c = Tool::NextCodePoint(wide, i);
+  for (std::size_t i = 0; i < utf8.size();) {
+    const char32_t c = NextCodePoint(utf8, &i);
     if (Tool::IsControl(c)) controls += c;
   }
   return controls;

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "base/utf8.h"
 #include "corvane/handles.h"
 #include "tools/cache/cache_commands.h"
 #include "tools/cache/cache_reader.h"
@@ -10,7 +11,6 @@
 #include "tools/output/duration.h"
 #include "tools/output/json_text.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -76,7 +76,7 @@ std::string ListingText(const CacheContents& contents, bool hasSpecification) {
 
 Json JsonOf(const VARIANT& value) {
   if (value.vt == VT_I4) return value.lVal;
-  return value.vt == VT_BSTR ? Json(Utf8FromWide(TextOf(value))) : Json(nullptr);
+  return value.vt == VT_BSTR ? Json(ToUtf8(TextOf(value))) : Json(nullptr);
 }
 
 template <typename T>
@@ -87,7 +87,7 @@ Json JsonOf(const std::optional<T>& value) {
 Json JsonOf(const CacheEntry& entry, bool hasSpecification) {
   const VerdictWords words = WordsOf(entry.verdict);
   const bool hasValue = entry.verdict != CacheVerdict::kNoValue;
-  Json json = {{"key", Utf8FromWide(entry.key)},
+  Json json = {{"key", ToUtf8(entry.key)},
                {"kind", words.kind},
                {"type", hasValue ? Json(TypeName(entry.type)) : Json(nullptr)},
                {"value", JsonOf(entry.value)},
@@ -116,7 +116,7 @@ std::string ListingJson(const CacheLocation& location, const CacheContents& cont
     }
     const bool isOfADevice = !section.protocol.empty();
     const auto ifOfADevice = [isOfADevice](const std::wstring& name) {
-      return isOfADevice ? Json(Utf8FromWide(name)) : Json(nullptr);
+      return isOfADevice ? Json(ToUtf8(name)) : Json(nullptr);
     };
     sections.push_back({{"device", ifOfADevice(section.device)},
                         {"protocol", ifOfADevice(section.protocol)},

@@ -3,13 +3,13 @@
 #include <cstddef>
 #include <cstdio>
 
+#include "base/utf8.h"
 #include "corvane/handles.h"
 #include "corvane/http_request.h"
 #include "corvane/http_response.h"
 #include "tools/ipp/ipp_values.h"
 #include "tools/options/device.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 
@@ -22,7 +22,7 @@ std::optional<IPPAnswer> ExchangeIPP(Address& address, std::uint32_t port, const
     return std::nullopt;
   }
   request->SetMethod(L"POST");
-  request->SetURI(WideFromUtf8(path).c_str());
+  request->SetURI(ToWide(path).c_str());
   request->SetContentType(L"application/ipp");
   request->SetRequestData(message.data(), static_cast<std::uint32_t>(message.size()));
   HTTPResponse* response = nullptr;

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "tools/output/utf8.h"
+#include "base/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -42,7 +42,7 @@ std::optional<std::string> TextOf(const IPPValue& value) {
     text = value.bytes;
   }
   if (!text) return std::nullopt;
-  return Utf8FromWide(WideFromUtf8(*text));
+  return ToUtf8(ToWide(*text));
 }
 
 std::optional<std::int32_t> NumberOf(const IPPValue& value) {

@@ -2,11 +2,11 @@
 
 #include <cstdlib>
 
+#include "base/utf8.h"
 #include "tools/ipp/ipp_message.h"
 #include "tools/options/device.h"
 #include "tools/options/secret_file.h"
 #include "tools/output/failure.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 
@@ -36,7 +36,7 @@ std::string AccountPassword(const std::string& secretsFile) {
   if (!secretsFile.empty()) {
     const auto secrets = ReadSecretFile("--secrets", secretsFile, {kWord});
     if (const auto entry = secrets.find(kWord); entry != secrets.end()) {
-      return Utf8FromWide(entry->second);
+      return ToUtf8(entry->second);
     }
   }
   const char* const text = std::getenv("CORVANE_PASSWORD");

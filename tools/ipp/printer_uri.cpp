@@ -1,10 +1,10 @@
 #include "tools/ipp/printer_uri.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <string_view>
 
+#include "base/decimal.h"
 #include "corvane/address.h"
 #include "tools/output/failure.h"
 
@@ -44,11 +44,9 @@ PrinterUri ParsePrinterUri(const std::string& text) {
   const std::size_t bracket = authority.rfind(']');  // of an IPv6 literal, which has colons
   const std::size_t colon = authority.rfind(':');
   if (colon != std::string_view::npos && (bracket == std::string_view::npos || colon > bracket)) {
-    const char* const end = authority.data() + authority.size();
-    std::uint32_t port = 0;
-    const auto [stop, error] = std::from_chars(authority.data() + colon + 1, end, port);
-    if (error != std::errc() || stop != end || port == 0 || port > kLastPort) Refuse(text);
-    uri.port = port;
+    const std::uint64_t port = ParseDigits(authority.substr(colon + 1), kLastPort).value_or(0);
+    if (port == 0) Refuse(text);
+    uri.port = static_cast<std::uint32_t>(port);
     authority = authority.substr(0, colon);
   }
   // A user name would go to the printer within the URI, and to its log.

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/utf8.h"
 #include "corvane/data_collection.h"
 #include "corvane/handles.h"
 #include "tools/ipp/ipp_exchange.h"
@@ -13,7 +14,6 @@
 #include "tools/map/dom.h"
 #include "tools/map/output_text.h"
 #include "tools/options/device.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -74,7 +74,7 @@ std::optional<std::string> Read(DataCollection& values, const wchar_t* item) {
   UniqueVariant value;
   const HRESULT result = values.GetValue(item, value.Receive());
   if (FAILED(result)) return std::nullopt;
-  return Identity(result == S_OK ? Utf8FromWide(TextOf(value.Get())) : std::string());
+  return Identity(result == S_OK ? ToUtf8(TextOf(value.Get())) : std::string());
 }
 
 // Items that the protocol's specification lacks have no value, and cost no exchange.
@@ -107,7 +107,7 @@ Finding ProbeLibrary(const Protocol& protocol, Address& device) {
 }
 
 std::string PrinterUriOf(Address& device) {
-  const std::string host = Utf8FromWide(device.GetAddress());
+  const std::string host = ToUtf8(device.GetAddress());
   const bool isIPv6 = host.find(':') != std::string::npos;
   const std::uint32_t port = device.GetMappedPort(kIppPort);
   return "ipp://" + (isIPv6 ? '[' + host + ']' : host) +

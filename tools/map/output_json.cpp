@@ -1,8 +1,8 @@
 #include "tools/map/output_json.h"
 
+#include "base/utf8.h"
 #include "tools/map/output_text.h"
 #include "tools/output/json_text.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -30,7 +30,7 @@ Json JsonOf(const VARIANT& value) {
     case VT_UI8:
       return value.ullVal;
     default:
-      return Utf8FromWide(TextOf(value));
+      return ToUtf8(TextOf(value));
   }
 }
 
@@ -39,7 +39,7 @@ Json JsonOf(const VARIANT& value) {
 std::string FormatJson(const std::vector<NamedValue>& answers) {
   Json object = Json::object();
   for (const NamedValue& answer : answers) {
-    object[Utf8FromWide(answer.name)] =
+    object[ToUtf8(answer.name)] =
         answer.result == S_OK ? JsonOf(answer.value.Get()) : Json(nullptr);
   }
   return JsonText(object);

@@ -4,10 +4,10 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/utf8_path.h"
 #include "tools/map/dom.h"
 #include "tools/output/failure.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {

@@ -1,8 +1,8 @@
 #include "tools/options/cache_location.h"
 
+#include "base/utf8.h"
 #include "tools/output/failure.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -28,7 +28,7 @@ CacheLocation ParseRegistry(std::string_view text) {
       Refuse(text, "the path begins below HKEY_LOCAL_MACHINE, as in registry:SOFTWARE\\Corvane");
     }
   }
-  return {CacheKind::kRegistry, WideFromUtf8(path)};
+  return {CacheKind::kRegistry, ToWide(path)};
 }
 
 }  // namespace
@@ -42,12 +42,12 @@ CacheLocation ParseCacheLocation(std::string_view text) {
   }
   const std::string_view printer = text.substr(kPrinterPrefix.size());
   if (printer.empty()) Refuse(text, "the name of a printer is missing");
-  return {CacheKind::kPrinter, WideFromUtf8(printer)};
+  return {CacheKind::kPrinter, ToWide(printer)};
 }
 
 std::string TextOf(const CacheLocation& location) {
   const bool isRegistry = location.kind == CacheKind::kRegistry;
-  return std::string(isRegistry ? kRegistryPrefix : kPrinterPrefix) + Utf8FromWide(location.name);
+  return std::string(isRegistry ? kRegistryPrefix : kPrinterPrefix) + ToUtf8(location.name);
 }
 
 DWORD OpenPrinterOf(const CacheLocation& location, ACCESS_MASK access, UniquePrinter* printer) {

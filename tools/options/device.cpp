@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/utf8.h"
+#include "base/utf8_path.h"
 #include "host/recorded/recorded_address.h"
 #include "tools/output/failure.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 #if CORVANE_HOST_NETWORK
 #include <netdb.h>
@@ -61,20 +62,20 @@ std::wstring LiteralOf(const std::string& device, const std::string& host,
                                    nullptr, 0, NI_NUMERICHOST) != 0) {
     RefuseDevice(device, "no such host is known");
   }
-  return WideFromUtf8(text);
+  return ToWide(text);
 }
 
 RefPtr<Address> OpenOnNetwork(const Options& options) {
   Host::NetworkOptions network;
-  network.host = WideFromUtf8(HostOf(options.device));
+  network.host = ToWide(HostOf(options.device));
   const NetworkArguments& given = options.network;
   network.portMap = given.portMap;
   network.tlsPorts.insert(given.tlsPorts.begin(), given.tlsPorts.end());
   network.caFile = given.caFile;
   network.pinFile = given.trustFile;
   network.secretsOverTlsOnly = given.secretsOverTlsOnly;
-  network.userName = WideFromUtf8(given.account);
-  network.password = WideFromUtf8(given.password);
+  network.userName = ToWide(given.account);
+  network.password = ToWide(given.password);
   const auto timeoutMs = given.timeoutMs ? given.timeoutMs : given.usualTimeoutMs;
   if (timeoutMs) {
     network.totalTimeoutMs = *timeoutMs;
@@ -83,8 +84,7 @@ RefPtr<Address> OpenOnNetwork(const Options& options) {
   if (given.maxResponseBytes) network.maxResponseBytes = *given.maxResponseBytes;
   network.snmp = SnmpOptionsOf(given.snmp, timeoutMs);
   // The library looks up no names; where it wants an IP literal, as of a printer, it has one.
-  network.addressText =
-      LiteralOf(options.device, Utf8FromWide(network.host), network.connectTimeoutMs);
+  network.addressText = LiteralOf(options.device, ToUtf8(network.host), network.connectTimeoutMs);
   RefPtr<Address> address(Host::CreateNetworkAddress(network));
   if (!address) RefuseDevice(options.device, "no such address");
   return address;

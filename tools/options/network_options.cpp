@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "base/decimal.h"
 #include "tools/output/failure.h"
 
 namespace Corvane::Tool {
@@ -15,13 +16,9 @@ constexpr std::uint32_t kLastPort = 65535;
 constexpr double kMaxTimeoutSeconds = 24 * 60 * 60;  // keeps the milliseconds within 32 bits
 
 std::uint32_t ParsePort(std::string_view text, const std::string& argument) {
-  std::uint32_t port = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, port);
-  if (error != std::errc() || stop != end || port == 0 || port > kLastPort) {
-    ThrowUsage(argument + ": a port is a number from 1 to 65535");
-  }
-  return port;
+  const std::uint64_t port = ParseDigits(text, kLastPort).value_or(0);
+  if (port == 0) ThrowUsage(argument + ": a port is a number from 1 to 65535");
+  return static_cast<std::uint32_t>(port);
 }
 
 std::uint32_t ParseTimeoutMs(std::string_view text) {

@@ -4,12 +4,14 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <system_error>
 #include <utility>
 
+#include "base/utf8.h"
+#include "base/utf8_path.h"
 #include "tools/output/failure.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -81,9 +83,9 @@ std::string TakeLine(std::string_view line, const std::vector<std::string_view>&
   if (secrets->contains(*word)) return "a second " + std::string(*word);
   const std::string_view text = Trimmed(line.substr(equals + 1));
   if (text.empty()) return "nothing behind the =";
-  std::wstring wide = WideFromUtf8(text);
-  if (Utf8FromWide(wide) != text) return "not UTF-8";
-  secrets->emplace(*word, std::move(wide));
+  std::optional<std::wstring> wide = ToWideStrictly(text);
+  if (!wide) return "not UTF-8";
+  secrets->emplace(*word, *std::move(wide));
   return {};
 }
 

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "base/utf8.h"
 #include "tools/options/snmp_secrets.h"
 #include "tools/output/failure.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -61,7 +61,7 @@ void Choose(const Word<Value> (&words)[kCount], const std::string& text, const s
 }
 
 void RequirePassphrase(const std::wstring& passphrase, const std::string& kind) {
-  if (!passphrase.empty() && Utf8FromWide(passphrase).size() < kMinPassphraseBytes) {
+  if (!passphrase.empty() && ToUtf8(passphrase).size() < kMinPassphraseBytes) {
     ThrowUsage("the " + kind + " passphrase of SNMP has fewer than 8 bytes");
   }
 }
@@ -124,8 +124,8 @@ Host::SnmpOptions SnmpOptionsOf(const SnmpArguments& arguments,
   if (options.version == SnmpVersion::kV3) RequireUser(arguments, options);
   RequirePassphrase(options.authPassphrase, "authentication");
   RequirePassphrase(options.privacyPassphrase, "privacy");
-  options.user = WideFromUtf8(arguments.user);
-  options.contextName = WideFromUtf8(arguments.context);
+  options.user = ToWide(arguments.user);
+  options.contextName = ToWide(arguments.context);
   if (timeoutMs) options.timeoutMs = std::max(1u, *timeoutMs / (options.retries + 1));
   return options;
 }

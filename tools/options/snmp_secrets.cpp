@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/utf8.h"
 #include "tools/options/secret_file.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -29,7 +29,7 @@ SnmpSecrets SecretsOfEnvironment() {
   SnmpSecrets secrets;
   for (const Secret& secret : kSecrets) {
     const char* const text = std::getenv(secret.variable);
-    if (text && *text) secrets.*secret.member = WideFromUtf8(text);
+    if (text && *text) secrets.*secret.member = ToWide(text);
   }
   return secrets;
 }

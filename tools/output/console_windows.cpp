@@ -5,9 +5,9 @@
 #include <atomic>
 #include <cstdlib>
 
+#include "base/utf8.h"
 #include "corvane/platform.h"
 #include "tools/output/console.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -29,10 +29,10 @@ struct Interruption::State {
 bool ErrorStreamIsTerminal() { return _isatty(2) != 0; }
 
 std::string LoginName() {
-  if (const wchar_t* const name = _wgetenv(L"USERNAME"); name && *name) return Utf8FromWide(name);
+  if (const wchar_t* const name = _wgetenv(L"USERNAME"); name && *name) return ToUtf8(name);
   wchar_t account[UNLEN + 1];
   DWORD chars = UNLEN + 1;
-  return GetUserNameW(account, &chars) ? Utf8FromWide(account) : "";
+  return GetUserNameW(account, &chars) ? ToUtf8(account) : "";
 }
 
 Interruption::Interruption() : m_state(std::make_unique<State>()) {

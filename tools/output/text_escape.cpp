@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "tools/output/utf8.h"
+#include "base/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -32,12 +32,19 @@ void AppendEscaped(std::string& out, char32_t codePoint) {
       break;
   }
   if (!IsControl(codePoint) && !IsSurrogate(codePoint)) {
-    AppendUtf8(out, codePoint);
+    AppendUtf8(codePoint, &out);
   } else if (codePoint < 0x80) {
     AppendHex(out, "\\x%02X", codePoint);
   } else {
     AppendHex(out, "\\u{%04X}", codePoint);
   }
+}
+
+template <typename Text>
+std::string Escaped(Text text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size();) AppendEscaped(out, NextCodePoint(text, &i));
+  return out;
 }
 
 }  // namespace
@@ -49,14 +56,8 @@ bool IsControl(char32_t codePoint) {
          (codePoint >= 0x2066 && codePoint <= 0x2069);
 }
 
-std::string EscapeText(std::wstring_view text) {
-  std::string out;
-  for (std::size_t position = 0; position < text.size();) {
-    AppendEscaped(out, NextCodePoint(text, position));
-  }
-  return out;
-}
+std::string EscapeText(std::wstring_view text) { return Escaped(text); }
 
-std::string EscapeText(std::string_view utf8) { return EscapeText(WideFromUtf8(utf8)); }
+std::string EscapeText(std::string_view utf8) { return Escaped(utf8); }
 
 }  // namespace Corvane::Tool

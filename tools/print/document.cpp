@@ -4,9 +4,10 @@
 #include <iostream>
 #include <system_error>
 
+#include "base/utf8.h"
+#include "base/utf8_path.h"
 #include "tools/output/failure.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {
@@ -33,7 +34,7 @@ Document::Document(const std::string& file) : m_stream(&std::cin) {
   m_file.open(path, std::ios::binary);
   if (!m_file) refuse("cannot be opened");
   m_stream = &m_file;
-  m_name = Utf8FromWide(WideFromPath(path.filename()));
+  m_name = ToUtf8(WideFromPath(path.filename()));
 }
 
 std::string Document::Read(std::size_t maxBytes) {

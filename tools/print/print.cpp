@@ -11,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/utf8.h"
 #include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "tools/ipp/ipp_values.h"
@@ -20,7 +21,6 @@
 #include "tools/options/device.h"
 #include "tools/output/console.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 #include "tools/print/document.h"
 #include "tools/print/own_job.h"
 #include "tools/print/print_report.h"
@@ -85,7 +85,7 @@ void SetSides(const std::string& sides, IPPRequestBase& request) {
 
 RefPtr<IPPProvider> OpenProvider(Address& address, const PrinterUri& uri,
                                  std::optional<std::uint32_t> timeoutMs) {
-  const std::wstring text = WideFromUtf8(uri.text);
+  const std::wstring text = ToWide(uri.text);
   SetLastError(0);
   RefPtr<IPPProvider> provider(uri.IsSecure()
                                    ? CreateSecureIPPPrintProvider(&address, text.c_str(), 0)

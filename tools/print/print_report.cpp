@@ -6,7 +6,6 @@
 #include "tools/ipp/ipp_values.h"
 #include "tools/options/device.h"
 #include "tools/output/text_escape.h"
-#include "tools/output/utf8.h"
 
 namespace Corvane::Tool {
 namespace {

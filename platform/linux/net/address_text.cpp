@@ -1,10 +1,11 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
-#include <charconv>
+#include <limits>
 #include <string>
 #include <string_view>
 
+#include "base/decimal.h"
 #include "platform/linux/misc/exception_wall.h"
 #include "platform/linux/net/startup.h"
 #include "platform/linux/net/winsock.h"
@@ -16,14 +17,14 @@ constexpr std::string_view kIpv4Characters = "0123456789abcdefABCDEFxX.";
 constexpr std::string_view kIpv6Characters = "0123456789abcdefABCDEF:.";
 
 template <typename Number>
-bool ParseNumber(std::string_view digits, int base, Number* number) {
-  const char* const end = digits.data() + digits.size();
-  const auto [rest, error] = std::from_chars(digits.data(), end, *number, base);
-  return error == std::errc{} && rest == end;
+bool ParseNumber(std::string_view digits, unsigned base, Number* number) {
+  const auto value = ParseDigits(digits, std::numeric_limits<Number>::max(), base);
+  *number = static_cast<Number>(value.value_or(0));
+  return value.has_value();
 }
 
 bool ParsePort(std::string_view text, in_port_t* port) {
-  int base = 10;
+  unsigned base = 10;
   if (text.starts_with("0x") || text.starts_with("0X")) {
     base = 16;
     text.remove_prefix(2);

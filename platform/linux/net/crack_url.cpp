@@ -3,6 +3,8 @@
 #include <limits>
 #include <string_view>
 
+#include "base/decimal.h"
+#include "base/letter_case.h"
 #include "platform/linux/net/wininet.h"
 
 namespace Corvane::Net {
@@ -21,24 +23,16 @@ constexpr Scheme kSchemes[] = {{L"http", INTERNET_SCHEME_HTTP, 80},
 
 constexpr Scheme kUnknownScheme = {L"", INTERNET_SCHEME_UNKNOWN, 0};
 
-// ASCII alone, whatever the locale.
-wchar_t ToLower(wchar_t c) {
-  return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
-}
-
 bool IsDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
 
 bool IsSchemeCharacter(wchar_t c) {
-  const wchar_t lower = ToLower(c);
+  const wchar_t lower = LowerAscii(c);
   return (lower >= L'a' && lower <= L'z') || IsDigit(c) || c == L'+' || c == L'-' || c == L'.';
 }
 
 const Scheme& FindScheme(std::wstring_view name) {
   for (const Scheme& scheme : kSchemes) {
-    if (std::equal(name.begin(), name.end(), scheme.name.begin(), scheme.name.end(),
-                   [](wchar_t given, wchar_t known) { return ToLower(given) == known; })) {
-      return scheme;
-    }
+    if (EqualsIgnoreAsciiCase(name, scheme.name)) return scheme;
   }
   return kUnknownScheme;
 }
@@ -55,14 +49,9 @@ struct Parts {
 // An empty port leaves *port alone.
 bool ParsePort(std::wstring_view text, INTERNET_PORT* port) {
   if (text.empty()) return true;
-  std::uint32_t value = 0;
-  for (const wchar_t c : text) {
-    if (!IsDigit(c)) return false;
-    value = value * 10 + static_cast<std::uint32_t>(c - L'0');
-    if (value > std::numeric_limits<INTERNET_PORT>::max()) return false;
-  }
-  *port = static_cast<INTERNET_PORT>(value);
-  return true;
+  const auto value = ParseDigits(text, std::numeric_limits<INTERNET_PORT>::max());
+  *port = static_cast<INTERNET_PORT>(value.value_or(0));
+  return value.has_value();
 }
 
 // RFC 3986, section 3.2: [user information@]host[:port].
