@@ -289,13 +289,18 @@ TEST_F(StoreTest, ChildrenOpenItForThemselves) {
   // A transaction stays with the parent, and its child waits for it like everybody else.
   WriteGroup group(key.Get());
   ASSERT_EQ(ERROR_SUCCESS, Set(key.Get(), L"v", "newer"));
+  int ready[2];
+  ASSERT_EQ(0, pipe(ready));
+  char byte = 0;
   const pid_t child = Start([&] {
     if (Set(key.Get(), L"v", "child") != ERROR_NOT_SUPPORTED) return 1;
     if (group.Commit() != ERROR_NOT_SUPPORTED) return 2;
-    if (Value(L"v") != "new") return 3;
+    if (Value(L"v") != "new" || write(ready[1], &byte, 1) != 1) return 3;
     return Set(key.Get(), L"w", "child") == ERROR_SUCCESS ? 0 : 4;
   });
-  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  close(ready[1]);
+  EXPECT_EQ(1, read(ready[0], &byte, 1));
+  close(ready[0]);
   EXPECT_EQ(ERROR_SUCCESS, group.Commit());
   EXPECT_EQ(0, Wait(child));
   EXPECT_EQ("newer", Value(L"v"));

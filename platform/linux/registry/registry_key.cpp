@@ -1,5 +1,8 @@
 #include "platform/linux/registry/registry_key.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "platform/linux/store/schema.h"
 
 namespace Corvane {
@@ -56,8 +59,14 @@ LSTATUS RegistryKey::DeleteSubkey(const std::vector<Store::Name>& path) {
 LSTATUS RegistryKey::GetInfo(Store::NodeInfo* info) {
   const Store::Connection::Access access(*m_connection);
   const LSTATUS result = m_connection->ReadLocked([&](Database& database) -> LSTATUS {
-    LSTATUS code = m_values.MeasureLocked(*m_connection, m_node, &info->values);
-    if (code == ERROR_MORE_DATA) code = GetValueExtent(database, m_node, &info->values);
+    Store::Extent& values = info->values;
+    const auto measure = [&](const Store::Enumeration::Item& item) -> LSTATUS {
+      ++values.count;
+      values.maxNameChars = std::max(values.maxNameChars, std::ssize(item.name));
+      values.maxDataBytes = std::max(values.maxDataBytes, std::ssize(item.data));
+      return ERROR_SUCCESS;
+    };
+    const LSTATUS code = m_values.VisitLocked(*m_connection, m_node, measure);
     return code == ERROR_SUCCESS ? GetNodeInfo(database, m_node, info) : code;
   });
   return result == ERROR_FILE_NOT_FOUND ? LSTATUS{ERROR_SUCCESS} : result;

@@ -45,19 +45,6 @@ LSTATUS Printer::Find(Store::Database& database, const std::vector<Store::Name>&
   return FindNode(database, Store::kPrinterRoot, PathOf(key), node);
 }
 
-LSTATUS Printer::MeasureLocked(Store::Database& database, std::int64_t node,
-                               Store::ValueTotals* totals) {
-  const Measured state = {node, DataVersion(database), m_connection->WritesLocked()};
-  if (state.version == -1 || state != m_measured) {
-    m_measured = {};
-    const LSTATUS result = GetValueTotals(database, node, &m_totals);
-    if (result != ERROR_SUCCESS) return result;
-    m_measured = state;
-  }
-  *totals = m_totals;
-  return ERROR_SUCCESS;
-}
-
 LSTATUS Printer::FindOrMakeLocked(Store::Database& database, const std::vector<Store::Name>& key,
                                   std::int64_t* node) {
   const std::uint64_t transaction = m_connection->TransactionLocked();

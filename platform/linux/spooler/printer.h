@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "corvane/linux/spooler.h"
+#include "platform/linux/store/enumeration.h"
 #include "platform/linux/store/names.h"
 #include "platform/linux/store/nodes.h"
 #include "platform/linux/store/store_handle.h"
@@ -25,8 +26,12 @@ class Printer final : public Store::StoreHandle<HandleKind::kPrinter> {
   LSTATUS Find(Store::Database& database, const std::vector<Store::Name>& key,
                std::int64_t* node) const;
 
-  // Of the values of a node; within a Read. Who asks for a size first does not pay for it twice.
-  LSTATUS MeasureLocked(Store::Database& database, std::int64_t node, Store::ValueTotals* totals);
+  // Calls `visit(item)` with the values of a node; within a Read. Who asks for a size first does
+  // not pay for it twice.
+  template <typename Visit>
+  LSTATUS VisitLocked(std::int64_t node, Visit&& visit) {
+    return m_values.VisitLocked(*m_connection, node, visit);
+  }
 
   // Makes the key where it is missing.
   LSTATUS SetValue(const std::vector<Store::Name>& key, const Store::Name& value,
@@ -45,16 +50,7 @@ class Printer final : public Store::StoreHandle<HandleKind::kPrinter> {
   std::int64_t m_keyNode = 0;
   std::uint64_t m_keyIn = 0;
 
-  // What was measured last, and in which state of the store. Guarded likewise.
-  struct Measured {
-    std::int64_t node = 0;
-    std::int64_t version = -1;  // others' writes
-    std::uint64_t writes = 0;   // the connection's own
-
-    friend bool operator==(const Measured&, const Measured&) = default;
-  };
-  Measured m_measured;
-  Store::ValueTotals m_totals;
+  Store::Enumeration m_values{Store::Enumeration::Of::kValues};  // guarded likewise
 };
 
 }  // namespace Corvane

@@ -47,44 +47,40 @@ struct Room {
   }
 };
 
-std::uint64_t BytesFor(const ValueTotals& totals) {
-  return static_cast<std::uint64_t>(totals.values) *
-             (sizeof(PRINTER_ENUM_VALUESW) + sizeof(wchar_t)) +
-         static_cast<std::uint64_t>(totals.dataBytes) +
-         static_cast<std::uint64_t>(totals.nameChars) * sizeof(wchar_t);
-}
+constexpr std::size_t RoundUp(std::size_t bytes) { return (bytes + 7) & ~std::size_t{7}; }
 
-// The structures, the data of all of them, their names. ERROR_REGISTRY_CORRUPT when the file counts
-// other lengths than it holds.
-LSTATUS WriteEntries(Database& database, std::int64_t node, const ValueTotals& totals,
-                     BYTE* buffer) {
-  const auto values = static_cast<std::size_t>(totals.values);
-  Room entries{buffer, buffer + values * sizeof(PRINTER_ENUM_VALUESW)};
-  Room datas{entries.end, entries.end + totals.dataBytes};
-  Room names{datas.end, buffer + BytesFor(totals)};
-  Query query(database, kListValues);
-  query.Bind(node).Bind(std::string_view(""));
-  std::wstring name;
-  LSTATUS result = query.Step();
-  for (; result == ERROR_SUCCESS; result = query.Step()) {
-    name.clear();
-    AppendWide(query.Bytes(1), &name);
-    const std::string_view data = query.Bytes(3);
-    const std::size_t nameBytes = (name.size() + 1) * sizeof(wchar_t);
-    BYTE* const entryAt = entries.Take(sizeof(PRINTER_ENUM_VALUESW));
-    BYTE* const dataAt = datas.Take((data.size() + 7) & ~std::size_t{7});  // as the store counts it
-    BYTE* const nameAt = names.Take(nameBytes);
-    if (entryAt == nullptr || dataAt == nullptr || nameAt == nullptr) return ERROR_REGISTRY_CORRUPT;
-    const PRINTER_ENUM_VALUESW entry = {
-        reinterpret_cast<wchar_t*>(nameAt), static_cast<DWORD>(nameBytes),
-        static_cast<DWORD>(query.Integer(2)), data.empty() ? nullptr : dataAt,
-        static_cast<DWORD>(data.size())};
-    std::memcpy(entryAt, &entry, sizeof entry);
-    std::memcpy(nameAt, name.c_str(), nameBytes);
-    data.copy(reinterpret_cast<char*>(dataAt), data.size());
+// What a buffer holds: the structures, the data of all of them, their names.
+struct Contents {
+  std::size_t entryBytes = 0;
+  std::size_t dataBytes = 0;
+  std::size_t nameBytes = 0;
+
+  std::size_t Bytes() const { return entryBytes + dataBytes + nameBytes; }
+
+  LSTATUS Count(const Enumeration::Item& item) {
+    entryBytes += sizeof(PRINTER_ENUM_VALUESW);
+    dataBytes += RoundUp(item.data.size());
+    nameBytes += (item.name.size() + 1) * sizeof(wchar_t);
+    return ERROR_SUCCESS;
   }
-  if (result != ERROR_NO_MORE_ITEMS) return result;
-  return entries.begin == entries.end ? ERROR_SUCCESS : ERROR_REGISTRY_CORRUPT;
+};
+
+// ERROR_REGISTRY_CORRUPT when there is more than was counted.
+LSTATUS WriteEntry(const Enumeration::Item& item, Room* entries, Room* datas, Room* names) {
+  const std::size_t nameBytes = (item.name.size() + 1) * sizeof(wchar_t);
+  BYTE* const entryAt = entries->Take(sizeof(PRINTER_ENUM_VALUESW));
+  BYTE* const dataAt = datas->Take(RoundUp(item.data.size()));
+  BYTE* const nameAt = names->Take(nameBytes);
+  if (entryAt == nullptr || dataAt == nullptr || nameAt == nullptr) return ERROR_REGISTRY_CORRUPT;
+  const PRINTER_ENUM_VALUESW entry = {
+      reinterpret_cast<wchar_t*>(nameAt), static_cast<DWORD>(nameBytes),
+      static_cast<DWORD>(item.number), item.data.empty() ? nullptr : dataAt,
+      static_cast<DWORD>(item.data.size())};
+  std::memcpy(entryAt, &entry, sizeof entry);
+  std::memset(nameAt, 0, nameBytes);
+  std::memcpy(nameAt, item.name.data(), nameBytes - sizeof(wchar_t));
+  item.data.copy(reinterpret_cast<char*>(dataAt), item.data.size());
+  return ERROR_SUCCESS;
 }
 
 }  // namespace
@@ -107,18 +103,26 @@ DWORD WINAPI EnumPrinterDataExW(HANDLE printer, const wchar_t* key, BYTE* values
     if (code != ERROR_SUCCESS) return code;
     return target.printer->Way()->Read([&](Database& database) -> LSTATUS {
       std::int64_t node = 0;
-      ValueTotals totals;
       LSTATUS result = target.printer->Find(database, target.key, &node);
-      if (result == ERROR_SUCCESS) result = target.printer->MeasureLocked(database, node, &totals);
       if (result != ERROR_SUCCESS) return result;
-      const std::uint64_t bytes = BytesFor(totals);
-      if (bytes > UINT32_MAX) return ERROR_OUTOFMEMORY;
-      *needed = static_cast<DWORD>(bytes);
-      if (bytes > valuesBytes) return ERROR_MORE_DATA;
-      if (bytes == 0) return ERROR_SUCCESS;
-      result = WriteEntries(database, node, totals, values);
-      if (result == ERROR_SUCCESS) *count = static_cast<DWORD>(totals.values);
-      return result;
+      Contents all;
+      const auto add = [&](const Enumeration::Item& item) { return all.Count(item); };
+      result = target.printer->VisitLocked(node, add);
+      if (result != ERROR_SUCCESS) return result;
+      if (all.Bytes() > UINT32_MAX) return ERROR_OUTOFMEMORY;
+      *needed = static_cast<DWORD>(all.Bytes());
+      if (all.Bytes() > valuesBytes) return ERROR_MORE_DATA;
+      if (all.Bytes() == 0) return ERROR_SUCCESS;
+      Room entries{values, values + all.entryBytes};
+      Room datas{entries.end, entries.end + all.dataBytes};
+      Room names{datas.end, datas.end + all.nameBytes};
+      const auto write = [&](const Enumeration::Item& item) {
+        return WriteEntry(item, &entries, &datas, &names);
+      };
+      result = target.printer->VisitLocked(node, write);
+      if (result != ERROR_SUCCESS) return result;
+      *count = static_cast<DWORD>(all.entryBytes / sizeof(PRINTER_ENUM_VALUESW));
+      return ERROR_SUCCESS;
     });
   });
 }

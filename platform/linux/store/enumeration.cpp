@@ -1,15 +1,16 @@
 #include "platform/linux/store/enumeration.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "platform/linux/store/names.h"
-#include "platform/linux/store/values.h"
+#include "platform/linux/store/nodes.h"
 
 namespace Corvane::Store {
 namespace {
 
+constexpr char kListValues[] =
+    "SELECT folded, name, type, data FROM value2 WHERE node = ? AND folded >= ? ORDER BY folded";
 constexpr char kListSubkeys[] =
     "SELECT folded, name, written, '' FROM node2 WHERE parent = ? AND folded >= ? ORDER BY folded";
 constexpr char kSkipToSubkey[] =
@@ -36,55 +37,28 @@ bool Enumeration::Item::CopyName(wchar_t* to, DWORD* chars) const {
 void Enumeration::Forget() {
   m_rows.clear();
   m_maxRows = 0;
-  m_measuredVersion = -1;
 }
 
-bool Enumeration::IsMeasured(Connection& connection) {
-  const std::int64_t measured = std::exchange(m_measuredVersion, -1);
-  std::int64_t now = -1;
-  if (measured == -1) return false;
+bool Enumeration::IsFresh(Connection& connection) const {
+  std::int64_t version = -1;
   connection.ReadLocked([&](Database& database) {
-    now = DataVersion(database);
+    version = DataVersion(database);
     return ERROR_SUCCESS;
   });
-  return now == measured;
-}
-
-LSTATUS Enumeration::MeasureLocked(Connection& connection, std::int64_t node, Extent* extent) {
-  Forget();
-  m_writes = connection.WritesLocked();
-  m_first = 0;
-  m_maxRows = kMaxRows;
-  m_names.clear();
-  m_data.clear();
-  m_next.clear();
-  LSTATUS result = connection.ReadLocked([&](Database& database) {
-    m_measuredVersion = DataVersion(database);
-    return ReadRows(database, node);
-  });
-  if (result == ERROR_NO_MORE_ITEMS) return ERROR_SUCCESS;
-  if (result == ERROR_SUCCESS && !m_atEnd) result = ERROR_MORE_DATA;
-  if (result != ERROR_SUCCESS) {
-    Forget();
-    return result;
-  }
-  extent->count = std::ssize(m_rows);
-  for (const Row& row : m_rows) {
-    extent->maxNameChars = std::max(extent->maxNameChars, static_cast<std::int64_t>(row.nameChars));
-    extent->maxDataBytes = std::max(extent->maxDataBytes, static_cast<std::int64_t>(row.dataBytes));
-  }
-  return ERROR_SUCCESS;
+  return version != -1 && version == m_version;
 }
 
 LSTATUS Enumeration::GetLocked(Connection& connection, std::int64_t node, std::size_t index,
-                               Item* item) {
+                               Item* item, bool all) {
   const std::uint64_t writes = connection.WritesLocked();
-  if (writes != m_writes) Forget();
+  if (writes != m_writes || node != m_node) Forget();
   m_writes = writes;
-  const bool isRead =
-      index == 0 ? IsMeasured(connection) && !m_rows.empty() : index - m_first < m_rows.size();
+  m_node = node;
+  const bool isRead = index - m_first < m_rows.size() && (index != 0 || IsFresh(connection));
+  const bool goesOn = index != 0 && !m_rows.empty() && index == m_first + m_rows.size();
+  if (goesOn && m_atEnd) return ERROR_NO_MORE_ITEMS;
   if (!isRead) {
-    const LSTATUS result = Read(connection, node, index);
+    const LSTATUS result = Read(connection, index, goesOn, all);
     if (result != ERROR_SUCCESS) {
       Forget();
       return result;
@@ -96,36 +70,35 @@ LSTATUS Enumeration::GetLocked(Connection& connection, std::int64_t node, std::s
   return ERROR_SUCCESS;
 }
 
-LSTATUS Enumeration::Read(Connection& connection, std::int64_t node, std::size_t index) {
-  const bool goesOn = index != 0 && !m_rows.empty() && index == m_first + m_rows.size();
-  if (goesOn && m_atEnd) return ERROR_NO_MORE_ITEMS;
-  const std::size_t first = m_writes == 0 ? kMaxRows : kFirstRowsAfterWrite;
+LSTATUS Enumeration::Read(Connection& connection, std::size_t index, bool goesOn, bool all) {
+  const std::size_t first = all || m_writes == 0 ? kMaxRows : kFirstRowsAfterWrite;
   m_maxRows = goesOn ? std::min(m_maxRows * kGrowth, kMaxRows) : first;
   m_first = index;
   m_rows.clear();
   m_names.clear();
   m_data.clear();
   return connection.ReadLocked([&](Database& database) {
-    const LSTATUS result = goesOn ? LSTATUS{ERROR_SUCCESS} : Seek(database, node, index);
-    return result == ERROR_SUCCESS ? ReadRows(database, node) : result;
+    m_version = DataVersion(database);
+    const LSTATUS result = goesOn ? LSTATUS{ERROR_SUCCESS} : Seek(database, index);
+    return result == ERROR_SUCCESS ? ReadRows(database) : result;
   });
 }
 
-LSTATUS Enumeration::Seek(Database& database, std::int64_t node, std::size_t index) {
+LSTATUS Enumeration::Seek(Database& database, std::size_t index) {
   m_next.clear();
   if (index == 0) return ERROR_SUCCESS;
   Query query(database, m_what == Of::kValues ? kSkipToValue : kSkipToSubkey);
-  const LSTATUS result = query.Bind(node).Bind(static_cast<std::int64_t>(index)).Step();
+  const LSTATUS result = query.Bind(m_node).Bind(static_cast<std::int64_t>(index)).Step();
   if (result == ERROR_SUCCESS) m_next = query.Bytes(0);
   if (result != ERROR_NO_MORE_ITEMS) return result;
-  const LSTATUS state = CheckNode(database, node);
+  const LSTATUS state = CheckNode(database, m_node);
   return state == ERROR_SUCCESS ? result : state;
 }
 
-LSTATUS Enumeration::ReadRows(Database& database, std::int64_t node) {
+LSTATUS Enumeration::ReadRows(Database& database) {
   Query query(database, m_what == Of::kValues ? kListValues : kListSubkeys);
   const std::string from = m_next;
-  query.Bind(node).Bind(from);
+  query.Bind(m_node).Bind(from);
   LSTATUS result = ERROR_SUCCESS;
   while (m_rows.size() < m_maxRows &&
          m_data.size() + m_names.size() * sizeof(wchar_t) < kMaxBytes) {
@@ -145,7 +118,7 @@ LSTATUS Enumeration::ReadRows(Database& database, std::int64_t node) {
     m_next.push_back('\0');  // the first text after it
   }
   if (!m_rows.empty()) return ERROR_SUCCESS;
-  const LSTATUS state = CheckNode(database, node);
+  const LSTATUS state = CheckNode(database, m_node);
   return state == ERROR_SUCCESS ? LSTATUS{ERROR_NO_MORE_ITEMS} : state;
 }
 

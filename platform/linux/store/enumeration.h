@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "platform/linux/store/connection.h"
-#include "platform/linux/store/nodes.h"
 
 namespace Corvane::Store {
 
@@ -31,12 +30,22 @@ class Enumeration {
     bool CopyName(wchar_t* to, DWORD* chars) const;
   };
 
-  // ERROR_NO_MORE_ITEMS, ERROR_KEY_DELETED. The item stays until the next call.
-  LSTATUS GetLocked(Connection& connection, std::int64_t node, std::size_t index, Item* item);
+  // ERROR_NO_MORE_ITEMS, ERROR_KEY_DELETED. The item stays until the next call. `all`: the others
+  // will be wanted, too.
+  LSTATUS GetLocked(Connection& connection, std::int64_t node, std::size_t index, Item* item,
+                    bool all = false);
 
-  // Of all rows, when they are few enough to be read ahead, for a counting that follows; else
-  // ERROR_MORE_DATA. ERROR_KEY_DELETED.
-  LSTATUS MeasureLocked(Connection& connection, std::int64_t node, Extent* extent);
+  // Calls `visit(item)` with all of them, until it or the reading fails.
+  template <typename Visit>
+  LSTATUS VisitLocked(Connection& connection, std::int64_t node, Visit&& visit) {
+    LSTATUS result = ERROR_SUCCESS;
+    for (std::size_t index = 0; result == ERROR_SUCCESS; ++index) {
+      Item item;
+      result = GetLocked(connection, node, index, &item, true);
+      if (result == ERROR_SUCCESS) result = visit(item);
+    }
+    return result == ERROR_NO_MORE_ITEMS ? LSTATUS{ERROR_SUCCESS} : result;
+  }
 
  private:
   struct Row {
@@ -48,24 +57,25 @@ class Enumeration {
   };
 
   void Forget();
-  // The rows from number 0 on are those that MeasureLocked read, and are so still.
-  bool IsMeasured(Connection& connection);
-  LSTATUS Read(Connection& connection, std::int64_t node, std::size_t index);
-  LSTATUS Seek(Database& database, std::int64_t node, std::size_t index);
-  LSTATUS ReadRows(Database& database, std::int64_t node);
+  // No other process has written since the last reading.
+  bool IsFresh(Connection& connection) const;
+  LSTATUS Read(Connection& connection, std::size_t index, bool goesOn, bool all);
+  LSTATUS Seek(Database& database, std::size_t index);
+  LSTATUS ReadRows(Database& database);
 
   const Of m_what;
+  std::int64_t m_node = 0;
   // The rows from number m_first on. Their names and data stand one after the other.
   std::size_t m_first = 0;
   std::vector<Row> m_rows;
   std::wstring m_names;
   std::string m_data;
-  bool m_atEnd = false;        // they were the last
-  std::string m_next;          // otherwise the least folded name that can follow them
-  std::size_t m_maxRows = 0;   // of the last reading
-  std::uint64_t m_writes = 0;  // of the connection, at the last reading
-  // Of the store, when MeasureLocked read it; -1 once a counting has begun over it.
-  std::int64_t m_measuredVersion = -1;
+  bool m_atEnd = false;       // they were the last
+  std::string m_next;         // otherwise the least folded name that can follow them
+  std::size_t m_maxRows = 0;  // of the last reading
+  // The state of the store at the last reading: of the connection's writes, and of the others'.
+  std::uint64_t m_writes = 0;
+  std::int64_t m_version = -1;
 };
 
 }  // namespace Corvane::Store

@@ -21,12 +21,6 @@ constexpr char kNodeInfo[] =
     "SELECT written, (SELECT count(*) FROM node2 WHERE parent = node.id), "
     "(SELECT coalesce(max(length(name)), 0) FROM node2 WHERE parent = node.id) "
     "FROM node2 AS node WHERE id = ?";
-constexpr char kValueInfo[] =
-    "SELECT count(*), coalesce(max(length(name)), 0), coalesce(max(length(data)), 0) FROM value2 "
-    "WHERE node = ?";
-constexpr char kValueTotals[] =
-    "SELECT count(*), coalesce(sum(length(name)), 0), coalesce(sum((length(data) + 7) & ~7), 0) "
-    "FROM value2 WHERE node = ?";
 constexpr char kDataVersion[] = "PRAGMA data_version";
 
 std::int64_t Now() {
@@ -116,20 +110,6 @@ LSTATUS GetNodeInfo(Database& database, std::int64_t node, NodeInfo* info) {
   info->written = query.Integer(0);
   info->subkeys = {query.Integer(1), query.Integer(2), 0};
   return ERROR_SUCCESS;
-}
-
-LSTATUS GetValueExtent(Database& database, std::int64_t node, Extent* extent) {
-  Query query(database, kValueInfo);
-  const LSTATUS result = query.Bind(node).Step();
-  if (result == ERROR_SUCCESS) *extent = {query.Integer(0), query.Integer(1), query.Integer(2)};
-  return result;
-}
-
-LSTATUS GetValueTotals(Database& database, std::int64_t node, ValueTotals* totals) {
-  Query query(database, kValueTotals);
-  const LSTATUS result = query.Bind(node).Step();
-  if (result == ERROR_SUCCESS) *totals = {query.Integer(0), query.Integer(1), query.Integer(2)};
-  return result;
 }
 
 std::int64_t DataVersion(Database& database) {

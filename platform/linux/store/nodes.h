@@ -41,15 +41,6 @@ struct NodeInfo {
 
 // All but what tells of values. ERROR_KEY_DELETED.
 LSTATUS GetNodeInfo(Database& database, std::int64_t node, NodeInfo* info);
-LSTATUS GetValueExtent(Database& database, std::int64_t node, Extent* extent);
-
-struct ValueTotals {
-  std::int64_t values = 0;
-  std::int64_t nameChars = 0;
-  std::int64_t dataBytes = 0;  // each rounded up to 8
-};
-
-LSTATUS GetValueTotals(Database& database, std::int64_t node, ValueTotals* totals);
 
 // Changes with every commit of another connection, while this one is open; -1 when it cannot be
 // had.

@@ -9,10 +9,6 @@
 
 namespace Corvane::Store {
 
-// Folded name, name, type and data of a node's values from a folded name on, in that order.
-inline constexpr char kListValues[] =
-    "SELECT folded, name, type, data FROM value2 WHERE node = ? AND folded >= ? ORDER BY folded";
-
 // The data of a value that is to be written, in memory of the caller's.
 struct Data {
   DWORD type;
