@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <span>
 
 #include "base/letter_case.h"
 #include "base/utf8.h"
@@ -37,15 +38,15 @@ std::string FoldedText(std::string_view text) {
   std::wstring wide;
   AppendWide(text, &wide);
   Name name;
-  return MakeName(wide, &name) ? name.folded : std::string(text);
+  MakeName(wide, &name);
+  return name.folded;
 }
 
 void AppendWide(std::string_view text, std::wstring* wide) {
   const std::size_t begin = wide->size();
   wide->resize(begin + text.size());
-  const std::size_t chars =
-      Convert(text, Malformed::kKeep, std::span(*wide).subspan(begin)).written;
-  wide->resize(begin + chars);
+  const std::span<wchar_t> room(wide->data() + begin, text.size());
+  wide->resize(begin + Convert(text, Malformed::kKeep, room).written);
 }
 
 LSTATUS SplitPath(const wchar_t* path, std::vector<Name>* names) {

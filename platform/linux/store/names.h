@@ -27,7 +27,7 @@ struct Name {
 // False for a character beyond U+10FFFF.
 bool MakeName(std::wstring_view wide, Name* name);
 
-// Appends what MakeName made `text` from.
+// Appends what MakeName made `text` from; U+FFFD for what a damaged file has instead.
 void AppendWide(std::string_view text, std::wstring* wide);
 
 // `folded` to what is, or should be, a `text`.
