@@ -1,6 +1,6 @@
 // JSON output, read back by a parser that refuses what is no UTF-8.
-#include "tools/map/output_json.h"
 #include "base/utf8.h"
+#include "tools/map/answers.h"
 
 #include <gtest/gtest.h>
 

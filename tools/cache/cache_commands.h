@@ -5,7 +5,7 @@
 #include <string>
 
 #include "tools/options/cache_location.h"
-#include "tools/output/command_result.h"
+#include "tools/output/failure.h"
 
 namespace Corvane::Tool {
 

@@ -11,8 +11,8 @@
 #include "corvane/handles.h"
 #include "tools/ipp/ipp_exchange.h"
 #include "tools/ipp/ipp_values.h"
+#include "tools/map/answers.h"
 #include "tools/map/dom.h"
-#include "tools/map/output_text.h"
 #include "tools/options/device.h"
 
 namespace Corvane::Tool {

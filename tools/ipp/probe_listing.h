@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tools/ipp/probe.h"
-#include "tools/output/command_result.h"
+#include "tools/output/failure.h"
 
 namespace Corvane::Tool {
 

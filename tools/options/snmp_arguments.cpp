@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
+#include <map>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "base/utf8.h"
-#include "tools/options/snmp_secrets.h"
+#include "tools/options/secret_file.h"
 #include "tools/output/failure.h"
 
 namespace Corvane::Tool {
@@ -34,6 +37,19 @@ constexpr Word<SnmpPrivacy> kPrivacies[] = {{"DES", SnmpPrivacy::kDes},
                                             {"AES", SnmpPrivacy::kAes},
                                             {"AES-192", SnmpPrivacy::kAes192},
                                             {"AES-256", SnmpPrivacy::kAes256}};
+
+// Where a secret may stand: never on the command line, which other users can see.
+struct Secret {
+  const char* variable;
+  std::string_view word;
+  std::wstring Host::SnmpOptions::*member;
+};
+
+constexpr Secret kSecrets[] = {
+    {"CORVANE_SNMP_COMMUNITY", "community", &Host::SnmpOptions::community},
+    {"CORVANE_SNMP_AUTH_PASSPHRASE", "auth-passphrase", &Host::SnmpOptions::authPassphrase},
+    {"CORVANE_SNMP_PRIV_PASSPHRASE", "priv-passphrase", &Host::SnmpOptions::privacyPassphrase},
+};
 
 // Without regard to case and hyphens: "sha256" is SHA-256.
 std::string Folded(std::string_view word) {
@@ -95,19 +111,23 @@ void RequireUser(const SnmpArguments& arguments, const Host::SnmpOptions& option
   }
 }
 
+// A file wins over the environment, where an empty variable counts as absent.
 void TakeSecrets(const SnmpArguments& arguments, Host::SnmpOptions* options) {
-  SnmpSecrets secrets = SecretsOfEnvironment();
+  std::vector<std::string_view> words;
+  for (const Secret& secret : kSecrets) words.push_back(secret.word);
+  std::map<std::string_view, std::wstring> file;
   if (!arguments.secretsFile.empty()) {
-    SnmpSecrets file = SecretsOfFile(arguments.secretsFile);
-    if (file.community) secrets.community = std::move(file.community);
-    if (file.authPassphrase) secrets.authPassphrase = std::move(file.authPassphrase);
-    if (file.privacyPassphrase) secrets.privacyPassphrase = std::move(file.privacyPassphrase);
+    file = ReadSecretFile("--snmp-secrets", arguments.secretsFile, words);
   }
-  if (options->version == SnmpVersion::kV3) {
-    options->authPassphrase = secrets.authPassphrase.value_or(L"");
-    options->privacyPassphrase = secrets.privacyPassphrase.value_or(L"");
-  } else if (secrets.community) {
-    options->community = *std::move(secrets.community);
+  for (const Secret& secret : kSecrets) {
+    const bool isOfVersion3 = secret.member != &Host::SnmpOptions::community;
+    if (isOfVersion3 != (options->version == SnmpVersion::kV3)) continue;
+    const char* const variable = std::getenv(secret.variable);
+    if (const auto entry = file.find(secret.word); entry != file.end()) {
+      options->*secret.member = std::move(entry->second);
+    } else if (variable && *variable) {
+      options->*secret.member = ToWide(variable);
+    }
   }
 }
 

@@ -1,4 +1,4 @@
-// What ends a run early.
+// How a command ends: with a report, or early.
 #ifndef CORVANE_TOOLS_OUTPUT_FAILURE_H_
 #define CORVANE_TOOLS_OUTPUT_FAILURE_H_
 
@@ -18,6 +18,13 @@ enum ExitStatus : int {
   kCancelled = 6,       // here, or at the printer
   kNotPrinted = 7,      // nothing comes out, and printing it again is safe
   kPerhapsPrinted = 8,  // printing it again may print it twice
+};
+
+// What a command that prints a report in one piece gives back.
+struct CommandResult {
+  ExitStatus status = kAllAnswered;
+  std::string output;
+  std::string problems;  // escaped lines, for the error stream
 };
 
 // The text is UTF-8, one line or several, each printed after "corvane: "; all that came from a

@@ -3,7 +3,7 @@
 #define CORVANE_TOOLS_PRINT_PRINT_H_
 
 #include "tools/options/options.h"
-#include "tools/output/command_result.h"
+#include "tools/output/failure.h"
 
 namespace Corvane::Tool {
 

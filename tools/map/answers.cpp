@@ -1,10 +1,36 @@
-#include "tools/map/output_text.h"
+#include "tools/map/answers.h"
 
 #include <cstdio>
 
+#include "base/utf8.h"
+#include "tools/output/json_text.h"
 #include "tools/output/text_escape.h"
 
 namespace Corvane::Tool {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json JsonOf(const VARIANT& value) {
+  switch (value.vt) {
+    case VT_I1:
+    case VT_UI1:
+    case VT_I2:
+    case VT_UI2:
+    case VT_I4:
+    case VT_INT:
+    case VT_UI4:
+    case VT_UINT:
+    case VT_I8:
+      return static_cast<long long>(_variant_t(value));
+    case VT_UI8:
+      return value.ullVal;
+    default:
+      return ToUtf8(TextOf(value));
+  }
+}
+
+}  // namespace
 
 std::wstring TextOf(const VARIANT& value) {
   UniqueVariant text;
@@ -26,6 +52,15 @@ std::string FormatProblem(const NamedValue& answer) {
   std::string line = EscapeText(answer.name) + code;
   if (!answer.problem.empty()) line += ": " + answer.problem;
   return line;
+}
+
+std::string FormatJson(const std::vector<NamedValue>& answers) {
+  Json object = Json::object();
+  for (const NamedValue& answer : answers) {
+    object[ToUtf8(answer.name)] =
+        answer.result == S_OK ? JsonOf(answer.value.Get()) : Json(nullptr);
+  }
+  return JsonText(object);
 }
 
 }  // namespace Corvane::Tool
