@@ -3,15 +3,18 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <system_error>
 
 #include "base/utf8.h"
+#include "base/utf8_path.h"
 #include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "tools/ipp/ipp_values.h"
@@ -21,8 +24,6 @@
 #include "tools/options/device.h"
 #include "tools/output/console.h"
 #include "tools/output/text_escape.h"
-#include "tools/print/document.h"
-#include "tools/print/own_job.h"
 #include "tools/print/print_report.h"
 #include "tools/print/print_watch.h"
 #include "tools/print/progress.h"
@@ -44,6 +45,53 @@ PrinterUri PrinterUriOf(const Options& options) {
   }
   return uri;
 }
+
+// A file, or "-" for the input.
+class Document {
+ public:
+  // Throws Failure with kBadUsage for a file that is none or cannot be opened.
+  explicit Document(const std::string& file) {
+    namespace fs = std::filesystem;
+    if (file == "-") return;
+    const fs::path path = PathFromUtf8(file);
+    const auto refuse = [&file](const char* why) {
+      throw Failure(kBadUsage, EscapeText(file) + ": " + why);
+    };
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (!fs::exists(status)) refuse("no such file");
+    if (fs::is_directory(status)) refuse("is a folder");
+    if (fs::is_regular_file(status)) m_size = fs::file_size(path, error);
+    if (error) m_size.reset();
+    m_file.open(path, std::ios::binary);
+    if (!m_file) refuse("cannot be opened");
+    m_stream = &m_file;
+    m_name = ToUtf8(WideFromPath(path.filename()));
+  }
+
+  // "report.pdf"; of the input "stdin".
+  const std::string& Name() const { return m_name; }
+  // None of what is no plain file, such as a pipe.
+  std::optional<std::uint64_t> Size() const { return m_size; }
+  // The next bytes: fewer than asked for at the end, none behind it. Throws Failure with
+  // kNotPrinted when it cannot be read.
+  std::string Read(std::size_t maxBytes) {
+    std::string piece(maxBytes, '\0');
+    if (m_stream->eof()) return {};
+    m_stream->read(piece.data(), static_cast<std::streamsize>(piece.size()));
+    if (m_stream->bad() || (m_stream->fail() && !m_stream->eof())) {
+      throw Failure(kNotPrinted, EscapeText(m_name) + " cannot be read");
+    }
+    piece.resize(static_cast<std::size_t>(m_stream->gcount()));
+    return piece;
+  }
+
+ private:
+  std::string m_name = "stdin";
+  std::optional<std::uint64_t> m_size;
+  std::ifstream m_file;
+  std::istream* m_stream = &std::cin;
+};
 
 std::string JobNameOf(const Options& options, const Document& document) {
   const std::string& name = options.print.jobName;
@@ -121,73 +169,32 @@ RefPtr<IPPRequestBase> MakeRequest(const Options& options, const std::string& us
   return request;
 }
 
-// How the sending ended. Neither a failure nor done: it was stopped.
-struct SendingEnd {
-  bool isDone = false;
-  bool isCancelledAtPrinter = false;
-  std::optional<Failure> failure;
-};
-
-SendingEnd EndOf(HRESULT result, bool isLast, IPPResponseBase& response, Address& address) {
-  SendingEnd end;
-  end.isDone = result == S_OK && isLast;
-  end.isCancelledAtPrinter = result == S_DEVICECANCELED;
-  if (result != S_OK && !end.isCancelledAtPrinter) {
-    end.failure = PrintFailure(GetLastError(), response, address);
-  }
-  return end;
-}
-
-// The provider goes when it has ended, and with it a document that is not finished; not before the
-// printer knows of its cancellation, or it might print what it has.
-SendingEnd Send(RefPtr<IPPProvider> provider, IPPRequestBase& request, IPPResponseBase& response,
-                Address& address, Document& document, const Beginning& beginning,
-                PrintWatch& watch) {
+// Whether it is printed, else it was cancelled. Throws Failure. A document that cannot be read on
+// is cancelled, or the printer might print what it has.
+bool Send(IPPProvider& provider, IPPRequestBase& request, IPPResponseBase& response,
+          Address& address, Document& document, const Beginning& beginning, PrintWatch& watch) {
   std::string piece = beginning.bytes;
   bool isLast = !beginning.chunked;
   watch.Enter(isLast ? PrintStep::kFinishing : PrintStep::kBeginning);
-  HRESULT result = provider->PrintJob(&request, &response, piece.data(),
-                                      static_cast<std::int32_t>(piece.size()), beginning.chunked);
+  HRESULT result = provider.PrintJob(&request, &response, piece.data(),
+                                     static_cast<std::int32_t>(piece.size()), beginning.chunked);
   while (result == S_OK) {
     watch.AddSent(piece.size());
-    if (isLast || watch.IsCancelled()) break;
+    if (isLast) return true;
     watch.Enter(PrintStep::kReading);
     try {
       piece = document.Read(kPieceBytes);
-    } catch (const Failure& failure) {
-      watch.Cancel();
-      watch.StopSending();
-      return {false, false, failure};
+    } catch (const Failure&) {
+      Cancel(provider, address);
+      throw;
     }
-    if (watch.IsCancelled()) break;
     isLast = piece.empty();
     watch.Enter(isLast ? PrintStep::kFinishing : PrintStep::kSending);
-    result = provider->PrintJobWrite(&request, &response, piece.data(),
-                                     static_cast<std::int32_t>(piece.size()));
+    result = provider.PrintJobWrite(&request, &response, piece.data(),
+                                    static_cast<std::int32_t>(piece.size()));
   }
-  SendingEnd end = EndOf(result, isLast, response, address);
-  watch.StopSending();
-  return end;
-}
-
-CommandResult ResultOf(const SendingEnd& end, const std::optional<Cancellation>& cancellation,
-                       IPPResponseBase& response, Progress& progress) {
-  CommandResult result;
-  const bool isCancelled = cancellation && cancellation->result == CancelResult::kCancelled;
-  if (end.isDone && !isCancelled) {
-    if (cancellation) result.problems = "too late to cancel: " + cancellation->text + '\n';
-    progress.Say("printed: " + JobText(response));
-    result.output = JobLine(response);
-  } else if (end.failure &&
-             (!cancellation || (!isCancelled && end.failure->Status() == kPerhapsPrinted))) {
-    result.status = end.failure->Status();
-    result.problems = end.failure->what();
-  } else {
-    result.status = kCancelled;
-    result.problems = cancellation ? CancelledText(*cancellation)
-                                   : "cancelled at the printer: " + JobText(response);
-  }
-  return result;
+  if (result != S_DEVICECANCELED) throw PrintFailure(GetLastError(), response, address);
+  return false;
 }
 
 }  // namespace
@@ -200,8 +207,7 @@ CommandResult PrintDocument(const Options& options) {
   const std::string jobName = JobNameOf(options, document);
   const RefPtr<Address> address = OpenDevice(reached);
   const Beginning beginning = ReadBeginning(document, options.print.chunked);
-  RefPtr<IPPProvider> provider = OpenProvider(*address.Get(), uri, reached.network.timeoutMs);
-  OwnJob job(reached, uri, user, jobName);
+  const RefPtr<IPPProvider> provider = OpenProvider(*address.Get(), uri, reached.network.timeoutMs);
   const RefPtr<IPPRequestBase> request = MakeRequest(options, user, jobName);
   const RefPtr<IPPResponseBase> response(CreateIPPResponse());
   if (!response) throw std::bad_alloc();
@@ -212,12 +218,21 @@ CommandResult PrintDocument(const Options& options) {
   progress.Say("printing " + EscapeText(jobName) +
                (document.Size() ? ", " + FormatBytes(*document.Size()) : std::string()) + " at " +
                EscapeText(uri.text) + PrinterStateOf(*provider.Get()));
-  PrintWatch watch(interruption, job, progress);
-  const SendingEnd end = Send(std::move(provider), *request.Get(), *response.Get(), *address.Get(),
+  PrintWatch watch(interruption, *provider.Get(), *address.Get(), progress);
+  const bool isPrinted = Send(*provider.Get(), *request.Get(), *response.Get(), *address.Get(),
                               document, beginning, watch);
   const std::optional<Cancellation> cancellation = watch.Finish();
-  progress.Clear();
-  return ResultOf(end, cancellation, *response.Get(), progress);
+  CommandResult result;
+  if (isPrinted) {
+    if (cancellation) result.problems = "too late to cancel: " + cancellation->text + '\n';
+    progress.Say("printed: " + JobText(*response.Get()));
+    result.output = JobLine(*response.Get());
+    return result;
+  }
+  result.status = kCancelled;
+  result.problems = cancellation ? CancelledText(*cancellation)
+                                 : "cancelled at the printer: " + JobText(*response.Get());
+  return result;
 }
 
 }  // namespace Corvane::Tool

@@ -2,7 +2,8 @@
 
 #include <cstdio>
 
-#include "corvane/ipp_provider.h"
+#include "corvane/error_codes.h"
+#include "corvane/handles.h"
 #include "tools/ipp/ipp_values.h"
 #include "tools/options/device.h"
 #include "tools/output/text_escape.h"
@@ -10,30 +11,26 @@
 namespace Corvane::Tool {
 namespace {
 
-constexpr std::uint32_t kOutOfMemory = 14;
-constexpr std::uint32_t kInvalidParameter = 87;
+constexpr std::uint32_t kCancelTimeoutMs = 3'000;  // somebody waits for the end
 constexpr std::uint32_t kHttpOk = 200;
-constexpr std::uint32_t kAborted = 995;
-constexpr std::uint32_t kNotAuthenticated = 1026;
-constexpr std::uint32_t kNotAuthorized = 1027;
-constexpr std::uint32_t kTimeout = 1460;
-constexpr std::uint32_t kIncorrectSize = 1462;
-constexpr std::uint32_t kUnknownPort = 1796;
 
 constexpr char kWantsAccount[] =
     "the printer wants an account, or another one: say --account, with ipps://";
 
-std::string Hexadecimal(std::uint32_t number, const char* format) {
-  char text[16];
-  std::snprintf(text, sizeof(text), format, number);
-  return text;
+// "IPP status 0x0501, server-error-operation-not-supported", or empty.
+std::string StatusText(std::uint32_t error) {
+  const char* const name = ErrorStatusName(static_cast<std::int32_t>(error));
+  if (!name) return {};
+  char text[32];
+  std::snprintf(text, sizeof(text), "IPP status 0x%04X, ", error);
+  return text + std::string(name);
 }
 
 // What the host says of an exchange; else the code alone.
 std::string ExchangeText(std::uint32_t error, Address& address) {
   constexpr char kNoPrinter[] = "the device answers, but not as an IPP printer";
   if (error == kHttpOk) return kNoPrinter;
-  if (error == kOutOfMemory) return "out of memory";
+  if (error == kErrorOutOfMemory) return "out of memory";
   if (std::string failure = LastFailureOf(address); !failure.empty()) return failure;
   return error == 0 ? kNoPrinter : "error " + std::to_string(error);
 }
@@ -54,16 +51,21 @@ std::string ReasonsOf(IPPResponseBase& response) {
   return reasons && *reasons ? " (" + EscapeText(std::string_view(reasons)) + ")" : std::string();
 }
 
+std::string JobOf(IPPResponseBase& response) {
+  const std::int32_t id = response.GetJobID();
+  return id > 0 ? "job " + std::to_string(id) : "a job without a number";
+}
+
 std::string FailureText(std::uint32_t error, IPPResponseBase& response, Address& address) {
   switch (error) {
-    case kIncorrectSize:
+    case kIPPDocumentEmpty:
       return "the document is empty";
-    case kTimeout:
+    case kIPPPrinterNotReady:
       return "the printer was not idle, or had no room, for an hour";
-    case kAborted:
+    case kIPPJobAborted:
       return "the printer has aborted the job" + ReasonsOf(response);
-    case kNotAuthenticated:
-    case kNotAuthorized:
+    case kIPPNotAuthenticated:
+    case kIPPNotAuthorized:
       return kWantsAccount;
     case kIPPPrinterStateUnknown:
       return "the printer does not tell its state; nothing was sent: " + ExchangeText(0, address);
@@ -72,13 +74,28 @@ std::string FailureText(std::uint32_t error, IPPResponseBase& response, Address&
     default:
       break;
   }
-  if (const char* const name = ErrorStatusName(static_cast<std::int32_t>(error))) {
-    return "the printer refuses the job: IPP status " + Hexadecimal(error, "0x%04X") + ", " + name;
-  }
-  return ExchangeText(error, address);
+  const std::string status = StatusText(error);
+  return status.empty() ? ExchangeText(error, address) : "the printer refuses the job: " + status;
 }
 
 }  // namespace
+
+Cancellation Cancel(IPPProvider& provider, Address& address) {
+  const RefPtr<IPPResponseBase> response(CreateIPPResponse());
+  if (!response) return {CancelResult::kUnknown, "out of memory"};
+  SetLastError(0);
+  const HRESULT result = CancelPrintJob(&provider, response.Get(), kCancelTimeoutMs);
+  const std::uint32_t error = result == E_OUTOFMEMORY ? kErrorOutOfMemory : GetLastError();
+  if (result == S_FALSE) return {CancelResult::kNoJob, "the document has ended"};
+  const std::string job = JobOf(*response.Get());
+  if (result == S_OK) return {CancelResult::kCancelled, "the printer has cancelled " + job};
+  if (error == kIPPJobNotListed) return {CancelResult::kNoJob, "the printer lists no job of it"};
+  const std::string status = StatusText(error);
+  return {CancelResult::kUnknown, (response->GetJobID() > 0 ? "the printer does not cancel " + job
+                                                            : "the printer lists no jobs") +
+                                      ": " +
+                                      (status.empty() ? ExchangeText(error, address) : status)};
+}
 
 std::string CancelledText(const Cancellation& cancellation) {
   return "cancelled: " + cancellation.text +
@@ -101,12 +118,12 @@ Failure CreationFailure(std::uint32_t error, Address& address) {
     case kIPPPathTooShort:
     case kIPPNoResourcePath:
       return Failure(kBadUsage, "--uri: the printer's path is missing or too short");
-    case kInvalidParameter:
+    case kIPPInvalidArgument:
       return Failure(kBadUsage, "--uri: no printer URI");
-    case kUnknownPort:
+    case kIPPUnknownPort:
       return Failure(kBadUsage, "--uri: the port of a printer is 631 or 443");
-    case kNotAuthenticated:
-    case kNotAuthorized:
+    case kIPPNotAuthenticated:
+    case kIPPNotAuthorized:
       return Failure(kNotPrinted, std::string("not printed: ") + kWantsAccount);
     default:
       return Failure(kNotPrinted, "not printed: " + ExchangeText(error, address));
@@ -123,10 +140,8 @@ Failure PrintFailure(std::uint32_t error, IPPResponseBase& response, Address& ad
 }
 
 std::string JobText(IPPResponseBase& response) {
-  std::string text = response.GetJobID() > 0 ? "job " + std::to_string(response.GetJobID())
-                                             : std::string("a job without a number");
-  if (const std::string state = StateOf(response); !state.empty()) text += ", " + state;
-  return text;
+  const std::string state = StateOf(response);
+  return JobOf(response) + (state.empty() ? "" : ", " + state);
 }
 
 std::string JobLine(IPPResponseBase& response) {

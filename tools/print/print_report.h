@@ -1,22 +1,29 @@
-// How a print job ended, in words.
+// How a print job ended, in words, which are escaped.
 #ifndef CORVANE_TOOLS_PRINT_PRINT_REPORT_H_
 #define CORVANE_TOOLS_PRINT_PRINT_REPORT_H_
 
 #include <cstdint>
 #include <string>
 
-#include "corvane/address.h"
-#include "corvane/ipp_response.h"
+#include "corvane/ipp_provider.h"
 #include "tools/output/failure.h"
-#include "tools/print/own_job.h"
 
 namespace Corvane::Tool {
 
-// What became of a Ctrl-C; the text is escaped.
+enum class CancelResult {
+  kCancelled,  // the printer says so
+  kNoJob,      // it lists none that is certainly this one, or the document's end was quicker
+  kUnknown,    // it does not answer, or refuses
+};
+
+// What became of a Ctrl-C.
 struct Cancellation {
   CancelResult result = CancelResult::kNoJob;
   std::string text;
 };
+
+// Cancels what `provider`, over `address`, is printing, on any thread. Six seconds at the longest.
+Cancellation Cancel(IPPProvider& provider, Address& address);
 
 std::string CancelledText(const Cancellation& cancellation);
 std::string PerhapsPrintedText(const Cancellation& cancellation);

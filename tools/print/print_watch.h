@@ -9,8 +9,8 @@
 #include <optional>
 #include <thread>
 
+#include "corvane/ipp_provider.h"
 #include "tools/output/console.h"
-#include "tools/print/own_job.h"
 #include "tools/print/print_report.h"
 #include "tools/print/progress.h"
 
@@ -24,11 +24,13 @@ enum class PrintStep {
   kFinishing,  // every byte may be out: it waits for the answer
 };
 
-// Cancels the job at the printer, and ends the process when the sender does not come to its end in
-// time: a call of it may wait for the printer for long.
+// Cancels the job, and ends the process when the sender does not come to its end in time: a call of
+// it may wait for the printer for long.
 class PrintWatch {
  public:
-  PrintWatch(Interruption& interruption, OwnJob& job, Progress& progress);
+  // Of the document that `provider`, over `address`, is about to print.
+  PrintWatch(Interruption& interruption, IPPProvider& provider, Address& address,
+             Progress& progress);
   PrintWatch(const PrintWatch&) = delete;
   PrintWatch& operator=(const PrintWatch&) = delete;
   ~PrintWatch() { Finish(); }
@@ -36,32 +38,25 @@ class PrintWatch {
   // Of the sender.
   void Enter(PrintStep step) { m_step = step; }
   void AddSent(std::uint64_t bytes) { m_sentBytes += bytes; }
-  // The sender is to stop: what it has begun is not to be finished.
-  bool IsCancelled() const { return m_isCancelled; }
-  // The job as if Ctrl-C had been pressed, for a document that cannot be read on.
-  void Cancel() { m_isCancelled = true; }
-  // The sender sends no more. Waits until the job is cancelled, if that is under way.
-  void StopSending();
-  // The sender holds nothing more of the document. Ends the watch: nothing without a Ctrl-C.
+  // The sender has ended. Ends the watch: nothing without a Ctrl-C.
   std::optional<Cancellation> Finish();
 
  private:
   void Run();
-  void CancelJob(Progress::Clock::time_point deadline);
-  [[noreturn]] void Leave();
+  void CancelJob();
+  [[noreturn]] void Leave(const Cancellation& cancellation);
 
   Interruption& m_interruption;
-  OwnJob& m_job;
+  IPPProvider& m_provider;
+  Address& m_address;
   Progress& m_progress;
   std::atomic<PrintStep> m_step{PrintStep::kBeginning};
   std::atomic<std::uint64_t> m_sentBytes{0};
-  std::atomic<bool> m_isCancelled{false};
+  std::optional<Cancellation> m_cancellation;  // of the thread, until that has ended
 
-  std::mutex m_mutex;  // guards everything below but the thread
+  std::mutex m_mutex;  // guards the next one
   std::condition_variable m_changed;
-  bool m_hasStopped = false;
   bool m_hasFinished = false;
-  std::optional<Cancellation> m_cancellation;  // once the job has been cancelled, or not
 
   std::thread m_thread;
 };

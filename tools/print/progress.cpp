@@ -35,12 +35,11 @@ std::string FormatBytes(std::uint64_t bytes) {
   return text;
 }
 
-Progress::Progress(std::ostream& out, bool isTerminal, std::optional<std::uint64_t> total)
-    : m_out(out), m_isTerminal(isTerminal), m_total(total) {}
+Progress::~Progress() { DrawLocked({}); }
 
 void Progress::Say(const std::string& text) {
   const std::lock_guard lock(m_mutex);
-  ClearLocked();
+  DrawLocked({});
   m_out << "corvane: " << text << '\n' << std::flush;
 }
 
@@ -52,40 +51,34 @@ void Progress::Tell(std::uint64_t sentBytes, const char* doing) {
     return;
   }
   m_told = now;
-  const std::string line = LineLocked(sentBytes, doing, now);
-  if (!m_isTerminal) {
+  const std::string line = LineLocked(sentBytes, doing);
+  if (m_isTerminal) {
+    DrawLocked(line);
+  } else {
     m_out << "corvane: " << line << '\n' << std::flush;
-    return;
   }
-  const std::size_t stale = m_drawn > line.size() ? m_drawn - line.size() : 0;
-  m_out << '\r' << line << std::string(stale, ' ') << std::flush;
+}
+
+// In place of the line that stands there; an empty one leaves none.
+void Progress::DrawLocked(const std::string& line) {
+  if (m_drawn + line.size() == 0) return;
+  const std::size_t stale = m_drawn - std::min(m_drawn, line.size());
+  m_out << '\r' << line << std::string(stale, ' ') << (line.empty() ? "\r" : "") << std::flush;
   m_drawn = line.size();
 }
 
-void Progress::Clear() {
-  const std::lock_guard lock(m_mutex);
-  ClearLocked();
-}
-
-void Progress::ClearLocked() {
-  if (m_drawn > 0) m_out << '\r' << std::string(m_drawn, ' ') << '\r' << std::flush;
-  m_drawn = 0;
-}
-
-std::string Progress::LineLocked(std::uint64_t sentBytes, const char* doing,
-                                 Clock::time_point now) const {
+std::string Progress::LineLocked(std::uint64_t sentBytes, const char* doing) const {
   // A file may have grown since.
   const bool isPart = m_total && *m_total > 0 && sentBytes <= *m_total;
   std::string line = m_isTerminal && isPart ? Bar(sentBytes, *m_total) : std::string();
-  if (sentBytes > 0) {
-    line += FormatBytes(sentBytes);
-    if (isPart) line += " of " + FormatBytes(*m_total);
-    line += " sent, ";
-    const double seconds = std::chrono::duration<double>(now - m_begin).count();
-    if (seconds > 0) {
-      line += FormatBytes(static_cast<std::uint64_t>(static_cast<double>(sentBytes) / seconds));
-      line += "/s, ";
-    }
+  if (sentBytes == 0) return line + doing;
+  line += FormatBytes(sentBytes);
+  if (isPart) line += " of " + FormatBytes(*m_total);
+  line += " sent, ";
+  const double seconds = std::chrono::duration<double>(m_told - m_begin).count();
+  if (seconds > 0) {
+    line += FormatBytes(static_cast<std::uint64_t>(static_cast<double>(sentBytes) / seconds));
+    line += "/s, ";
   }
   return line + doing;
 }

@@ -21,18 +21,19 @@ class Progress {
   using Clock = std::chrono::steady_clock;
 
   // `total` bytes, where that is known. `isTerminal`: `out` understands a carriage return.
-  Progress(std::ostream& out, bool isTerminal, std::optional<std::uint64_t> total);
+  Progress(std::ostream& out, bool isTerminal, std::optional<std::uint64_t> total)
+      : m_out(out), m_isTerminal(isTerminal), m_total(total) {}
+  // Takes the drawn line away.
+  ~Progress();
 
   // A line that stays: "corvane: " and `text`, which is escaped already.
   void Say(const std::string& text);
   // Draws what is due by now: every 200 ms on a terminal, else every 10 s. `doing` is "sending".
   void Tell(std::uint64_t sentBytes, const char* doing);
-  // Takes the drawn line away.
-  void Clear();
 
  private:
-  std::string LineLocked(std::uint64_t sentBytes, const char* doing, Clock::time_point now) const;
-  void ClearLocked();
+  std::string LineLocked(std::uint64_t sentBytes, const char* doing) const;
+  void DrawLocked(const std::string& line);
 
   std::ostream& m_out;
   const bool m_isTerminal;
