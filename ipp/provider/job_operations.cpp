@@ -2,7 +2,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <new>
-#include <vector>
 
 #include "base/letter_case.h"
 #include "core/text.h"
@@ -22,24 +21,18 @@ bool HasText(const char* text) { return text && *text; }
 class WithoutAuthorization {
  public:
   explicit WithoutAuthorization(IPPRequestBase* request)
-      : m_headers(request->GetExtraHTTPHeader()) {
-    for (auto header = m_headers.begin(); header != m_headers.end();) {
-      const auto next = std::next(header);
-      if (EqualsIgnoreAsciiCase(header->first, L"Authorization")) {
-        m_taken.push_back(m_headers.extract(header));
-      }
-      header = next;
-    }
+      : m_headers(request->GetExtraHTTPHeader()), m_kept(m_headers) {
+    std::erase_if(m_headers, [](const auto& header) {
+      return EqualsIgnoreAsciiCase(header.first, L"Authorization");
+    });
   }
   WithoutAuthorization(const WithoutAuthorization&) = delete;
   WithoutAuthorization& operator=(const WithoutAuthorization&) = delete;
-  ~WithoutAuthorization() {
-    for (auto& header : m_taken) m_headers.insert(std::move(header));
-  }
+  ~WithoutAuthorization() { m_headers.swap(m_kept); }
 
  private:
   IPPHeaderMap& m_headers;
-  std::vector<IPPHeaderMap::node_type> m_taken;
+  IPPHeaderMap m_kept;
 };
 
 }  // namespace

@@ -14,6 +14,12 @@ namespace {
 constexpr wchar_t kPrintJob[] = L"Corvane::IPPProviderImpl::PrintJob";
 constexpr wchar_t kPrintJobWrite[] = L"Corvane::IPPProviderImpl::PrintJobWrite";
 
+// The system's own codes for these.
+static_assert(kIPPInvalidArgument == ERROR_INVALID_PARAMETER &&
+              kIPPJobAborted == ERROR_OPERATION_ABORTED && kIPPJobCancelled == ERROR_CANCELLED &&
+              kIPPPrinterNotReady == ERROR_TIMEOUT && kIPPDocumentEmpty == ERROR_INCORRECT_SIZE &&
+              kIPPUnknownPort == ERROR_UNKNOWN_PORT);
+
 constexpr DWORD kHttpUnauthorized = 401;
 constexpr DWORD kRetryMs = 2000;
 // A printer that stays busy, or full, so long is not going to print this.

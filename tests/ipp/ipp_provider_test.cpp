@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "corvane/error_codes.h"
 #include "corvane/handles.h"
 #include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
@@ -133,16 +134,17 @@ TEST_F(IppProviderTest, IsNotMadeAndTellsWhy) {
       {"path: no body", By::kPath, L"/ipp/print", Body(""), 200, 1},
       {"path: garbage", By::kPath, L"/ipp/print", Body("<html></html>"), kUntouched, 1},
       {"path: cut answer", By::kPath, L"/ipp/print", Body("\2\0\0\0\0\0\0"s), kUntouched, 1},
-      {"URI: null", By::kUri, nullptr, good, 87},
-      {"URI: no address", By::kUri, L"ipp://h/ipp/print", good, 87, 0, false},
-      {"URI: secure", By::kUri, L"ipps://h/ipp/print", good, 87},
-      {"URI: https", By::kUri, L"https://h/ipp/print", good, 87},
-      {"URI: none", By::kUri, L"ipp", good, 87},
+      {"URI: null", By::kUri, nullptr, good, kIPPInvalidArgument},
+      {"URI: no address", By::kUri, L"ipp://h/ipp/print", good, kIPPInvalidArgument, 0, false},
+      {"URI: secure", By::kUri, L"ipps://h/ipp/print", good, kIPPInvalidArgument},
+      {"URI: https", By::kUri, L"https://h/ipp/print", good, kIPPInvalidArgument},
+      {"URI: none", By::kUri, L"ipp", good, kIPPInvalidArgument},
       {"URI: no path", By::kUri, L"ipp://h", good, kIPPNoResourcePath},
-      {"URI: refused", By::kUri, L"ipp://h/ipp/print", Status(401), 1027, 1},
-      {"URI: time-out", By::kUri, L"ipp://h/ipp/print", Failure(12002), 12002, 1},
-      {"secure URI: plain", By::kSecureUri, L"ipp://h/ipp/print", good, 87},
-      {"secure URI: refused", By::kSecureUri, L"ipps://h/ipp/print", Status(401), 1027, 1},
+      {"URI: refused", By::kUri, L"ipp://h/ipp/print", Status(401), kIPPNotAuthorized, 1},
+      {"URI: time-out", By::kUri, L"ipp://h/ipp/print", Failure(kErrorTimeout), kErrorTimeout, 1},
+      {"secure URI: plain", By::kSecureUri, L"ipp://h/ipp/print", good, kIPPInvalidArgument},
+      {"secure URI: refused", By::kSecureUri, L"ipps://h/ipp/print", Status(401), kIPPNotAuthorized,
+       1},
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.name);
@@ -261,9 +263,10 @@ TEST_F(IppProviderTest, AsksThePrinterAnew) {
       {"no such job", "pages", true, job, nullptr, "9 /ipp/print ipp://h/ipp/print/4 pages ",
        Body(Message("", 0x406)), "nothing"},
       {"garbage", "pages", false, nullptr, nullptr, asked, Body("<html></html>"), "nothing"},
-      {"refused", "pages", false, nullptr, nullptr, asked, Status(401), "nothing", 1027},
+      {"refused", "pages", false, nullptr, nullptr, asked, Status(401), "nothing",
+       kIPPNotAuthorized},
       {"time-out", "pages", true, job, nullptr, "9 /ipp/print ipp://h/ipp/print/4 pages ",
-       Failure(12002), "nothing", 12002},
+       Failure(kErrorTimeout), "nothing", kErrorTimeout},
       {"no name", nullptr, false, nullptr, nullptr, "", Body(Message(pages)), "nothing"},
   };
   const Provider plain = Make(By::kUri, &m_device, L"ipp://h/ipp/print");
@@ -408,9 +411,9 @@ TEST_F(IppProviderTest, TriesCredentialsOnTheCallersRequest) {
     HRESULT result;
     DWORD error;
   } cases[] = {{"taken", Body(Message("")), S_OK, kUntouched},
-               {"refused", Status(401), E_FAIL, 1027},
-               {"garbage", Body("<html></html>"), E_FAIL, 1280},
-               {"time-out", Failure(12002), E_FAIL, 12002}};
+               {"refused", Status(401), E_FAIL, kIPPNotAuthorized},
+               {"garbage", Body("<html></html>"), E_FAIL, kIPPUnexpectedAnswer},
+               {"time-out", Failure(kErrorTimeout), E_FAIL, kErrorTimeout}};
   for (const auto& test : cases) {
     SCOPED_TRACE(test.name);
     AnswerWith(test.reply);

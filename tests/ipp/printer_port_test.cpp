@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "corvane/error_codes.h"
 #include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "host/network_address.h"
@@ -67,11 +68,11 @@ TEST_F(PrinterPort, TellsWhyNoPrinterIsThere) {
       {"nothing", L"127.0.0.1", {}, kUri, kIPPDeviceSilent},
       {"nothing, IPv6", L"::1", {}, kUri, kIPPDeviceSilent},
       {"host name", L"localhost", {80, 631}, kUri, kIPPDeviceSilent},
-      {"other scheme", L"127.0.0.1", {631}, L"http://printer:631/ipp/print", 87},
-      {"other port", L"127.0.0.1", {631}, L"ipp://printer:9100/ipp/print", 1796},
+      {"other scheme", L"127.0.0.1", {631}, L"http://printer:631/ipp/print", kIPPInvalidArgument},
+      {"other port", L"127.0.0.1", {631}, L"ipp://printer:9100/ipp/print", kIPPUnknownPort},
       {"short path", L"127.0.0.1", {631}, L"ipp://printer/ab", kIPPPathTooShort},
       {"no path", L"127.0.0.1", {631}, L"ipp://printer", kIPPNoResourcePath},
-      {"refused", L"127.0.0.1", {631}, kUri, 1027, refusal, 1},
+      {"refused", L"127.0.0.1", {631}, kUri, kIPPNotAuthorized, refusal, 1},
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.name);
@@ -142,16 +143,18 @@ TEST_F(PrinterPort, IsNotMadeOfAPrinterThatKeepsToNoRule) {
     LoopbackServer::Script script;
     DWORD error;
   } cases[] = {
-      {"closes at once", [](LoopbackConnection&) {}, 12030},
-      {"closes after the request", OnRequest(ClosingAfter("")), 12030},
-      {"closes in its answer", OnRequest(ClosingAfter(kGood.substr(0, kGood.size() - 3))), 12030},
-      {"no HTTP", OnRequest(Saying("garbage\r\n\r\n" + kilobyte)), 12152},
+      {"closes at once", [](LoopbackConnection&) {}, kErrorConnection},
+      {"closes after the request", OnRequest(ClosingAfter("")), kErrorConnection},
+      {"closes in its answer", OnRequest(ClosingAfter(kGood.substr(0, kGood.size() - 3))),
+       kErrorConnection},
+      {"no HTTP", OnRequest(Saying("garbage\r\n\r\n" + kilobyte)), kErrorInvalidResponse},
       {"no IPP", OnRequest(Saying(IppResponse("<html>" + kilobyte))), kUntouched},
       {"no body", OnRequest(Saying(kOk + "Content-Length: 0\r\n\r\n")), 200},
       {"redirects",
        OnRequest(Saying("HTTP/1.1 302 No\r\nLocation: /x\r\nContent-Length: 0\r\n\r\n")), 302},
-      {"header without end", OnRequest(Endless(kOk, "A: " + kilobyte + "\r\n")), 12183},
-      {"body without end", OnRequest(Endless(kOk + "\r\n", kilobyte)), 12184},
+      {"header without end", OnRequest(Endless(kOk, "A: " + kilobyte + "\r\n")),
+       kErrorHeaderTooLarge},
+      {"body without end", OnRequest(Endless(kOk + "\r\n", kilobyte)), kErrorResponseTooLarge},
   };
   const RefPtr<Address> device = Device(L"127.0.0.1");
   for (const auto& test : cases) {

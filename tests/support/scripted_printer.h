@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "corvane/error_codes.h"
 #include "corvane/transport.h"
 #include "tests/support/counted.h"
 
@@ -23,10 +24,10 @@ class ScriptedPrinter final : public Counted<Address> {
  public:
   static constexpr std::size_t kNever = ~std::size_t{0};
   // Last errors of its requests.
-  static constexpr std::uint32_t kTimeout = 12002;
-  static constexpr std::uint32_t kUnreachable = 12029;
-  static constexpr std::uint32_t kDropped = 12030;
-  static constexpr std::uint32_t kNoAnswer = 12152;
+  static constexpr std::uint32_t kTimeout = kErrorTimeout;
+  static constexpr std::uint32_t kUnreachable = kErrorCannotConnect;
+  static constexpr std::uint32_t kDropped = kErrorConnection;
+  static constexpr std::uint32_t kNoAnswer = kErrorInvalidResponse;
   static constexpr int kRefusal = 0x0500;  // server-error-internal-error
   // Job states (RFC 8011, 5.3.7).
   static constexpr int kProcessing = 5;
