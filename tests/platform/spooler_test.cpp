@@ -51,7 +51,8 @@ TEST_F(SpoolerTest, EnumeratesWhatWasSet) {
   const std::map<std::wstring, std::pair<DWORD, Bytes>> values = {
       {L"Number", {REG_DWORD, {1, 2, 3, 4}}},
       {L"Odd\u20AC", {REG_BINARY, {1, 2, 3}}},
-      {L"Text", {REG_SZ, Bytes(20, 'x')}}};
+      // Terminated: of another text the system may look one character further.
+      {L"Text", {REG_SZ, {'o', 0, 'f', 0, 'f', 0, 0, 0}}}};
   for (const auto& [name, value] : values) {
     ASSERT_EQ(kSuccess, Set(L"UBidiData", name.c_str(), value.first, value.second));
   }
