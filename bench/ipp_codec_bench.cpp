@@ -19,7 +19,7 @@
 #include <string>
 #include <string_view>
 
-#include "ipp/ipp_codes.h"
+#include "ipp/wire/codes.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/provider/ipp_provider_impl.h"
 

@@ -3,6 +3,9 @@
 #include "corvane/handles.h"
 #include "fuzz/input.h"
 #include "ipp/ipp_operations.h"
+#include "ipp/wire/codes.h"
+#include "ipp/wire/values.h"
+#include "ipp/wire/writer.h"
 
 namespace {
 
@@ -26,6 +29,35 @@ std::wstring LookUp(const IPPOperations& answer, const char* name) {
   return Texts(value);
 }
 
+// Every value of a message is reached through its groups or stands before them, has a text, and is
+// read again from where it was written anew.
+void ExpectSameWhenWrittenAnew(std::string_view bytes) {
+  Corvane::IPPMessage message, again;
+  const Corvane::IPPReading reading = ReadIPPMessage(bytes, &message);
+  Expect(message.End() <= bytes.size());
+  if (reading == Corvane::IPPReading::kMalformed) return;
+  const auto header = Corvane::MakeIPPHeader(message.Header().code);
+  std::string anew(header.begin(), header.end());
+  std::size_t inGroups = 0, texts = 0;
+  for (const Corvane::IPPGroup& group : message.Groups()) {
+    inGroups += message.AttributesOf(group).size();
+  }
+  Expect(inGroups <= message.Attributes().size());
+  for (const Corvane::IPPAttribute& attribute : message.Attributes()) {
+    std::string_view name = message.NameOf(attribute);
+    for (const Corvane::IPPValue& value : message.ValuesOf(attribute)) {
+      texts += IPPTextOf(message, value).size();
+      AppendIPPValue(&anew, value.tag, name, message.BytesOf(value));
+      if (value.tag != Corvane::IPPTag::kMemberAttrName) name = {};
+    }
+  }
+  Expect(ReadIPPMessage(anew, &again) == Corvane::IPPReading::kNoEnd);
+  for (const Corvane::IPPAttribute& attribute : again.Attributes()) {
+    for (const auto& value : again.ValuesOf(attribute)) texts -= IPPTextOf(again, value).size();
+  }
+  Expect(texts == 0);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -38,6 +70,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int length = static_cast<int>(input.Rest().size());
   const bool hasHeader = length >= 8 && body[0] == 2;
   const int status = hasHeader ? body[2] << 8 | body[3] : 0;
+
+  ExpectSameWhenWrittenAnew({reinterpret_cast<const char*>(body), input.Rest().size()});
 
   IPPOperations fresh(nullptr), used(nullptr);
   for (auto* answer : {&fresh, &used}) {

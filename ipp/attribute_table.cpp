@@ -1,6 +1,6 @@
 #include "ipp/attribute_table.h"
 
-#include "ipp/ipp_codes.h"
+#include "ipp/wire/codes.h"
 
 namespace Corvane {
 

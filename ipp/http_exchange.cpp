@@ -4,9 +4,9 @@
 
 #include "core/text.h"
 #include "core/trace.h"
-#include "ipp/ipp_codes.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/ipp_request_attributes.h"
+#include "ipp/wire/codes.h"
 #include "platform/system.h"
 
 namespace Corvane {

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,13 +14,16 @@
 #include "corvane/ipp_request.h"
 #include "corvane/ipp_response.h"
 #include "corvane/transport.h"
-#include "ipp/attribute_map.h"
 #include "ipp/chunk_buffer.h"
-#include "ipp/ipp_job.h"
+#include "ipp/wire/job.h"
 #include "ipp/owned_chars.h"
-#include "ipp/request_buffer.h"
+#include "ipp/wire/message.h"
 
 namespace Corvane {
+
+// Bytes of a whole request, without a document. A request is small; the limit keeps what a client
+// adds of its own from growing it.
+constexpr int kIPPRequestSize = 2048;
 
 // Made for one exchange, or for one print job with its many chunks; its owner keeps it while it
 // looks values up in the answer. One thread at a time. Codes of operations are those of
@@ -92,8 +96,9 @@ class IPPOperations {
   virtual HRESULT FormIPPRequestBasedOnOperation(char* buffer, int operation, int* length,
                                                  IPPRequestBase* request);
 
-  // Reads `length` bytes. 0, or E_FAIL for what is no whole IPP 2.x message, for the refusal of a
-  // job operation (but client-error-not-possible), and when an output is given and the attribute of
+  // Reads `length` bytes. 0, or E_FAIL for what is no whole IPP 2.x message (with the last error
+  // kIPPVersion1 for one of 1.x), for the refusal of a job operation (but
+  // client-error-not-possible), and when an output is given and the attribute of
   // SetAttributeName is not in the answer. A name of "all", a list with "," and Get-Jobs ask for no
   // attribute in particular: then `value` is filled if there is such a one. A message without its
   // end tag succeeds and leaves `value` alone. What was read stays until the next decoding, after a
@@ -160,7 +165,8 @@ class IPPOperations {
   // 1 when the caller added an attribute of that name, else 0.
   static int IsSetViaIPPAttributeStruct(IPPRequestBase* request, const char* name);
 
-  // One attribute: kIPPWritten, kIPPTooLarge or kIPPNoName. A null value is an empty one.
+  // One attribute: kIPPWritten, kIPPTooLarge or kIPPNoName (wire/writer.h). A null value is an
+  // empty one.
   static int AddStringToIPPRequest(char* buffer, int tag, const char* name, const char* value,
                                    int* position);
   static int AddStringsToIPPRequest(char* buffer, int tag, const char* name, const char* list,
@@ -195,9 +201,7 @@ class IPPOperations {
   // one text, "IPP_Set_Start,member,value,...,IPP_Set_End". What *out held is cleared.
   bool GetValueFromIPPMap(const char* name, VARIANT* out) const;
   // The same values in UTF-8, none for an attribute that the answer has not.
-  std::vector<std::string> ValuesOf(std::string_view name) const {
-    return m_attributes.Values(name);
-  }
+  std::vector<std::string> ValuesOf(std::string_view name) const;
   // The jobs that the answer tells of, in its order.
   std::vector<IPPJob> Jobs() const;
   // "Pending" of 3 to "Completed" of 9 (RFC 8011, 5.3.7); leaves *text alone for others.
@@ -218,13 +222,8 @@ class IPPOperations {
   HRESULT ReadPrintJobResponse(HTTPResponse** response);
   HRESULT AbandonRequest();
 
+  HRESULT AddAttributesOf(int operation, char* buffer, int* position, IPPRequestBase* request);
   bool AsksForOneValue() const;
-  int ReadAttributes(const unsigned char* body, VARIANT* value);
-  bool ReadName(const unsigned char* body, int tag);
-  bool ReadValue(const unsigned char* body, int tag);
-  bool ReadLength(const unsigned char* body, int* length);
-  // Passes over the next bytes; where they begin, or -1 when there are not as many.
-  int Skip(int count);
 
   const RefPtr<Address> m_address;
   RefPtr<HTTPRequest> m_httpRequest;     // of the current exchange
@@ -244,11 +243,10 @@ class IPPOperations {
   int m_operation = 0;  // last formed
   bool m_jobOperation = false;
 
-  AttributeMap m_attributes;
-  int m_statusCode = 0;
+  IPPMessage m_answer;
+  std::optional<int> m_statusCode;
   int m_length = 0;    // of the body that is decoded
   int m_position = 0;  // in it
-  int m_unread = 0;
 };
 
 }  // namespace Corvane

@@ -25,108 +25,86 @@ IPPRequestAttributes::~IPPRequestAttributes() {
 const char* IPPRequestAttributes::GetTypeName() { return kClassIdentification; }
 
 HRESULT IPPRequestAttributes::SetPrinterURI(const char* uri) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetPrinterURI");
-  m_printerUri.Set(uri);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPRequestAttributes::SetPrinterURI", &m_printerUri, uri);
 }
 
 const char* IPPRequestAttributes::GetPrinterURI() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetPrinterURI");
-  return m_printerUri.Get();
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetPrinterURI", m_printerUri);
 }
 
 void IPPRequestAttributes::SetCopy(std::int32_t copies) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetCopy");
-  m_copies = copies;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetCopy", &m_copies, copies);
 }
 
 std::int32_t IPPRequestAttributes::GetCopy() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetCopy");
-  return m_copies;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetCopy", m_copies);
 }
 
 HRESULT IPPRequestAttributes::SetRequestingUserName(const char* name) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetRequestingUserName");
-  m_requestingUserName.Set(name);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPRequestAttributes::SetRequestingUserName", &m_requestingUserName,
+                   name);
 }
 
 const char* IPPRequestAttributes::GetRequestingUserName() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetRequestingUserName");
-  return m_requestingUserName.Get();
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetRequestingUserName", m_requestingUserName);
 }
 
 HRESULT IPPRequestAttributes::SetDocumentUri(const char* uri) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetDocumentUri");
-  m_documentUri.Set(uri);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPRequestAttributes::SetDocumentUri", &m_documentUri, uri);
 }
 
 const char* IPPRequestAttributes::GetDocumentUri() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetDocumentUri");
-  return m_documentUri.Get();
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetDocumentUri", m_documentUri);
 }
 
 HRESULT IPPRequestAttributes::SetJobName(const char* name) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetJobName");
-  m_jobName.Set(name);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPRequestAttributes::SetJobName", &m_jobName, name);
 }
 
 const char* IPPRequestAttributes::GetJobName() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetJobName");
-  return m_jobName.Get();
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetJobName", m_jobName);
 }
 
 void IPPRequestAttributes::SetIPPAttributeFidelity(bool fidelity) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetIPPAttributeFidelity");
-  m_fidelity = fidelity;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetIPPAttributeFidelity", &m_fidelity, fidelity);
 }
 
 bool IPPRequestAttributes::GetIPPAttributeFidelity() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetIPPAttributeFidelity");
-  return m_fidelity;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetIPPAttributeFidelity", m_fidelity);
 }
 
 HRESULT IPPRequestAttributes::SetDocumentName(const char* name) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetDocumentName");
-  m_documentName.Set(name);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPRequestAttributes::SetDocumentName", &m_documentName, name);
 }
 
 const char* IPPRequestAttributes::GetDocumentName() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetDocumentName");
-  return m_documentName.Get();
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetDocumentName", m_documentName);
 }
 
 void IPPRequestAttributes::SetMultipleDocHandling(std::int32_t selector) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetMultipleDocHandling");
-  m_multipleDocumentHandling = selector;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetMultipleDocHandling", &m_multipleDocumentHandling,
+            selector);
 }
 
 std::int32_t IPPRequestAttributes::GetMultipleDocHandling() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetMultipleDocHandling");
-  return m_multipleDocumentHandling;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetMultipleDocHandling",
+                   m_multipleDocumentHandling);
 }
 
 void IPPRequestAttributes::SetPrintingSides(std::int32_t selector) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetPrintingSides");
-  m_sides = selector;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetPrintingSides", &m_sides, selector);
 }
 
 std::int32_t IPPRequestAttributes::GetPrintingSides() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetPrintingSides");
-  return m_sides;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetPrintingSides", m_sides);
 }
 
 void IPPRequestAttributes::SetOrientationRequested(std::int32_t selector) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetOrientationRequested");
-  m_orientation = selector;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetOrientationRequested", &m_orientation, selector);
 }
 
 std::int32_t IPPRequestAttributes::GetOrientationRequested() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetOrientationRequested");
-  return m_orientation;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetOrientationRequested", m_orientation);
 }
 
 void IPPRequestAttributes::SetPrinterResolution(std::int32_t crossFeed, std::int32_t feed) {
@@ -142,96 +120,77 @@ void IPPRequestAttributes::GetPrinterResolution(std::int32_t* crossFeed, std::in
 }
 
 void IPPRequestAttributes::SetPrinterResolutionUnits(std::int32_t units) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetPrinterResolutionUnits");
-  m_resolutionUnits = units;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetPrinterResolutionUnits", &m_resolutionUnits, units);
 }
 
 std::int32_t IPPRequestAttributes::GetPrinterResolutionUnits() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetPrinterResolutionUnits");
-  return m_resolutionUnits;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetPrinterResolutionUnits", m_resolutionUnits);
 }
 
 void IPPRequestAttributes::SetPrintQuality(std::int32_t selector) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetPrintQuality");
-  m_printQuality = selector;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetPrintQuality", &m_printQuality, selector);
 }
 
 std::int32_t IPPRequestAttributes::GetPrintQuality() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetPrintQuality");
-  return m_printQuality;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetPrintQuality", m_printQuality);
 }
 
 void IPPRequestAttributes::SetOutputMode(std::int32_t selector) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetOutputMode");
-  m_outputMode = selector;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetOutputMode", &m_outputMode, selector);
 }
 
 std::int32_t IPPRequestAttributes::GetOutputMode() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetOutputMode");
-  return m_outputMode;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetOutputMode", m_outputMode);
 }
 
 void IPPRequestAttributes::SetPrintContentOptimize(std::int32_t selector) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetPrintContentOptimize");
-  m_contentOptimize = selector;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetPrintContentOptimize", &m_contentOptimize,
+            selector);
 }
 
 std::int32_t IPPRequestAttributes::GetPrintContentOptimize() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetPrintContentOptimize");
-  return m_contentOptimize;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetPrintContentOptimize", m_contentOptimize);
 }
 
 void IPPRequestAttributes::SetMarginsPreApplied(bool preApplied) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetMarginsPreApplied");
-  m_marginsPreApplied = preApplied;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetMarginsPreApplied", &m_marginsPreApplied,
+            preApplied);
 }
 
 bool IPPRequestAttributes::GetMarginsPreApplied() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetMarginsPreApplied");
-  return m_marginsPreApplied;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetMarginsPreApplied", m_marginsPreApplied);
 }
 
 HRESULT IPPRequestAttributes::SetJobURI(const char* uri) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetJobURI");
-  m_jobUri.Set(uri);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPRequestAttributes::SetJobURI", &m_jobUri, uri);
 }
 
 const char* IPPRequestAttributes::GetJobURI() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetJobURI");
-  return m_jobUri.Get();
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetJobURI", m_jobUri);
 }
 
 void IPPRequestAttributes::SetLastDocument(bool last) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetLastDocument");
-  m_lastDocument = last;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetLastDocument", &m_lastDocument, last);
 }
 
 bool IPPRequestAttributes::GetLastDocument() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetLastDocument");
-  return m_lastDocument;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetLastDocument", m_lastDocument);
 }
 
 HRESULT IPPRequestAttributes::SetUsername(const char* name) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetUsername");
-  m_userName.Set(name);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPRequestAttributes::SetUsername", &m_userName, name);
 }
 
 const char* IPPRequestAttributes::GetUsername() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetUsername");
-  return m_userName.Get();
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetUsername", m_userName);
 }
 
 HRESULT IPPRequestAttributes::SetPassword(const char* password) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetPassword");
-  m_password.Set(password);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPRequestAttributes::SetPassword", &m_password, password);
 }
 
 const char* IPPRequestAttributes::GetPassword() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetPassword");
-  return m_password.Get();
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetPassword", m_password);
 }
 
 void IPPRequestAttributes::AddExtraHTTPHeader(const wchar_t* name, const wchar_t* value) {
@@ -274,18 +233,15 @@ void IPPRequestAttributes::AddIPPRequest(const IPPAttributeStruct& attribute) {
 }
 
 void IPPRequestAttributes::SetAuthorizationHeader(const std::wstring& value) {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::SetAuthorizationHeader");
-  m_authorization = value;
+  SetTraced(L"Corvane::IPPRequestAttributes::SetAuthorizationHeader", &m_authorization, value);
 }
 
 std::wstring IPPRequestAttributes::GetAuthorizationHeader() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetAuthorizationHeader");
-  return m_authorization;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetAuthorizationHeader", m_authorization);
 }
 
 IPPHeaderMap& IPPRequestAttributes::GetExtraHTTPHeader() {
-  TraceScope trace(L"Corvane::IPPRequestAttributes::GetExtraHTTPHeader");
-  return m_headers;
+  return GetTraced(L"Corvane::IPPRequestAttributes::GetExtraHTTPHeader", m_headers);
 }
 
 }  // namespace Corvane

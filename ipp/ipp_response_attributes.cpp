@@ -24,79 +24,62 @@ IPPResponseAttributes::~IPPResponseAttributes() {
 const char* IPPResponseAttributes::GetTypeName() { return kClassIdentification; }
 
 HRESULT IPPResponseAttributes::SetSuccess(const char* status) {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::SetSuccess");
-  m_success.Set(status);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPResponseAttributes::SetSuccess", &m_success, status);
 }
 
 const char* IPPResponseAttributes::GetSuccessStatus() {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::GetSuccessStatus");
-  return m_success.Get();
+  return GetTraced(L"Corvane::IPPResponseAttributes::GetSuccessStatus", m_success);
 }
 
 HRESULT IPPResponseAttributes::SetRequestID(const char* id) {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::SetRequestID");
-  m_requestId.Set(id);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPResponseAttributes::SetRequestID", &m_requestId, id);
 }
 
 const char* IPPResponseAttributes::GetRequestID() {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::GetRequestID");
-  return m_requestId.Get();
+  return GetTraced(L"Corvane::IPPResponseAttributes::GetRequestID", m_requestId);
 }
 
 HRESULT IPPResponseAttributes::SetDocumentAccessError(const char* error) {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::SetDocumentAccessError");
-  m_documentAccessError.Set(error);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPResponseAttributes::SetDocumentAccessError",
+                   &m_documentAccessError, error);
 }
 
 const char* IPPResponseAttributes::GetDocumentAccessError() {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::GetDocumentAccessError");
-  return m_documentAccessError.Get();
+  return GetTraced(L"Corvane::IPPResponseAttributes::GetDocumentAccessError",
+                   m_documentAccessError);
 }
 
 HRESULT IPPResponseAttributes::SetJobURI(const char* uri) {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::SetJobURI");
-  m_jobUri.Set(uri);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPResponseAttributes::SetJobURI", &m_jobUri, uri);
 }
 
 const char* IPPResponseAttributes::GetJobURI() {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::GetJobURI");
-  return m_jobUri.Get();
+  return GetTraced(L"Corvane::IPPResponseAttributes::GetJobURI", m_jobUri);
 }
 
 void IPPResponseAttributes::SetJobID(std::int32_t id) {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::SetJobID");
-  m_jobId = id;
+  SetTraced(L"Corvane::IPPResponseAttributes::SetJobID", &m_jobId, id);
 }
 
 std::int32_t IPPResponseAttributes::GetJobID() {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::GetJobID");
-  return m_jobId;
+  return GetTraced(L"Corvane::IPPResponseAttributes::GetJobID", m_jobId);
 }
 
 HRESULT IPPResponseAttributes::SetJobState(const char* state) {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::SetJobState");
-  m_jobState.Set(state);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPResponseAttributes::SetJobState", &m_jobState, state);
 }
 
 const char* IPPResponseAttributes::GetJobState() {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::GetJobState");
-  return m_jobState.Get();
+  return GetTraced(L"Corvane::IPPResponseAttributes::GetJobState", m_jobState);
 }
 
 HRESULT IPPResponseAttributes::SetJobStateReasons(const char* reasons) {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::SetJobStateReasons");
-  m_jobStateReasons.Set(reasons);
-  return S_OK;
+  return SetTraced(L"Corvane::IPPResponseAttributes::SetJobStateReasons", &m_jobStateReasons,
+                   reasons);
 }
 
 const char* IPPResponseAttributes::GetJobStateReasons() {
-  TraceScope trace(L"Corvane::IPPResponseAttributes::GetJobStateReasons");
-  return m_jobStateReasons.Get();
+  return GetTraced(L"Corvane::IPPResponseAttributes::GetJobStateReasons", m_jobStateReasons);
 }
 
 }  // namespace Corvane

@@ -4,19 +4,14 @@
 
 #include "core/trace.h"
 #include "ipp/attribute_table.h"
-#include "ipp/ipp_codes.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/ipp_request_attributes.h"
+#include "ipp/wire/codes.h"
+#include "ipp/wire/writer.h"
 #include "platform/system.h"
 
 namespace Corvane {
 namespace {
-
-constexpr std::size_t kHeaderSize = 9;
-// Version 2.0, an operation to be filled in, request id 100, operation-attributes-tag. One request
-// is under way on a connection, so that all may have one id.
-constexpr unsigned char kHeader[kHeaderSize] = {0x02, 0x00, 0x00, 0x00, 0x00,
-                                                0x00, 0x00, 0x64, 0x01};
 
 constexpr std::int32_t kPrintersOwnSides = 3;
 constexpr std::int32_t kPrintersOwnEnum = 2;  // orientation and quality: lower values are none
@@ -41,7 +36,15 @@ std::string_view BoundedText(const char (&text)[Size]) {
   return {text, strnlen(text, Size)};
 }
 
-int AddCallersAttribute(const IPPAttributeStruct& attribute, RequestBuffer body) {
+IPPWriter WriterOf(char* buffer, int* position) {
+  return IPPWriter({buffer, std::size_t{kIPPRequestSize}}, position);
+}
+
+std::string_view ViewOf(const char* text) {
+  return text ? std::string_view(text) : std::string_view();
+}
+
+int AddCallersAttribute(const IPPAttributeStruct& attribute, IPPWriter body) {
   const std::string_view name = BoundedText(attribute.name);
   const auto& numbers = attribute.value.numbers;
   const std::string_view text = BoundedText(attribute.value.text);
@@ -64,58 +67,67 @@ int AddCallersAttribute(const IPPAttributeStruct& attribute, RequestBuffer body)
     case IPPTag::kCharset:
     case IPPTag::kNaturalLanguage:
     case IPPTag::kMimeMediaType:
-      return body.Strings(attribute.valueTag, name, text);
+      return body.Attributes(attribute.valueTag, name, text);
     default:
-      return body.String(attribute.valueTag, name, text);
+      return body.Attribute(attribute.valueTag, name, text);
   }
 }
 
-// Attributes one after another, until one does not fit.
-class AttributeChain {
+HRESULT ResultOf(bool isWritten) { return isWritten ? S_OK : E_FAIL; }
+
+// What the request of a job may carry. Each is written if it is set, and false when there is no
+// room for it.
+class JobFields {
  public:
-  AttributeChain(char* buffer, int* position) : m_body(buffer, position) {}
+  JobFields(IPPRequestBase* request, char* buffer, int* position)
+      : m_request(*request), m_body(WriterOf(buffer, position)) {}
 
-  // Nothing for a text that was never set.
-  AttributeChain& Text(int tag, const char* name, const char* value) {
-    if (value && m_ok) m_ok = m_body.String(tag, name, value) == kIPPWritten;
-    return *this;
+  bool PrinterUri() { return Text(IPPTag::kUri, "printer-uri", m_request.GetPrinterURI()); }
+  bool User() {
+    return Text(IPPTag::kName, "requesting-user-name", m_request.GetRequestingUserName());
   }
-  AttributeChain& Texts(int tag, const char* name, std::string_view list) {
-    if (m_ok) m_ok = m_body.Strings(tag, name, list) == kIPPWritten;
-    return *this;
+  bool DocumentUri() { return Text(IPPTag::kUri, "document-uri", m_request.GetDocumentUri()); }
+  bool JobUri() { return Text(IPPTag::kUri, "job-uri", m_request.GetJobURI()); }
+  bool JobName() { return Text(IPPTag::kName, "job-name", m_request.GetJobName()); }
+  bool Fidelity() { return True("ipp-attribute-fidelity", m_request.GetIPPAttributeFidelity()); }
+  bool DocumentName() { return Text(IPPTag::kName, "document-name", m_request.GetDocumentName()); }
+  bool LastDocument() { return True("last-document", m_request.GetLastDocument()); }
+  bool JobGroup() { return m_body.Delimiter(IPPTag::kJobAttributes) == kIPPWritten; }
+  bool Copies(bool isSent) { return Integer("copies", m_request.GetCopy(), isSent); }
+  bool Sides() {
+    return Text(IPPTag::kKeyword, "sides", SidesKeyword(m_request.GetPrintingSides()));
   }
-  // A false one is never sent.
-  AttributeChain& True(const char* name, bool value) {
-    if (value && m_ok) m_ok = m_body.Boolean(name, 1) == kIPPWritten;
-    return *this;
+  bool DocumentHandling() {
+    return Text(IPPTag::kKeyword, "multiple-document-handling",
+                DocumentHandlingKeyword(m_request.GetMultipleDocHandling()));
   }
-  AttributeChain& IntegerIf(bool set, const char* name, std::int32_t value) {
-    if (set && m_ok) m_ok = m_body.Integer(IPPTag::kInteger, name, value) == kIPPWritten;
-    return *this;
+  bool OrientationAndQuality() {
+    const std::int32_t orientation = m_request.GetOrientationRequested();
+    const std::int32_t quality = m_request.GetPrintQuality();
+    return Integer("orientation-requested", orientation, orientation > kPrintersOwnEnum) &&
+           Integer("print-quality", quality, quality > kPrintersOwnEnum);
   }
-  AttributeChain& Delimiter(int tag) {
-    if (m_ok) m_ok = m_body.Delimiter(tag) == kIPPWritten;
-    return *this;
+  bool Color() {
+    return Text(IPPTag::kKeyword, "print-color-mode",
+                m_request.GetOutputMode() != 0 ? "monochrome" : nullptr);
   }
-
-  HRESULT Result() const { return m_ok ? S_OK : E_FAIL; }
 
  private:
-  RequestBuffer m_body;
-  bool m_ok = true;
+  bool Text(int tag, const char* name, const char* value) {
+    return !value || m_body.Attribute(tag, name, value) == kIPPWritten;
+  }
+  // A false one is never sent.
+  bool True(const char* name, bool value) {
+    return !value || m_body.Boolean(name, 1) == kIPPWritten;
+  }
+  // Enumerations, too, as devices in the field know them; RFC 8011 has another tag for those.
+  bool Integer(const char* name, std::int32_t value, bool isSent) {
+    return !isSent || m_body.Integer(IPPTag::kInteger, name, value) == kIPPWritten;
+  }
+
+  IPPRequestBase& m_request;
+  IPPWriter m_body;
 };
-
-void AddOrientationAndQuality(IPPRequestBase* request, AttributeChain* chain) {
-  const std::int32_t orientation = request->GetOrientationRequested();
-  const std::int32_t quality = request->GetPrintQuality();
-  // Under the tag of integers, as devices in the field know them; RFC 8011 has enumerations.
-  chain->IntegerIf(orientation > kPrintersOwnEnum, "orientation-requested", orientation)
-      .IntegerIf(quality > kPrintersOwnEnum, "print-quality", quality);
-}
-
-const char* Monochrome(IPPRequestBase* request) {
-  return request->GetOutputMode() != 0 ? "monochrome" : nullptr;
-}
 
 }  // namespace
 
@@ -128,81 +140,75 @@ HRESULT IPPOperations::FormIPPRequestBasedOnOperation(char* buffer, int operatio
   int position = 0;
   const int sent =
       operation == IPPOperation::kPrintJobWithCredentials ? IPPOperation::kPrintJob : operation;
-  HRESULT result = FormIPPReqestHeader(buffer, sent, &position);
-  if (result != S_OK) return result;
-
-  switch (operation) {
-    case IPPOperation::kGetJobAttributes:
-      result = AddGetJobAttr(buffer, &position);
-      SetJobOperations();
-      break;
-    case IPPOperation::kGetPrinterAttributes:
-      result = AddGetPrinterAttr(buffer, &position);
-      break;
-    case IPPOperation::kGetJobs:
-      result = AddGetJobs(buffer, &position);
-      break;
-    case IPPOperation::kCancelJob:
-      result = AddCancelJobAttr(buffer, &position, request);
-      SetJobOperations();
-      break;
-    case IPPOperation::kPrintUri:
-      result = AddPrintURIAttr(buffer, &position, request);
-      break;
-    case IPPOperation::kCreateJob:
-      result = AddCreateJobAttr(buffer, &position, request);
-      break;
-    case IPPOperation::kSendUri:
-      result = AddSendURIAttr(buffer, &position, request);
-      break;
-    case IPPOperation::kPrintJob:
-      result = AddPrintJobAttr(buffer, &position, request);
-      break;
-    case IPPOperation::kPrintJobWithCredentials:
-      // What counts is whether the credentials are taken.
-      AddPrintJobAttr(buffer, &position, request);
-      HandOverCredentials(request);
-      break;
-    default:
-      break;
+  if (const HRESULT header = FormIPPReqestHeader(buffer, sent, &position); header != S_OK) {
+    return header;
   }
-
-  if (RequestBuffer(buffer, &position).Delimiter(IPPTag::kEndOfAttributes) != kIPPWritten) {
+  HRESULT result = AddAttributesOf(operation, buffer, &position, request);
+  if (operation == IPPOperation::kGetJobAttributes || operation == IPPOperation::kCancelJob) {
+    SetJobOperations();
+  }
+  if (WriterOf(buffer, &position).Delimiter(IPPTag::kEndOfAttributes) != kIPPWritten) {
     result = E_FAIL;
   }
   *length = position;
   return result;
 }
 
+HRESULT IPPOperations::AddAttributesOf(int operation, char* buffer, int* position,
+                                       IPPRequestBase* request) {
+  switch (operation) {
+    case IPPOperation::kGetJobAttributes:
+      return AddGetJobAttr(buffer, position);
+    case IPPOperation::kGetPrinterAttributes:
+      return AddGetPrinterAttr(buffer, position);
+    case IPPOperation::kGetJobs:
+      return AddGetJobs(buffer, position);
+    case IPPOperation::kCancelJob:
+      return AddCancelJobAttr(buffer, position, request);
+    case IPPOperation::kPrintUri:
+      return AddPrintURIAttr(buffer, position, request);
+    case IPPOperation::kCreateJob:
+      return AddCreateJobAttr(buffer, position, request);
+    case IPPOperation::kSendUri:
+      return AddSendURIAttr(buffer, position, request);
+    case IPPOperation::kPrintJob:
+      return AddPrintJobAttr(buffer, position, request);
+    case IPPOperation::kPrintJobWithCredentials:
+      // What counts is whether the credentials are taken.
+      AddPrintJobAttr(buffer, position, request);
+      HandOverCredentials(request);
+      return S_OK;
+    default:
+      return S_OK;
+  }
+}
+
 HRESULT IPPOperations::FormIPPReqestHeader(char* buffer, int operation, int* position) {
   TraceScope trace(L"Corvane::IPPOperations::FormIPPReqestHeader");
-  unsigned char header[kHeaderSize];
-  std::memcpy(header, kHeader, kHeaderSize);
-  header[2] = static_cast<unsigned char>(operation >> 8);
-  header[3] = static_cast<unsigned char>(operation);
+  const auto header = MakeIPPHeader(operation);
   const char* const charset = m_charset.Get();
   const char* const language = m_language.Get();
-  RequestBuffer body(buffer, position);
-  if (body.Encoded(header) != kIPPWritten ||
-      body.String(IPPTag::kCharset, "attributes-charset", charset ? charset : "utf-8") !=
-          kIPPWritten ||
-      body.String(IPPTag::kNaturalLanguage, "attributes-natural-language",
-                  language ? language : "en") != kIPPWritten) {
-    return E_FAIL;
-  }
-  if (operation == IPPOperation::kCancelJob) return S_OK;
-  return AddStringToIPPRequest(buffer, IPPTag::kUri, "printer-uri", m_resourceUri.Get(),
-                               position) == kIPPWritten
-             ? S_OK
-             : E_FAIL;
+  IPPWriter body = WriterOf(buffer, position);
+  const bool isWritten =
+      // With the group's tag behind it, or not at all.
+      body.Encoded(std::string(header.begin(), header.end()) + '\1') == kIPPWritten &&
+      body.Attribute(IPPTag::kCharset, "attributes-charset", charset ? charset : "utf-8") ==
+          kIPPWritten &&
+      body.Attribute(IPPTag::kNaturalLanguage, "attributes-natural-language",
+                     language ? language : "en") == kIPPWritten &&
+      (operation == IPPOperation::kCancelJob ||
+       body.Attribute(IPPTag::kUri, "printer-uri", ViewOf(m_resourceUri.Get())) == kIPPWritten);
+  return ResultOf(isWritten);
 }
 
 HRESULT IPPOperations::AddGetJobAttr(char* buffer, int* position) {
   TraceScope trace(L"Corvane::IPPOperations::AddGetJobAttr");
-  return AttributeChain(buffer, position)
-      .Text(IPPTag::kUri, "job-uri", m_jobUri.Get())
-      .Text(IPPTag::kKeyword, "requested-attributes", m_attributeName.Get())
-      .Result();
+  IPPWriter body = WriterOf(buffer, position);
+  const auto add = [&](int tag, const char* name, const char* value) {
+    return !value || body.Attribute(tag, name, value) == kIPPWritten;
+  };
+  return ResultOf(add(IPPTag::kUri, "job-uri", m_jobUri.Get()) &&
+                  add(IPPTag::kKeyword, "requested-attributes", m_attributeName.Get()));
 }
 
 HRESULT IPPOperations::AddGetPrinterAttr(char* buffer, int* position) {
@@ -212,9 +218,10 @@ HRESULT IPPOperations::AddGetPrinterAttr(char* buffer, int* position) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return E_FAIL;
   }
-  return AttributeChain(buffer, position)
-      .Texts(IPPTag::kKeyword, "requested-attributes", std::string("printer-name,") + name)
-      .Result();
+  const std::string names = std::string("printer-name,") + name;
+  return ResultOf(
+      WriterOf(buffer, position).Attributes(IPPTag::kKeyword, "requested-attributes", names) ==
+      kIPPWritten);
 }
 
 // The list of jobs matters more than who asked: when only the user or only the kind of jobs fits,
@@ -222,102 +229,71 @@ HRESULT IPPOperations::AddGetPrinterAttr(char* buffer, int* position) {
 HRESULT IPPOperations::AddGetJobs(char* buffer, int* position) {
   TraceScope trace(L"Corvane::IPPOperations::AddGetJobs");
   if (!m_requestedUserName.Get()) return E_FAIL;
-  RequestBuffer body(buffer, position);
-  const int user = body.Strings(IPPTag::kName, "requesting-user-name", m_requestedUserName.Get());
+  IPPWriter body = WriterOf(buffer, position);
+  const int user =
+      body.Attributes(IPPTag::kName, "requesting-user-name", m_requestedUserName.Get());
   const int mine = body.Boolean("my-jobs", 1);
-  const HRESULT whose = user == kIPPWritten || mine == kIPPWritten ? S_OK : E_FAIL;
   if (const char* const name = m_attributeName.Get()) {
     const bool completed = std::string_view(name) == "job-state";
-    body.String(IPPTag::kKeyword, "which-jobs", completed ? "completed" : "not-completed");
+    body.Attribute(IPPTag::kKeyword, "which-jobs", completed ? "completed" : "not-completed");
   }
-  return body.String(IPPTag::kKeyword, "requested-attributes", "all") == kIPPWritten ? S_OK : whose;
+  const int all = body.Attribute(IPPTag::kKeyword, "requested-attributes", "all");
+  return ResultOf(all == kIPPWritten || user == kIPPWritten || mine == kIPPWritten);
 }
 
 HRESULT IPPOperations::AddCancelJobAttr(char* buffer, int* position, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPOperations::AddCancelJobAttr");
   if (!request) return E_FAIL;
-  return AttributeChain(buffer, position)
-      .Text(IPPTag::kUri, "job-uri", request->GetJobURI())
-      .Text(IPPTag::kName, "requesting-user-name", request->GetRequestingUserName())
-      .Result();
+  JobFields job(request, buffer, position);
+  return ResultOf(job.JobUri() && job.User());
 }
 
 HRESULT IPPOperations::AddPrintURIAttr(char* buffer, int* position, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPOperations::AddPrintURIAttr");
   if (!request) return E_FAIL;
-  AttributeChain chain(buffer, position);
-  chain.Text(IPPTag::kUri, "printer-uri", request->GetPrinterURI())
-      .Text(IPPTag::kName, "requesting-user-name", request->GetRequestingUserName())
-      .Text(IPPTag::kUri, "document-uri", request->GetDocumentUri())
-      .Text(IPPTag::kName, "job-name", request->GetJobName())
-      .True("ipp-attribute-fidelity", request->GetIPPAttributeFidelity())
-      .Text(IPPTag::kName, "document-name", request->GetDocumentName())
-      .Delimiter(IPPTag::kJobAttributes)
-      .IntegerIf(request->GetCopy() != 0, "copies", request->GetCopy())
-      .Text(IPPTag::kKeyword, "sides", SidesKeyword(request->GetPrintingSides()));
-  AddOrientationAndQuality(request, &chain);
-  return chain.Text(IPPTag::kKeyword, "print-color-mode", Monochrome(request)).Result();
+  JobFields job(request, buffer, position);
+  return ResultOf(job.PrinterUri() && job.User() && job.DocumentUri() && job.JobName() &&
+                  job.Fidelity() && job.DocumentName() && job.JobGroup() &&
+                  job.Copies(request->GetCopy() != 0) && job.Sides() &&
+                  job.OrientationAndQuality() && job.Color());
 }
 
 HRESULT IPPOperations::AddCreateJobAttr(char* buffer, int* position, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPOperations::AddCreateJobAttr");
   if (!request) return E_FAIL;
-  AttributeChain chain(buffer, position);
-  chain.Text(IPPTag::kName, "requesting-user-name", request->GetRequestingUserName())
-      .Text(IPPTag::kName, "job-name", request->GetJobName())
-      .True("ipp-attribute-fidelity", request->GetIPPAttributeFidelity())
-      .Delimiter(IPPTag::kJobAttributes)
-      .IntegerIf(request->GetCopy() > 0, "copies", request->GetCopy())
-      .Text(IPPTag::kKeyword, "sides", SidesKeyword(request->GetPrintingSides()))
-      .Text(IPPTag::kKeyword, "multiple-document-handling",
-            DocumentHandlingKeyword(request->GetMultipleDocHandling()));
-  AddOrientationAndQuality(request, &chain);
-  return chain.Result();
+  JobFields job(request, buffer, position);
+  return ResultOf(job.User() && job.JobName() && job.Fidelity() && job.JobGroup() &&
+                  job.Copies(request->GetCopy() > 0) && job.Sides() && job.DocumentHandling() &&
+                  job.OrientationAndQuality());
 }
 
 HRESULT IPPOperations::AddSendURIAttr(char* buffer, int* position, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPOperations::AddSendURIAttr");
   if (!request) return E_FAIL;
-  AttributeChain chain(buffer, position);
-  chain.Text(IPPTag::kName, "requesting-user-name", request->GetRequestingUserName())
-      .Text(IPPTag::kUri, "document-uri", request->GetDocumentUri())
-      .Text(IPPTag::kName, "job-name", request->GetJobName())
-      .True("ipp-attribute-fidelity", request->GetIPPAttributeFidelity())
-      .Text(IPPTag::kName, "document-name", request->GetDocumentName())
-      .True("last-document", request->GetLastDocument())
-      .Delimiter(IPPTag::kJobAttributes)
-      .Text(IPPTag::kKeyword, "multiple-document-handling",
-            DocumentHandlingKeyword(request->GetMultipleDocHandling()))
-      .IntegerIf(request->GetCopy() != 0, "copies", request->GetCopy())
-      .Text(IPPTag::kKeyword, "sides", SidesKeyword(request->GetPrintingSides()));
-  AddOrientationAndQuality(request, &chain);
-  return chain.Result();
+  JobFields job(request, buffer, position);
+  return ResultOf(job.User() && job.DocumentUri() && job.JobName() && job.Fidelity() &&
+                  job.DocumentName() && job.LastDocument() && job.JobGroup() &&
+                  job.DocumentHandling() && job.Copies(request->GetCopy() != 0) && job.Sides() &&
+                  job.OrientationAndQuality());
 }
 
+// What the caller adds and does not fit is left out, and the job printed without it.
 HRESULT IPPOperations::AddPrintJobAttr(char* buffer, int* position, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPOperations::AddPrintJobAttr");
   if (!request) return E_FAIL;
-  AttributeChain chain(buffer, position);
-  const HRESULT header =
-      chain.Text(IPPTag::kUri, "printer-uri", request->GetPrinterURI())
-          .Text(IPPTag::kName, "requesting-user-name", request->GetRequestingUserName())
-          .Text(IPPTag::kName, "job-name", request->GetJobName())
-          .True("ipp-attribute-fidelity", request->GetIPPAttributeFidelity())
-          .Text(IPPTag::kName, "document-name", request->GetDocumentName())
-          .Result();
-  if (header != S_OK) return header;
-  // What the caller adds and does not fit is left out, and the job printed without it.
-  AddIPPAttributesToIPPHeader(buffer, request, position, kIPPOperationGroup);
-
-  const bool ownCopies = request->GetCopy() != 0 && !IsSetViaIPPAttributeStruct(request, "copies");
-  chain.Delimiter(IPPTag::kJobAttributes)
-      .IntegerIf(ownCopies, "copies", request->GetCopy())
-      .Text(IPPTag::kKeyword, "sides", SidesKeyword(request->GetPrintingSides()));
-  AddOrientationAndQuality(request, &chain);
-  if (!IsSetViaIPPAttributeStruct(request, "print-color-mode")) {
-    chain.Text(IPPTag::kKeyword, "print-color-mode", Monochrome(request));
+  JobFields job(request, buffer, position);
+  const auto isCallers = [&](const char* name) {
+    return IsSetViaIPPAttributeStruct(request, name) != 0;
+  };
+  if (!(job.PrinterUri() && job.User() && job.JobName() && job.Fidelity() && job.DocumentName())) {
+    return E_FAIL;
   }
-  if (chain.Result() != S_OK) return chain.Result();
+  AddIPPAttributesToIPPHeader(buffer, request, position, kIPPOperationGroup);
+  if (!(job.JobGroup() && job.Copies(request->GetCopy() != 0 && !isCallers("copies")) &&
+        job.Sides() && job.OrientationAndQuality() &&
+        (isCallers("print-color-mode") || job.Color()))) {
+    return E_FAIL;
+  }
   AddIPPAttributesToIPPHeader(buffer, request, position, kIPPJobGroup);
   return S_OK;
 }
@@ -327,7 +303,7 @@ HRESULT IPPOperations::AddIPPAttributesToIPPHeader(char* buffer, IPPRequestBase*
   TraceScope trace(L"Corvane::IPPOperations::AddIPPAttributesToIPPHeader");
   const auto* const attributes = dynamic_cast<IPPRequestAttributes*>(request);
   if (!buffer || !attributes) return S_FALSE;
-  RequestBuffer body(buffer, position);
+  IPPWriter body = WriterOf(buffer, position);
   for (const IPPAttributeStruct& attribute : attributes->GetAttributesVector()) {
     if (attribute.group != group) continue;
     if (AddCallersAttribute(attribute, body) != kIPPWritten) return E_FAIL;
@@ -335,7 +311,8 @@ HRESULT IPPOperations::AddIPPAttributesToIPPHeader(char* buffer, IPPRequestBase*
   for (const auto& blob : attributes->GetBlobVector()) {
     if (blob->group != group) continue;
     const std::size_t size = static_cast<std::size_t>(blob->blobSize);
-    if (body.Encoded({blob->blobArray.get(), size}) != kIPPWritten) return S_FALSE;
+    const auto* const bytes = reinterpret_cast<const char*>(blob->blobArray.get());
+    if (body.Encoded({bytes, size}) != kIPPWritten) return S_FALSE;
   }
   return S_OK;
 }
@@ -354,9 +331,8 @@ HRESULT IPPOperations::AddAttributeBasedOnType(const char* name, char* buffer, i
   TraceScope trace(L"Corvane::IPPOperations::AddAttributeBasedOnType");
   int tag = 0;
   GetTypeOfAttribute(name, &tag);
-  return AddStringToIPPRequest(buffer, tag, "requested-attributes", name, position) == kIPPWritten
-             ? S_OK
-             : E_FAIL;
+  return ResultOf(AddStringToIPPRequest(buffer, tag, "requested-attributes", name, position) ==
+                  kIPPWritten);
 }
 
 int IPPOperations::GetTypeOfAttribute(const char* name, int* tag) {
@@ -371,43 +347,35 @@ int IPPOperations::GetTypeOfAttribute(const char* name, int* tag) {
   return kIPPTextValue;
 }
 
-namespace {
-
-std::string_view ViewOf(const char* text) {
-  return text ? std::string_view(text) : std::string_view();
-}
-
-}  // namespace
-
 int IPPOperations::AddStringToIPPRequest(char* buffer, int tag, const char* name, const char* value,
                                          int* position) {
-  return RequestBuffer(buffer, position).String(tag, ViewOf(name), ViewOf(value));
+  return WriterOf(buffer, position).Attribute(tag, ViewOf(name), ViewOf(value));
 }
 
 int IPPOperations::AddStringsToIPPRequest(char* buffer, int tag, const char* name, const char* list,
                                           int* position) {
-  return RequestBuffer(buffer, position).Strings(tag, ViewOf(name), ViewOf(list));
+  return WriterOf(buffer, position).Attributes(tag, ViewOf(name), ViewOf(list));
 }
 
 int IPPOperations::AddIntegerToIPPRequest(char* buffer, int tag, const char* name,
                                           std::int32_t value, int* position) {
-  return RequestBuffer(buffer, position).Integer(tag, ViewOf(name), value);
+  return WriterOf(buffer, position).Integer(tag, ViewOf(name), value);
 }
 
 int IPPOperations::AddBooleanToIPPRequest(char* buffer, const char* name, unsigned char value,
                                           int* position) {
-  return RequestBuffer(buffer, position).Boolean(ViewOf(name), value);
+  return WriterOf(buffer, position).Boolean(ViewOf(name), value);
 }
 
 int IPPOperations::AddRangeToIPPRequest(char* buffer, const char* name, std::int32_t lower,
                                         std::int32_t upper, int* position) {
-  return RequestBuffer(buffer, position).Range(ViewOf(name), lower, upper);
+  return WriterOf(buffer, position).Range(ViewOf(name), lower, upper);
 }
 
 int IPPOperations::AddResolutionToIPPRequest(char* buffer, const char* name, unsigned char units,
                                              std::int32_t crossFeed, std::int32_t feed,
                                              int* position) {
-  return RequestBuffer(buffer, position).Resolution(ViewOf(name), units, crossFeed, feed);
+  return WriterOf(buffer, position).Resolution(ViewOf(name), units, crossFeed, feed);
 }
 
 }  // namespace Corvane

@@ -22,6 +22,11 @@ constexpr std::uint32_t kIPPUnknownPort = 1796;           // of a printer URI: n
 // print job: null sets or bytes, a negative length, no document on its way.
 constexpr std::uint32_t kIPPInvalidArgument = 87;
 
+// The same of every operation whose answer is read: the printer answers in IPP 1.0 or 1.1, be it
+// with the status 0x0503 (server-error-version-not-supported). What is sent, and read, is IPP 2.x:
+// a printer without it is reached by its other protocols.
+constexpr std::uint32_t kIPPVersion1 = 0x20000014;
+
 // The same of a print job. Besides these: the IPP status (RFC 8011, appendix B) of a refusal; else
 // what the exchange left, an HTTP status among that.
 constexpr std::uint32_t kIPPDocumentEmpty = 1462;    // 0 bytes

@@ -1,8 +1,8 @@
 // Whether a secure printer takes the caller's credentials.
 #include "base/utf8.h"
 #include "core/trace.h"
-#include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "ipp/wire/codes.h"
 #include "platform/system.h"
 
 namespace Corvane {

@@ -11,7 +11,7 @@
 
 #include "core/critical_section.h"
 #include "corvane/ipp_response.h"
-#include "ipp/ipp_job.h"
+#include "ipp/wire/job.h"
 
 namespace Corvane {
 

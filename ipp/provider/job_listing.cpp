@@ -2,8 +2,8 @@
 #include "core/text.h"
 #include "core/trace.h"
 #include "core/variant.h"
-#include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "ipp/wire/codes.h"
 #include "platform/system.h"
 
 namespace Corvane {

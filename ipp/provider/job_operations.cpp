@@ -6,8 +6,8 @@
 #include "base/letter_case.h"
 #include "core/text.h"
 #include "core/trace.h"
-#include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "ipp/wire/codes.h"
 
 namespace Corvane {
 namespace {

@@ -1,8 +1,8 @@
 // The threads that watch the printer and the job while a document is on its way, and what the
 // printer tells of its state.
 #include "core/trace.h"
-#include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "ipp/wire/codes.h"
 #include "platform/system.h"
 
 namespace Corvane {

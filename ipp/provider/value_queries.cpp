@@ -5,8 +5,8 @@
 #include "base/utf8.h"
 #include "core/text.h"
 #include "core/trace.h"
-#include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "ipp/wire/codes.h"
 #include "platform/system.h"
 
 namespace Corvane {

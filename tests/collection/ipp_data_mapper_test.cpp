@@ -5,8 +5,8 @@
 
 #include "core/text.h"
 #include "corvane/corvane.h"
-#include "ipp/ipp_codes.h"
-#include "ipp/request_buffer.h"
+#include "ipp/wire/codes.h"
+#include "ipp/wire/writer.h"
 #include "tests/support/dom.h"
 #include "tests/support/fake_device.h"
 #include "tests/support/hr.h"
@@ -46,11 +46,11 @@ class IppDataMapperTest : public ParsingTest {
   void Serve(int printerState) {
     char answer[kIPPRequestSize] = "\2\0\0\0\0\0\0\x64\4";
     int length = 9;
-    RequestBuffer attributes(answer, &length);
-    attributes.String(IPPTag::kText, "printer-info", "Flur \xC3\xBC");
-    attributes.String(IPPTag::kText, "printer-make-and-model", "Quillmere");
+    IPPWriter attributes(answer, &length);
+    attributes.Attribute(IPPTag::kText, "printer-info", "Flur \xC3\xBC");
+    attributes.Attribute(IPPTag::kText, "printer-make-and-model", "Quillmere");
     attributes.Integer(IPPTag::kEnum, "printer-state", printerState);
-    attributes.Strings(IPPTag::kKeyword, "printer-state-reasons", "low,jam");
+    attributes.Attributes(IPPTag::kKeyword, "printer-state-reasons", "low,jam");
     attributes.Integer(IPPTag::kInteger, "marker-levels", 64);
     attributes.Integer(IPPTag::kEnum, "job-state", 5);
     attributes.Delimiter(IPPTag::kEndOfAttributes);

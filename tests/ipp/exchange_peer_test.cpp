@@ -6,7 +6,7 @@
 
 #include "corvane/handles.h"
 #include "host/network_address.h"
-#include "ipp/ipp_codes.h"
+#include "ipp/wire/codes.h"
 #include "ipp/ipp_operations.h"
 #include "platform/system.h"
 #include "tests/support/hr.h"

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "corvane/handles.h"
-#include "ipp/ipp_codes.h"
 #include "ipp/ipp_operations.h"
+#include "ipp/wire/codes.h"
 #include "platform/system.h"
 #include "tests/support/fake_device.h"
 #include "tests/support/hr.h"

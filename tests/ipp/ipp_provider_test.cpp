@@ -8,8 +8,8 @@
 
 #include "corvane/error_codes.h"
 #include "corvane/handles.h"
-#include "ipp/ipp_codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "ipp/wire/codes.h"
 #include "tests/ipp/decoded.h"
 #include "tests/support/fake_device.h"
 #include "tests/support/hr.h"

@@ -7,7 +7,7 @@
 #include <random>
 
 #include "core/text.h"
-#include "ipp/ipp_codes.h"
+#include "ipp/wire/codes.h"
 #include "tests/ipp/print_client.h"
 #include "tests/support/trace_recorder.h"
 

@@ -14,7 +14,7 @@
 #include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "host/network_address.h"
-#include "ipp/ipp_codes.h"
+#include "ipp/wire/codes.h"
 #include "platform/system.h"
 #include "tests/ipp/callers_attribute.h"
 #include "tests/ipp/decoded.h"

@@ -18,7 +18,7 @@
 #include "collection/data_collection_impl.h"
 #include "corvane/handles.h"
 #include "host/network_address.h"
-#include "ipp/ipp_codes.h"
+#include "ipp/wire/codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
 #include "tests/ipp/callers_attribute.h"
 #include "tests/ipp/decoded.h"

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "ipp/ipp_codes.h"
+#include "ipp/wire/codes.h"
 #include "tests/ipp/decoded.h"
 #include "tests/support/ippeveprinter.h"
 

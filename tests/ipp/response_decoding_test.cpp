@@ -11,8 +11,9 @@
 #include <vector>
 
 #include "corvane/handles.h"
+#include "corvane/ipp_provider.h"
 #include "corvane/ipp_response.h"
-#include "ipp/ipp_codes.h"
+#include "ipp/wire/codes.h"
 #include "tests/ipp/decoded.h"
 #include "tests/support/ipp_bytes.h"
 #include "tests/support/trace_recorder.h"
@@ -55,7 +56,6 @@ TEST(IppDecodingTest, ReadsWholeMessagesOfVersionTwoOnly) {
       {"short header", Head().substr(0, 7), "E_FAIL", "status-code"},
       {"header alone", Head(), "nothing", "status-code"},
       {"header and end", Head() + kEnd, "0", "status-code"},
-      {"version 1.1", "\1\1\0\0\0\0\0\1\3"s, "E_FAIL", "status-code"},
       {"version 2.255", "\2\xFF\0\0\0\0\0\1\3"s, "0", "status-code"},
       {"version 3.0", "\3\0\0\0\0\0\0\1\3"s, "E_FAIL", "status-code"},
       {"no end", Head() + kX, "nothing"},
@@ -71,6 +71,30 @@ TEST(IppDecodingTest, ReadsWholeMessagesOfVersionTwoOnly) {
   };
   for (const Case& row : kCases) {
     EXPECT_EQ(row.expected, Decoded(row.body, row.asked.c_str())) << row.name;
+  }
+}
+
+TEST(IppDecodingTest, SaysOfVersionOneThatItIsTheVersion) {
+  const struct {
+    const char* name;
+    std::string body;
+    DWORD error;
+  } kCases[] = {
+      {"1.1", "\1\1\0\0\0\0\0\x64\3"s, kIPPVersion1},
+      {"1.0", "\1\0\0\0\0\0\0\x64\3"s, kIPPVersion1},
+      {"1.1, that 2.0 is not supported", "\1\1\5\3\0\0\0\x64\3"s, kIPPVersion1},
+      {"2.0, that 2.0 is not supported", "\2\0\5\3\0\0\0\x64\3"s, 7},
+      {"1.1, cut off", "\1\1\0\0\0\0\0"s, 7},
+      {"0.1", "\0\1\0\0\0\0\0\x64\3"s, 7},
+      {"a page", "<html></html>", 7},
+  };
+  for (const auto& row : kCases) {
+    IPPOperations operations(nullptr);
+    SetLastError(7);
+    EXPECT_EQ(row.name[0] == '2' ? S_OK : E_FAIL, Parse(&operations, row.body, nullptr))
+        << row.name;
+    EXPECT_EQ(row.error, GetLastError()) << row.name;
+    EXPECT_EQ(row.name[0] == '2' ? "1283" : "nothing", Held(operations, "status-code"));
   }
 }
 
@@ -257,6 +281,25 @@ TEST(IppDecodingTest, MakesTextOfAnyBytes) {
     const BSTR text = texts[byte + 1];
     const wchar_t expected = byte < 0x80 ? static_cast<wchar_t>(byte) : L'\xFFFD';
     EXPECT_EQ(std::wstring(1, expected), std::wstring(text, SysStringLen(text))) << byte;
+  }
+}
+
+TEST(IppDecodingTest, ReadsTextsByTheCharsetOfTheAnswer) {
+  const std::string latin1 = IppValue(IPPTag::kCharset, "attributes-charset", "iso-8859-1");
+  const std::string utf8 = IppValue(IPPTag::kCharset, "attributes-charset", "utf-8");
+  const std::string other = IppValue(IPPTag::kCharset, "charset-supported", "iso-8859-1");
+  const Case kCases[] = {
+      {"name", latin1 + IppValue(IPPTag::kName, "a", "Caf\xE9 \xFF\x7F"), "Café ÿ\x7F"},
+      {"name with language, the last bytes of the answer",
+       latin1 + IppValue(IPPTag::kNameWithLanguage, "a", "\0\2fr\0\4Caf\xE9"s), "Café"},
+      {"in UTF-8", utf8 + IppValue(IPPTag::kName, "a", "Caf\xC3\xA9"), "Café"},
+      {"another attribute's charset", other + IppValue(IPPTag::kName, "a", "Caf\xC3\xA9"), "Café"},
+  };
+  for (const Case& row : kCases) {
+    IPPOperations operations(nullptr);
+    EXPECT_EQ(S_OK, Parse(&operations, Head() + row.body, nullptr)) << row.name;
+    EXPECT_EQ(row.expected, Held(operations, "a")) << row.name;
+    EXPECT_EQ(row.expected, operations.ValuesOf("a").front()) << row.name;
   }
 }
 

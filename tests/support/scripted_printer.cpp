@@ -5,7 +5,9 @@
 #include <string_view>
 
 #include "corvane/handles.h"
-#include "tests/support/ipp_bytes.h"
+#include "ipp/wire/codes.h"
+#include "ipp/wire/message.h"
+#include "ipp/wire/writer.h"
 
 namespace Corvane::Test {
 namespace {
@@ -14,49 +16,45 @@ using namespace std::string_literals;
 using State = ScriptedPrinter::State;
 using Job = ScriptedPrinter::Job;
 
-enum Operation { kPrintJob = 2, kCancelJob = 8, kGetJobAttributes = 9, kGetJobs, kGetPrinter };
-enum Tag { kInteger = 0x21, kEnum = 0x23, kName = 0x42, kKeyword = 0x44, kUri = 0x45 };
 constexpr int kServerErrorBusy = 1287;
 constexpr int kServerErrorJobCanceled = 1288;
 constexpr int kNotFound = 1030;
 constexpr std::uint32_t kHttpOk = 200;
 constexpr char kJobUri[] = "ipp://printer/jobs/";
 
+std::string Answer(int status, std::string_view groups) {
+  const auto header = MakeIPPHeader(status);
+  std::string answer(header.begin(), header.end());
+  return answer.append(groups) + static_cast<char>(IPPTag::kEndOfAttributes);
+}
+
 std::string JobGroup(int id, const Job& job, int upTime) {
-  return '\2' + IppNumber(kInteger, "job-id", id) +
-         IppValue(kUri, "job-uri", kJobUri + std::to_string(id)) +
-         IppValue(kName, "job-name", job.name) +
-         IppValue(kName, "job-originating-user-name", job.user) +
-         IppNumber(kEnum, "job-state", job.state) +
-         IppValue(kKeyword, "job-state-reasons",
-                  job.state == ScriptedPrinter::kCancelled ? "job-canceled-at-device" : "none") +
-         IppNumber(kInteger, "time-at-creation", job.createdAt) +
-         IppNumber(kInteger, "job-printer-up-time", upTime);
+  using namespace IPPTag;
+  std::string group(1, kJobAttributes);
+  AppendIPPValue(&group, kInteger, "job-id", BigEndian({id}));
+  AppendIPPValue(&group, kUri, "job-uri", kJobUri + std::to_string(id));
+  AppendIPPValue(&group, kName, "job-name", job.name);
+  AppendIPPValue(&group, kName, "job-originating-user-name", job.user);
+  AppendIPPValue(&group, kEnum, "job-state", BigEndian({job.state}));
+  AppendIPPValue(&group, kKeyword, "job-state-reasons",
+                 job.state == ScriptedPrinter::kCancelled ? "job-canceled-at-device" : "none");
+  AppendIPPValue(&group, kInteger, "time-at-creation", BigEndian({job.createdAt}));
+  AppendIPPValue(&group, kInteger, "job-printer-up-time", BigEndian({upTime}));
+  return group;
 }
 
 // A request without its document, whose bytes stay in *rest.
 std::optional<ScriptedPrinter::Asked> Decode(std::string_view* rest) {
-  const auto byte = [&](std::size_t at) -> std::size_t {
-    return at < rest->size() ? static_cast<unsigned char>((*rest)[at]) : 0;
-  };
-  ScriptedPrinter::Asked asked{static_cast<int>(byte(2) << 8 | byte(3)), 0, false, {}};
-  for (std::size_t at = 8; at < rest->size();) {
-    const std::size_t tag = byte(at++);
-    if (tag == 3) {
-      rest->remove_prefix(at);
-      return asked;
+  IPPMessage message;
+  if (ReadIPPMessage(*rest, &message) != IPPReading::kWhole) return std::nullopt;
+  ScriptedPrinter::Asked asked{message.Header().code, 0, false, {}};
+  for (const IPPAttribute& attribute : message.Attributes()) {
+    for (const IPPValue& value : message.ValuesOf(attribute)) {
+      asked.attributes.emplace(message.NameOf(attribute), message.BytesOf(value));
     }
-    if (tag < 0x10) continue;
-    std::string parts[2];  // name and value
-    for (std::string& part : parts) {
-      const std::size_t size = byte(at) << 8 | byte(at + 1);
-      if (at + 2 + size > rest->size()) return std::nullopt;
-      part = rest->substr(at + 2, size);
-      at += 2 + size;
-    }
-    asked.attributes.emplace(parts[0], parts[1]);
   }
-  return std::nullopt;
+  rest->remove_prefix(message.End());
+  return asked;
 }
 
 // The content of a chunk whose framing is right (RFC 9112, 7.1); of the last one none.
@@ -124,7 +122,7 @@ class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestE
     std::unique_lock lock(m_printer->m_mutex);
     if (m_phase == Phase::kNew) {
       std::string_view body = m_body;
-      if (Read(&body)) Answer(&lock);
+      if (Read(&body)) AnswerRequest(&lock);
     } else if (m_phase == Phase::kSending) {
       Fault("an answer to half a document");
     }
@@ -174,7 +172,7 @@ class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestE
     m_phase = Phase::kOver;
     return m_result = result;
   }
-  void Reply(std::string body) { m_response.body = std::move(body); }
+  void Reply(int status, std::string_view groups) { m_response.body = Answer(status, groups); }
   void Abort() {
     if (m_job->state < ScriptedPrinter::kCancelled) m_job->state = ScriptedPrinter::kAborted;
   }
@@ -190,26 +188,31 @@ class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestE
     return true;
   }
 
-  void Answer(std::unique_lock<std::mutex>* lock) {
+  void AnswerRequest(std::unique_lock<std::mutex>* lock) {
     State& printer = Printer();
-    if (m_asked.operation == kGetPrinter) {
+    if (m_asked.operation == IPPOperation::kGetPrinterAttributes) {
       const auto [state, reasons] = printer.printer.front();
       if (printer.printer.size() > 1) printer.printer.pop_front();
-      const std::string told = IppNumber(kEnum, "printer-state", state) +
-                               IppValue(kKeyword, "printer-state-reasons", reasons);
-      Reply(LibraryAnswer(
-          0, '\4' + IppValue(kName, "printer-name", "p") + (printer.tellsState ? told : "")));
-    } else if (m_asked.operation == kGetJobs) {
+      std::string group(1, IPPTag::kPrinterAttributes);
+      AppendIPPValue(&group, IPPTag::kName, "printer-name", "p");
+      if (printer.tellsState) {
+        AppendIPPValue(&group, IPPTag::kEnum, "printer-state", BigEndian({state}));
+        AppendIPPValue(&group, IPPTag::kKeyword, "printer-state-reasons", reasons);
+      }
+      Reply(0, group);
+    } else if (m_asked.operation == IPPOperation::kGetJobs) {
       m_printer->m_changed.wait(*lock, [&] { return !printer.holdsLists; });
       if (!printer.listsJobs) {
         Fail(ScriptedPrinter::kUnreachable);
         return;
       }
-      Reply(LibraryAnswer(0, ListedJobs()));
+      Reply(0, ListedJobs());
     } else {
       m_response.status = printer.http;
-      Reply(LibraryAnswer(printer.status, {}));
-      if (m_asked.operation == kCancelJob || m_asked.operation == kGetJobAttributes) AnswerOfJob();
+      Reply(printer.status, {});
+      if (m_asked.operation == IPPOperation::kCancelJob ||
+          m_asked.operation == IPPOperation::kGetJobAttributes)
+        AnswerOfJob();
     }
   }
   std::string ListedJobs() {
@@ -224,14 +227,14 @@ class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestE
   void AnswerOfJob() {
     for (auto& [id, job] : Printer().jobs) {
       if (m_asked.attributes["job-uri"] != kJobUri + std::to_string(id)) continue;
-      if (m_asked.operation == kCancelJob && !Printer().cancels) {
-        return Reply(LibraryAnswer(ScriptedPrinter::kRefusal, {}));
+      if (m_asked.operation == IPPOperation::kCancelJob) {
+        if (!Printer().cancels) return Reply(ScriptedPrinter::kRefusal, {});
+        job.state = ScriptedPrinter::kCancelled;
       }
-      if (m_asked.operation == kCancelJob) job.state = ScriptedPrinter::kCancelled;
-      Reply(LibraryAnswer(0, JobGroup(id, job, m_printer->UpTime())));
+      Reply(0, JobGroup(id, job, m_printer->UpTime()));
       return;
     }
-    Reply(LibraryAnswer(kNotFound, {}));
+    Reply(kNotFound, {});
   }
 
   // The next bytes of a Print-Job request.
@@ -239,7 +242,8 @@ class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestE
     State& printer = Printer();
     if (!m_job) {
       if (!Read(&bytes)) return E_FAIL;
-      if (m_asked.operation != kPrintJob) return Fault("a document with another operation");
+      if (m_asked.operation != IPPOperation::kPrintJob)
+        return Fault("a document with another operation");
       m_id = printer.jobs.empty() ? 1 : printer.jobs.rbegin()->first + 1;
       m_job = &printer.jobs[m_id];
       *m_job = {m_asked.attributes["requesting-user-name"], m_asked.attributes["job-name"],
@@ -277,10 +281,10 @@ class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestE
     }
     if (printer.http != kHttpOk || status > 0xFF) {
       Abort();
-      Reply(LibraryAnswer(status, {}));
+      Reply(status, {});
     } else {
       if (m_job->state < ScriptedPrinter::kCancelled) m_job->state = printer.whenWhole;
-      Reply(LibraryAnswer(status, JobGroup(m_id, *m_job, m_printer->UpTime())));
+      Reply(status, JobGroup(m_id, *m_job, m_printer->UpTime()));
     }
     if (printer.losesAnswers) Fail(ScriptedPrinter::kNoAnswer, kAnswerLost);
     m_printer->m_changed.notify_all();

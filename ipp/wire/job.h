@@ -1,13 +1,13 @@
 // What an answer tells of one job.
-#ifndef CORVANE_IPP_IPP_JOB_H_
-#define CORVANE_IPP_IPP_JOB_H_
+#ifndef CORVANE_IPP_WIRE_JOB_H_
+#define CORVANE_IPP_WIRE_JOB_H_
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "ipp/attribute_map.h"
+#include "ipp/wire/message.h"
 
 namespace Corvane {
 
@@ -24,8 +24,9 @@ struct IPPJob {
   std::optional<std::int32_t> answeredAt;
 };
 
-std::vector<IPPJob> JobsOf(const AttributeMap& answer);
+// Of a job group each.
+std::vector<IPPJob> JobsOf(const IPPMessage& answer);
 
 }  // namespace Corvane
 
-#endif  // CORVANE_IPP_IPP_JOB_H_
+#endif  // CORVANE_IPP_WIRE_JOB_H_

@@ -1,6 +1,6 @@
-// Numbers of the IPP protocol (RFC 8010, RFC 8011) that the system uses.
-#ifndef CORVANE_IPP_IPP_CODES_H_
-#define CORVANE_IPP_IPP_CODES_H_
+// Numbers of the IPP protocol (RFC 8010, RFC 8011) that are used here.
+#ifndef CORVANE_IPP_WIRE_CODES_H_
+#define CORVANE_IPP_WIRE_CODES_H_
 
 namespace Corvane {
 
@@ -34,6 +34,8 @@ namespace IPPTag {
 constexpr int kOperationAttributes = 0x01;
 constexpr int kJobAttributes = 0x02;
 constexpr int kEndOfAttributes = 0x03;
+constexpr int kPrinterAttributes = 0x04;
+constexpr int kUnsupportedAttributes = 0x05;
 constexpr int kFirstValue = 0x10;  // everything below delimits
 constexpr int kInteger = 0x21;
 constexpr int kBoolean = 0x22;
@@ -59,4 +61,4 @@ constexpr int kMemberAttrName = 0x4A;
 
 }  // namespace Corvane
 
-#endif  // CORVANE_IPP_IPP_CODES_H_
+#endif  // CORVANE_IPP_WIRE_CODES_H_
