@@ -47,7 +47,7 @@ void ExpectSameWhenWrittenAnew(std::string_view bytes) {
     std::string_view name = message.NameOf(attribute);
     for (const Corvane::IPPValue& value : message.ValuesOf(attribute)) {
       texts += IPPTextOf(message, value).size();
-      AppendIPPValue(&anew, value.tag, name, message.BytesOf(value));
+      Corvane::AppendIPPValue(&anew, value.tag, name, message.BytesOf(value));
       if (value.tag != Corvane::IPPTag::kMemberAttrName) name = {};
     }
   }

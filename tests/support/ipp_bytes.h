@@ -38,15 +38,13 @@ inline std::string IppMessage(std::string_view version, int code, std::string_vi
   return message.append(id).append(groups) + '\3';
 }
 
-// To a request of the library.
+// To a request of the library, or of the tool.
 inline std::string LibraryAnswer(int status, std::string_view groups) {
   return IppMessage({"\2\0", 2}, status, {"\0\0\0\x64", 4}, groups);
 }
 
-// To a request of the tool's own.
-inline std::string ToolAnswer(int status, std::string_view groups) {
-  return IppMessage("\1\1", status, {"\0\0\0\1", 4}, groups);
-}
+// Of a printer that knows IPP 1.1 alone: server-error-version-not-supported.
+inline const std::string kVersion1Answer = IppMessage("\1\1", 0x0503, {"\0\0\0\x64", 4}, "");
 
 inline std::string IppResponse(const std::string& body) {
   return "HTTP/1.1 200 OK\r\nContent-Type: application/ipp\r\nContent-Length: " +

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "ipp/wire/writer.h"
 #include "tests/support/ipp_bytes.h"
 #include "tests/support/ippeveprinter.h"
 #include "tests/support/loopback_server.h"
@@ -49,22 +50,20 @@ class JobsOfPrinter : public testing::Test {
   void LetJobsEnd() const { m_folder.Write("release", ""); }
 
   void Print(const std::string& user, const std::string& name) const {
-    constexpr int kPrintJob = 0x02;
     Tool::Options options;
     options.device = "127.0.0.1";
     options.network.portMap[631] = m_printer.Port();
     const RefPtr<Address> device = Tool::OpenDevice(options);
-    const std::string request =
-        Tool::BuildIPPRequest(
-            kPrintJob, "ipp://localhost/ipp/print",
-            {Tool::MakeAttribute("requesting-user-name", Tool::IPPTag::kName, {user}),
-             Tool::MakeAttribute("job-name", Tool::IPPTag::kName, {name}),
-             Tool::MakeAttribute("document-format", Tool::IPPTag::kMimeMediaType,
-                                 {"text/plain"})}) +
-        "hello\n";
+    std::string request =
+        Tool::BeginIPPRequest(IPPOperation::kPrintJob, "ipp://localhost/ipp/print");
+    AppendIPPValue(&request, IPPTag::kName, "requesting-user-name", user);
+    AppendIPPValue(&request, IPPTag::kName, "job-name", name);
+    AppendIPPValue(&request, IPPTag::kMimeMediaType, "document-format", "text/plain");
+    request += static_cast<char>(IPPTag::kEndOfAttributes);
+    request += "hello\n";  // and the end tag that the exchange adds
     std::string problem;
     const auto answer = Tool::ExchangeIPP(*device.Get(), 631, "/ipp/print", request, &problem);
-    ASSERT_TRUE(answer && answer->IsSuccessful()) << problem;
+    ASSERT_TRUE(answer && Tool::IsSuccessful(*answer)) << problem;
   }
 
   ProcessResult Jobs(const std::vector<std::string>& more) const {
@@ -144,7 +143,7 @@ TEST(JobsOfLyingPrinter, AreListedAsFarAsTheyAreAny) {
        IppGroup(2) + IppValue(kInteger, "job-id", "123") + IppValue(kEnum, "job-state", "\0") +
            IppValue(kWithLanguage, "job-name", std::string("\0\2de\0\x09x", 7)) +
            IppValue(0x10, "job-uri", "unsupported"),
-       "-\t-\t-\t-\t-\t-\n", ""},
+       "-\t-\t-\t\\x00\\x02de\\x00\\tx\t-\t-\n", ""},
       {"a number that is no state", IppGroup(2) + IppValue(kEnum, "job-state", "\x7f\xff\xff\xff"),
        "-\t2147483647\t-\t-\t-\t-\n", ""},
       {"names within a collection",
@@ -152,13 +151,17 @@ TEST(JobsOfLyingPrinter, AreListedAsFarAsTheyAreAny) {
            IppValue(kMember, "", "job-name") + IppValue(kName, "", "forged") +
            IppValue(kEnd, "", ""),
        "5\t-\t-\t-\t-\t-\n", ""},
+      {"Latin-1",
+       IppValue(0x47, "attributes-charset", "iso-8859-1") + IppGroup(2) +
+           IppValue(kName, "job-name", "Caf\xe9"),
+       "-\t-\t-\tCaf\u00e9\t-\t-\n", ""},
       {"a printer that does not choose",
        IppGroup(5) + IppValue(0x10, "my-jobs", "") + IppGroup(2) +
            IppValue(kInteger, "job-id", number),
        "5\t-\t-\t-\t-\t-\n", "my-jobs"},
   };
   for (const auto& c : kCases) {
-    LoopbackServer server(LoopbackServer::AnswerEach(IppResponse(ToolAnswer(0, c.groups))));
+    LoopbackServer server(LoopbackServer::AnswerEach(IppResponse(LibraryAnswer(0, c.groups))));
     const ProcessResult text = RunJobs(server.Port(), {"--user", "ana"});
     EXPECT_EQ(text.output, c.output) << c.name;
     EXPECT_EQ(text.exitStatus, 0) << c.name << text.error;
@@ -172,7 +175,7 @@ TEST(JobsOfLyingPrinter, AreListedAsFarAsTheyAreAny) {
 
 TEST(JobsOfLyingPrinter, AreNoneWithoutAWholeAnswer) {
   const std::string refusal =
-      ToolAnswer(0x0500, IppGroup(1) + IppValue(0x41, "status-message", kSaid));
+      LibraryAnswer(0x0500, IppGroup(1) + IppValue(0x41, "status-message", kSaid));
   const std::string flood(1 << 20, '\2');
   const struct {
     const char* name;
@@ -182,13 +185,15 @@ TEST(JobsOfLyingPrinter, AreNoneWithoutAWholeAnswer) {
       {"HTTP 404", LoopbackServer::AnswerEach("HTTP/1.1 404 No\r\nContent-Length: 0\r\n\r\n"),
        "404"},
       {"empty", LoopbackServer::AnswerEach(IppResponse("")), "not with IPP"},
+      {"IPP 1.1", LoopbackServer::AnswerEach(IppResponse(kVersion1Answer)),
+       "speaks IPP 1.1, and 2.0"},
       {"a page", LoopbackServer::AnswerEach(IppResponse("<html>jobs</html>")), "not with IPP"},
-      {"not HTTP", LoopbackServer::AnswerEach(ToolAnswer(0, "")), "corvane: "},
+      {"not HTTP", LoopbackServer::AnswerEach(LibraryAnswer(0, "")), "corvane: "},
       {"closes", [](LoopbackConnection&) {}, "corvane: "},
       {"silent", [](LoopbackConnection& c) { c.WaitForClose(); }, "corvane: "},
       {"a refusal with escapes", LoopbackServer::AnswerEach(IppResponse(refusal)),
        "IPP status 0x0500: x\\x1B[2J\\ncorvane: forged"},
-      {"a million groups", LoopbackServer::AnswerEach(IppResponse(ToolAnswer(0, flood))),
+      {"a million groups", LoopbackServer::AnswerEach(IppResponse(LibraryAnswer(0, flood))),
        "not with IPP"},
       {"200 MB",
        [&flood](LoopbackConnection& c) {

@@ -88,10 +88,27 @@ TEST(NetworkProbe, TellsARealPrinterAndItsAgent) {
 }
 
 TEST(NetworkProbe, TellsAPrinterThatRefuses) {
-  LoopbackServer server(LoopbackServer::AnswerEach(IppResponse(ToolAnswer(0x0406, ""))));
+  LoopbackServer server(LoopbackServer::AnswerEach(IppResponse(LibraryAnswer(0x0406, ""))));
   const ProcessResult result = Probe(0, 0, server.Port(), {});
   EXPECT_EQ(result.exitStatus, 0) << result.error;
   EXPECT_TRUE(Contains(result.output, "\tyes\t-\t-\t-\t-\tIPP status 0x0406\n")) << result.output;
+}
+
+TEST(NetworkProbe, TellsAPrinterOfVersionOneAndItsTexts) {
+  const struct {
+    std::string body;
+    const char* line;
+  } kCases[] = {
+      {kVersion1Answer, "\tno\t-\t-\t-\t-\tthe printer speaks IPP 1.1, and 2.0 is needed"},
+      {LibraryAnswer(0, IppGroup(1) + IppValue(0x47, "attributes-charset", "iso-8859-1") +
+                            IppGroup(4) + IppValue(0x42, "printer-name", "Caf\xe9")),
+       "\tyes\t-\t-\t-\tCaf\u00e9\t-\n"},
+  };
+  for (const auto& c : kCases) {
+    LoopbackServer server(LoopbackServer::AnswerEach(IppResponse(c.body)));
+    const ProcessResult result = Probe(0, 0, server.Port(), {});
+    EXPECT_TRUE(Contains(result.output, c.line)) << result.output;
+  }
 }
 
 TEST(NetworkProbe, EndsInTimeWhateverADeviceDoes) {

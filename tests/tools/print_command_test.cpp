@@ -423,6 +423,33 @@ TEST_F(PrintOnPort631, InterruptionEndsAtAPrinterThatDoesNothing) {
   }
 }
 
+// Every command judges the printer's answer by the same rule, and tells why.
+TEST_F(PrintOnPort631, RefusesAPrinterOfVersionOneInEveryCommand) {
+  const LoopbackServer printer(LoopbackServer::AnswerEach(IppResponse(kVersion1Answer)), 631);
+  const std::string map = Utf8(
+      m_folder.Write("map.xml",
+                     "<DataMaps><IPPDataMap><IPPParams Name='P' ResourceURI='/ipp/print'/>"
+                     "<DataItem Name='Info' AttributeID='printer-info'/></IPPDataMap></DataMaps>"));
+  const struct {
+    std::vector<std::string> arguments;
+    int status;
+  } kCases[] = {
+      {{"probe", "127.0.0.1", "--timeout", "1"}, 3},
+      {{"jobs", "--device", "127.0.0.1", "--uri", kUri, "--user", "ana"}, 3},
+      {{"cancel", "--uri", kUri, "--user", "ana"}, 3},
+      {{"get", "--device", "127.0.0.1", "--spec", map, "Info"}, 3},
+      {{"dump", "--device", "127.0.0.1", "--spec", map}, 3},
+      {{"print", "--uri", kUri, "--user", "ana", File("text")}, 7},
+  };
+  for (const auto& c : kCases) {
+    const ProcessResult result = RunTool(c.arguments);
+    EXPECT_EQ(result.exitStatus, c.status) << c.arguments[0] << result.error;
+    const std::string told = result.output + result.error;
+    EXPECT_TRUE(Contains(told, "the printer speaks IPP 1.")) << c.arguments[0] << told;
+    EXPECT_TRUE(Contains(told, ", and 2.0 is needed: update")) << c.arguments[0] << told;
+  }
+}
+
 TEST_F(PrintOnPort631, TellsWhenADocumentIsPerhapsPrinted) {
   ScriptedPrinter printer([](LoopbackConnection&) {}, false, true);
   const ProcessResult result = RunCommand("print", {File(Pdf(1000)), "--timeout", "1"});

@@ -1,4 +1,4 @@
-#include "tools/ipp/cancel.h"
+#include "tools/ipp/jobs.h"
 
 #include <algorithm>
 #include <string>
@@ -22,17 +22,17 @@ CommandResult CancelUserJob(const Options& options) {
   std::string problem;
   const auto answer = AskForJobs(*device.Get(), uri, user, false, &problem);
   if (!answer) throw Failure(kNoAnswer, "the printer tells no jobs: " + problem);
-  const std::vector<UserJob> jobs = JobsIn(*answer);
-  const auto job = std::find_if(jobs.begin(), jobs.end(), [&](const UserJob& each) {
-    return options.jobId ? each.id == *options.jobId : !each.isEnding;
+  const std::vector<IPPJob> jobs = JobsOf(*answer);
+  const auto job = std::find_if(jobs.begin(), jobs.end(), [&](const IPPJob& each) {
+    return each.id && (options.jobId ? *each.id == *options.jobId : !IsEnding(each));
   });
   if (job == jobs.end()) {
     throw Failure(kNoAnswer, "no job " +
                                  (options.jobId ? std::to_string(*options.jobId) + " " : "") +
                                  "of " + EscapeText(user) + " goes on");
   }
-  const std::string number = "job " + std::to_string(job->id);
-  if (!CancelJobAt(*device.Get(), uri, user, job->id, &problem)) {
+  const std::string number = "job " + std::to_string(*job->id);
+  if (!CancelJobAt(*device.Get(), uri, user, *job->id, &problem)) {
     throw Failure(kNotPrinted, "the printer does not cancel " + number + ": " + problem);
   }
   CommandResult result;

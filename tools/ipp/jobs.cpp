@@ -2,8 +2,12 @@
 
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 
+#include "ipp/wire/codes.h"
+#include "ipp/wire/values.h"
 #include "tools/ipp/ipp_values.h"
 #include "tools/ipp/printer_address.h"
 #include "tools/ipp/printer_uri.h"
@@ -17,38 +21,43 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr char kState[] = "job-state";
-constexpr char kReasons[] = "job-state-reasons";
+constexpr std::string_view kState = "job-state";
+constexpr std::string_view kReasons = "job-state-reasons";
 
-IPPAnswer Ask(const Options& options) {
+IPPMessage Ask(const Options& options) {
   const PrinterUri uri = ParsePrinterUri(options.printerUri);
   const std::string user = RequestingUser(options.user);
   const RefPtr<Address> device = OpenDevice(ReachPrinter(options, uri));
   std::string problem;
-  std::optional<IPPAnswer> answer =
+  std::optional<IPPMessage> answer =
       AskForJobs(*device.Get(), uri, user, options.completed, &problem);
   if (!answer) throw Failure(kNoAnswer, "the printer tells no jobs: " + problem);
   return *std::move(answer);
 }
 
-Json JsonOf(const IPPValue& value) {
-  if (const auto text = TextOf(value)) return *text;
-  if (const auto number = NumberOf(value)) return *number;
+// Null for what the printer does not tell.
+Json JsonOf(const IPPMessage& answer, const IPPValue* value) {
+  if (!value) return nullptr;
+  if (const auto text = TextOf(answer, *value)) return *text;
+  if (const auto number = IPPNumberOf(answer, *value)) return *number;
   return nullptr;
 }
 
-// Null for what the printer does not tell.
-Json JobOf(const IPPGroup& group) {
+Json JobOf(const IPPMessage& answer, const IPPGroup& group) {
   Json job = Json::object();
-  for (const char* const name : kJobAttributes) {
-    const IPPAttribute* const attribute = group.Find(name);
-    job[name] = attribute ? JsonOf(attribute->values.front()) : Json(nullptr);
-  }
-  const auto state = NumberOf(group.Find(kState));
-  if (const char* const name = state ? JobStateName(*state) : nullptr) job[kState] = name;
-  if (const IPPAttribute* const reasons = group.Find(kReasons)) {
-    job[kReasons] = Json::array();
-    for (const IPPValue& value : reasons->values) job[kReasons].push_back(JsonOf(value));
+  for (const std::string_view name : kJobAttributes) {
+    const IPPAttribute* const attribute = answer.Find(group, name);
+    const auto values = attribute ? answer.ValuesOf(*attribute) : std::span<const IPPValue>();
+    Json& told = job[std::string(name)];
+    if (name == kReasons && attribute) {
+      told = Json::array();
+      for (const IPPValue& value : values) told.push_back(JsonOf(answer, &value));
+    } else {
+      told = JsonOf(answer, values.empty() ? nullptr : &values.front());
+    }
+    const char* const state =
+        name == kState && told.is_number() ? JobStateName(told.get<std::int32_t>()) : nullptr;
+    if (state) told = state;
   }
   return job;
 }
@@ -68,31 +77,28 @@ std::string FieldOf(const Json& value) {
 
 std::string LineOf(const Json& job) {
   std::string line;
-  for (const char* const name : kJobAttributes) {
-    if (!line.empty()) line += '\t';
-    line += FieldOf(job[name]);
-  }
+  for (const Json& value : job) line += (line.empty() ? "" : "\t") + FieldOf(value);
   return line + '\n';
 }
 
 }  // namespace
 
 CommandResult ListJobs(const Options& options) {
-  const IPPAnswer answer = Ask(options);
+  const IPPMessage answer = Ask(options);
   CommandResult result;
   for (const char* const choice : {"my-jobs", "which-jobs"}) {
-    if (answer.Find(IPPTag::kUnsupportedGroup, choice)) {
+    if (answer.Find(IPPTag::kUnsupportedAttributes, choice)) {
       result.problems +=
           std::string("the printer does not choose by ") + choice + ": these may be other jobs\n";
     }
   }
   Json jobs = Json::array();
-  for (const IPPGroup& group : answer.groups) {
-    if (group.tag != IPPTag::kJobGroup) continue;
+  for (const IPPGroup& group : answer.Groups()) {
+    if (group.tag != IPPTag::kJobAttributes) continue;
     if (options.json) {
-      jobs.push_back(JobOf(group));
+      jobs.push_back(JobOf(answer, group));
     } else {
-      result.output += LineOf(JobOf(group));
+      result.output += LineOf(JobOf(answer, group));
     }
   }
   if (options.json) result.output = JsonText(jobs);

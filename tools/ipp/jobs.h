@@ -1,4 +1,4 @@
-// "corvane jobs".
+// "corvane jobs" and "corvane cancel".
 #ifndef CORVANE_TOOLS_IPP_JOBS_H_
 #define CORVANE_TOOLS_IPP_JOBS_H_
 
@@ -12,6 +12,11 @@ namespace Corvane::Tool {
 // not tell; as JSON an array of objects with the names of RFC 8011, null for that. Throws Failure:
 // kBadUsage, or kNoAnswer when no list came.
 CommandResult ListJobs(const Options& options);
+
+// Cancels the job given, or the first that goes on, if the printer lists it as the user's. Throws
+// Failure: kBadUsage; kNoAnswer when there is no such job or no answer; kNotPrinted when the
+// printer refuses.
+CommandResult CancelUserJob(const Options& options);
 
 }  // namespace Corvane::Tool
 

@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "base/utf8.h"
-#include "tools/ipp/ipp_message.h"
+#include "tools/ipp/ipp_exchange.h"
 #include "tools/options/device.h"
 #include "tools/options/secret_file.h"
 #include "tools/output/failure.h"

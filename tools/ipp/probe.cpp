@@ -9,6 +9,8 @@
 #include "base/utf8.h"
 #include "corvane/data_collection.h"
 #include "corvane/handles.h"
+#include "ipp/wire/values.h"
+#include "ipp/wire/writer.h"
 #include "tools/ipp/ipp_exchange.h"
 #include "tools/ipp/ipp_values.h"
 #include "tools/map/answers.h"
@@ -118,21 +120,24 @@ std::string PrinterUriOf(Address& device) {
 // lets it.
 Finding ProbeIpp(Address& device) {
   Finding finding;
-  const std::string message = BuildIPPRequest(
-      IPPOperation::kGetPrinterAttributes, PrinterUriOf(device),
-      {MakeAttribute("requested-attributes", IPPTag::kKeyword,
-                     {"printer-make-and-model", "printer-uuid", "printer-name", "printer-state"})});
-  const auto answer = ExchangeIPP(device, kIppPort, kIppPath, message, &finding.problem);
+  constexpr std::string_view kAsked[] = {"printer-make-and-model", "printer-uuid", "printer-name",
+                                         "printer-state"};
+  std::string request = BeginIPPRequest(IPPOperation::kGetPrinterAttributes, PrinterUriOf(device));
+  AppendIPPValues(&request, IPPTag::kKeyword, "requested-attributes", kAsked);
+  const auto answer = ExchangeIPP(device, kIppPort, kIppPath, std::move(request), &finding.problem);
   if (!answer) return finding;
   finding.answers = true;
-  if (!answer->IsSuccessful()) finding.problem = StatusText(*answer);
-  const auto textOf = [&answer](const char* name) {
-    return Identity(TextOf(answer->Find(IPPTag::kPrinterGroup, name)).value_or(""));
+  if (!IsSuccessful(*answer)) finding.problem = StatusText(*answer);
+  const auto find = [&answer](const char* name) {
+    return answer->Find(IPPTag::kPrinterAttributes, name);
+  };
+  const auto textOf = [&](const char* name) {
+    return Identity(TextOf(*answer, find(name)).value_or(""));
   };
   finding.model = textOf("printer-make-and-model");
   finding.uuid = textOf("printer-uuid");
   finding.name = textOf("printer-name");
-  const auto state = NumberOf(answer->Find(IPPTag::kPrinterGroup, "printer-state"));
+  const auto state = IPPNumberOf(*answer, find("printer-state"));
   const char* const stateName = state ? PrinterStateName(*state) : nullptr;
   if (stateName) finding.state = stateName;
   return finding;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/options/options.h"
+#include "tools/output/failure.h"
 
 namespace Corvane::Tool {
 
@@ -27,6 +28,12 @@ struct Finding {
 // QUARN, WS, PLSXML, SNMP, IPP, in this order, asked at the same time. A silent device costs one
 // exchange's time-out, 3 seconds unless the options say otherwise. Throws Failure with kBadUsage.
 std::vector<Finding> Probe(const Options& options);
+
+// As text a line for each protocol with tabs between its fields, escaped: protocol, port, "yes" or
+// "no", model, serial number, UUID, name, and the state or what went wrong; "-" for what is not
+// known. As JSON an array of objects, with null for that. The status is kNoAnswer when no protocol
+// answers.
+CommandResult ListFindings(const std::vector<Finding>& findings, bool json);
 
 }  // namespace Corvane::Tool
 

@@ -1,4 +1,4 @@
-#include "tools/ipp/probe_listing.h"
+#include "tools/ipp/probe.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

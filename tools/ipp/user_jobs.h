@@ -5,10 +5,11 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "corvane/address.h"
-#include "tools/ipp/ipp_message.h"
+#include "ipp/wire/job.h"
+#include "ipp/wire/message.h"
 #include "tools/ipp/printer_uri.h"
 
 namespace Corvane::Tool {
@@ -18,22 +19,16 @@ namespace Corvane::Tool {
 std::string RequestingUser(const std::string& user);
 
 // What "jobs" tells of a job.
-inline constexpr const char* kJobAttributes[] = {
+inline constexpr std::string_view kJobAttributes[] = {
     "job-id", "job-state", "job-state-reasons", "job-name", "job-originating-user-name", "job-uri"};
 
 // Get-Jobs (RFC 8011, 4.2.6). Nothing when the printer does not answer or refuses; *problem then
 // says why, escaped, in one line.
-std::optional<IPPAnswer> AskForJobs(Address& address, const PrinterUri& uri,
-                                    const std::string& user, bool completed, std::string* problem);
+std::optional<IPPMessage> AskForJobs(Address& address, const PrinterUri& uri,
+                                     const std::string& user, bool completed, std::string* problem);
 
-struct UserJob {
-  std::int32_t id = 0;
-  std::string name;       // empty when the printer does not tell
-  bool isEnding = false;  // it has ended, or is about to without being printed
-};
-
-// Those with an id, in the printer's order.
-std::vector<UserJob> JobsIn(const IPPAnswer& answer);
+// Whether it has ended, or is about to without being printed.
+bool IsEnding(const IPPJob& job);
 
 // Cancel-Job (RFC 8011, 4.3.3). False when the printer does not answer or refuses; with *problem as
 // above.

@@ -82,6 +82,7 @@ std::string Session::WhyNoIpp() const {
   if (error == kIPPNotOnDevice) return "the device does not answer on port 631";
   if (error == kIPPDeviceSilent)
     return "the device is no IP address, or neither its port 631 nor 80 answers";
+  if (error == kIPPVersion1) return VersionText("1.x");
   const std::string failure = LastFailureOf(m_address);
   return failure.empty() ? "the device has no printer at the map's ResourceURI" : failure;
 }

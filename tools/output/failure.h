@@ -42,6 +42,9 @@ class Failure : public std::runtime_error {
 // Throws Failure with kBadUsage; `text` is escaped here.
 [[noreturn]] void ThrowUsage(const std::string& text);
 
+// Why a printer that answers in IPP "1.1", or "1.x", is refused.
+std::string VersionText(const std::string& version);
+
 }  // namespace Corvane::Tool
 
 #endif  // CORVANE_TOOLS_OUTPUT_FAILURE_H_

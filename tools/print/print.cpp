@@ -17,6 +17,7 @@
 #include "base/utf8_path.h"
 #include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
+#include "ipp/wire/codes.h"
 #include "tools/ipp/ipp_values.h"
 #include "tools/ipp/printer_address.h"
 #include "tools/ipp/printer_uri.h"

@@ -6,6 +6,7 @@
 #include "corvane/handles.h"
 #include "tools/ipp/ipp_values.h"
 #include "tools/options/device.h"
+#include "tools/output/failure.h"
 #include "tools/output/text_escape.h"
 
 namespace Corvane::Tool {
@@ -19,11 +20,11 @@ constexpr char kWantsAccount[] =
 
 // "IPP status 0x0501, server-error-operation-not-supported", or empty.
 std::string StatusText(std::uint32_t error) {
-  const char* const name = ErrorStatusName(static_cast<std::int32_t>(error));
-  if (!name) return {};
+  const std::string name = ErrorStatusName(static_cast<std::int32_t>(error));
+  if (name.empty()) return {};
   char text[32];
   std::snprintf(text, sizeof(text), "IPP status 0x%04X, ", error);
-  return text + std::string(name);
+  return text + name;
 }
 
 // What the host says of an exchange; else the code alone.
@@ -31,6 +32,7 @@ std::string ExchangeText(std::uint32_t error, Address& address) {
   constexpr char kNoPrinter[] = "the device answers, but not as an IPP printer";
   if (error == kHttpOk) return kNoPrinter;
   if (error == kErrorOutOfMemory) return "out of memory";
+  if (error == kIPPVersion1) return VersionText("1.x");
   if (std::string failure = LastFailureOf(address); !failure.empty()) return failure;
   return error == 0 ? kNoPrinter : "error " + std::to_string(error);
 }
