@@ -1,9 +1,9 @@
 // The answer's body: its attributes, and what is asked of them.
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
+#include "base/decimal.h"
 #include "core/text.h"
 #include "core/trace.h"
 #include "core/variant.h"
@@ -16,13 +16,6 @@
 
 namespace Corvane {
 namespace {
-
-// Decimal digits as far as there are any; the nearest number for one too large.
-std::int32_t ToInteger(const std::string& text) {
-  const long long number = std::strtoll(text.c_str(), nullptr, 10);
-  return static_cast<std::int32_t>(std::clamp<long long>(
-      number, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
-}
 
 _variant_t ArrayOf(const std::vector<std::string>& texts) {
   VARIANT array;
@@ -137,10 +130,10 @@ HRESULT IPPOperations::FormResponseStructure(IPPResponseBase* out) {
   if (const auto error = first("document-access-error"))
     out->SetDocumentAccessError(error->c_str());
   if (const auto uri = first("job-uri")) out->SetJobURI(uri->c_str());
-  if (const auto id = first("job-id")) out->SetJobID(ToInteger(*id));
+  if (const auto id = first("job-id")) out->SetJobID(LeadingInt32(*id));
   if (const auto state = first("job-state")) {
     const char* name = nullptr;
-    GetJobState(ToInteger(*state), &name);
+    GetJobState(LeadingInt32(*state), &name);
     if (name) out->SetJobState(name);
   }
   std::string reasons;

@@ -1,9 +1,9 @@
 #include "tools/ipp/user_jobs.h"
 
 #include <cstddef>
-#include <cstdlib>
 #include <utility>
 
+#include "base/decimal.h"
 #include "ipp/wire/writer.h"
 #include "tools/ipp/ipp_exchange.h"
 #include "tools/ipp/ipp_values.h"
@@ -48,7 +48,7 @@ std::optional<IPPMessage> AskForJobs(Address& address, const PrinterUri& uri,
 bool IsEnding(const IPPJob& job) {
   constexpr int kCanceled = 7;  // and all above have ended (RFC 8011, 5.3.7)
   const std::string reasons = ',' + job.reasons + ',';
-  return std::atoi(job.state.c_str()) >= kCanceled ||
+  return LeadingInt32(job.state) >= kCanceled ||
          reasons.find(",processing-to-stop-point,") != std::string::npos ||
          reasons.find(",job-canceled") != std::string::npos;
 }
