@@ -10,8 +10,9 @@ namespace Corvane::Host {
 // One reference, the caller's; null for a missing or malformed host (a name is ASCII, one in other
 // scripts in its "xn--" form), a mapped port outside 1 to 65535, or a time-out of 0. Requests of
 // one address share their connections. Any thread may make and use requests; one request belongs to
-// one thread, but for Cancel, which takes effect within about a second. GetLastFailure tells of the
-// exchange that ended last on any thread; its text is the asking thread's until that asks again.
+// one thread, but for Cancel, which takes effect within about a second while connecting, and within
+// 100 ms later. GetLastFailure tells of the exchange that ended last on any thread; its text is the
+// asking thread's until that asks again.
 //
 // A failed GetResponse returns 0x8007 and the low half of GetLastError, whose codes are those of
 // error_codes.h. Every status is a response; only 200 leaves GetLastFailure empty.
@@ -27,14 +28,14 @@ namespace Corvane::Host {
 //
 // With a `pinFile`, trust is by first use. The first key that a host and port show over TLS is
 // recorded there, and every later connection, of any program with this file, must show it; who
-// vouches for the certificate does not count, neither does `caFile` or `verifyCertificates`. The
-// first use makes one connection more, which carries nothing. Another key, a file that is broken or
+// signed the certificate does not count, neither do `caFile` and `verifyCertificates`. The first
+// use makes one connection more, which carries nothing. Another key, a file that is broken or
 // larger than 1 MiB, or one that a new key cannot be written to fails the exchange with
 // kErrorSecureFailure before a byte of the request has gone out, and GetLastFailure tells which
 // line of which file to remove. A line is "HOST:PORT sha256//BASE64": the host as given here, in
 // lower case (an IPv6 literal in brackets); the port connected to; the hash of the key as
-// CURLOPT_PINNEDPUBLICKEY takes it. Beside the file lies "FILE.lock", which writers lock, and for a
-// moment "FILE.new"; a lock that somebody keeps is a kErrorTimeout.
+// CURLOPT_PINNEDPUBLICKEY takes it. Readers and writers lock the file (flock); a lock that somebody
+// keeps is a kErrorTimeout.
 //
 // A redirect of a GET is followed, at most 5 times, when scheme, host and port stay; any other
 // redirect is the response. A body is sent again only after a 401, at most twice.
@@ -43,17 +44,15 @@ namespace Corvane::Host {
 // - Its SetOption is a limit in milliseconds. For a body of SetRequestData or none, that of the
 //   exchange in all, in place of `totalTimeoutMs`. For one of SendBody or a streamed one, that of
 //   silence: how long the body may wait without the device taking a byte, and the response without
-//   one coming (of its head, behind SendBody, a line); without it, `totalTimeoutMs` is. Such a
-//   document may take any time in all. The response is waited for, from GetResponse on or from the
-//   end of the body of SendBody, no longer in all than the longer of the two, however the device
-//   drips. SendBody ends up to a second later than these limits say. An error status that comes
+//   one coming; without it, `totalTimeoutMs` is. Such a document may take any time in all. The
+//   response is waited for, from GetResponse on or from the end of the body of SendBody, no longer
+//   in all than the longer of the two, however the device drips. A status from 300 on that comes
 //   before the whole body of SendBody is out ends the sending; when the device resets the
 //   connection at once, kErrorConnection may be seen in its place.
 // - A streamed exchange has a connection of its own, which is closed behind it. A failed step
 //   returns 0x8007 and the low half of GetLastError: kErrorInvalidParameter for a verb other than
 //   POST and PUT, a body of SetRequestData, or not exactly one "Transfer-Encoding: chunked";
-//   kErrorOutOfOrder for one that is not its turn. Cancel ends a waiting chunk or response within
-//   100 ms.
+//   kErrorOutOfOrder for one that is not its turn.
 // - A streamed body cannot be sent again in answer to a challenge. So a password (the request's,
 //   else the address's) goes out with it at once, as Basic, over TLS alone, unless there is a
 //   header Authorization. Over plain HTTP none goes out, whatever the options say.
@@ -70,9 +69,8 @@ namespace Corvane::Host {
 // - OCTET STRING is text when it is UTF-8 or mostly ASCII Latin-1, without control characters but
 //   tab, CR and LF and NULs at the end; all else is pairs of hexadecimal digits, "00:1B:2C". Opaque
 //   reals are decimal text, as are integers that VT_I4 does not hold.
-// - SetValue takes integers of up to 32 bits, VT_BSTR, and arrays of VT_UI1; DISP_E_TYPEMISMATCH
-// for
-//   the rest. It is sent once, and after a time-out may have been done.
+// - SetValue takes integers of up to 32 bits, VT_BSTR, and arrays of VT_UI1; for the rest
+//   DISP_E_TYPEMISMATCH. It is sent once, and after a time-out may have been done.
 // - Failures: E_INVALIDARG for what is no OID; the error statuses, exceptions and reports of
 //   error_codes.h; ResultFromError of kErrorTimeout, kErrorNameNotResolved, kErrorCannotConnect,
 //   kErrorInvalidResponse (the answer is to another OID, has no known type or, of

@@ -1,38 +1,54 @@
-// The connections of one address that wait for its next request.
+// The connections to one device.
 #ifndef CORVANE_HOST_HTTP_CONNECTION_POOL_H_
 #define CORVANE_HOST_HTTP_CONNECTION_POOL_H_
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
-#include "host/http/curl_handles.h"
+#include "host/http/curl_connection.h"
+#include "host/http/exchange_clock.h"
 
 namespace Corvane::Host {
 
-// A connection stays with the curl handle that opened it, and a handle serves one request at a
-// time; so handles are lent. (A curl share is no substitute: it must not share connections between
-// threads.) Any thread.
+// A connection, or an error code with a remark for people.
+struct Connected {
+  std::unique_ptr<CurlConnection> connection;
+  bool kept = false;  // it has served before, and the device may close it at any time
+  std::uint32_t error = 0;
+  std::wstring remark;
+};
+
+// Any thread.
 class ConnectionPool {
  public:
-  // A handle without settings, with a connection to `port` if one waits on which the device has
-  // said nothing since. Throws bad_alloc.
-  CurlEasy Take(std::uint32_t port);
-  // Keeps nothing when the connection is closed. Only after an exchange that ended cleanly; any
-  // other handle is dropped by the caller, and its connections with it.
-  void GiveBack(std::uint32_t port, CurlEasy handle);
+  enum class Kind { kAny, kNew };
+
+  explicit ConnectionPool(TlsTrust trust) : m_trust(std::move(trust)) {}
+
+  // To the host and port of `url`: with Kind::kAny one that waits, if the device has said nothing
+  // on it since. With a pin file, for TLS, it has shown the key that is recorded now. Where none
+  // is, a connection that carries nothing fetches the key, and that is recorded; what it is for is
+  // then held to it like all that follows. Throws bad_alloc.
+  Connected Connect(const std::string& url, Kind kind, const ExchangeClock& clock,
+                    const std::atomic<bool>& cancelled);
+  // One on which the last exchange ended cleanly.
+  void GiveBack(std::unique_ptr<CurlConnection> connection);
 
  private:
-  static bool HasSpoken(curl_socket_t socket);
+  static Connected Open(const std::string& url, const TlsTrust& trust, const ExchangeClock& clock,
+                        const std::atomic<bool>& cancelled);
+  PinLookup FindPin(const std::string& url, const ExchangeClock& clock,
+                    const std::atomic<bool>& cancelled) const;
+  std::unique_ptr<CurlConnection> TakeIdle(const std::string& url, const TlsTrust& trust);
 
-  struct Idle {
-    std::uint32_t port;
-    curl_socket_t socket;  // of the connection, the handle's
-    CurlEasy handle;
-  };
-
+  const TlsTrust m_trust;  // without a pin
   std::mutex m_mutex;
-  std::vector<Idle> m_idle;  // guarded by m_mutex; the longest idle first
+  std::vector<std::unique_ptr<CurlConnection>>
+      m_idle;  // guarded by m_mutex; the longest idle first
 };
 
 }  // namespace Corvane::Host

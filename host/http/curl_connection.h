@@ -2,19 +2,29 @@
 #ifndef CORVANE_HOST_HTTP_CURL_CONNECTION_H_
 #define CORVANE_HOST_HTTP_CURL_CONNECTION_H_
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "host/http/curl_handles.h"
-#include "host/http/curl_settings.h"
+#include "host/trust/pin_file.h"
 
 namespace Corvane::Host {
 
-// Curl resolves the name, connects and speaks TLS; the bytes are those of the caller. One thread.
-// The destructor closes. No operation raises SIGPIPE: curl sends with MSG_NOSIGNAL, under TLS too.
+struct TlsTrust {
+  bool verify = true;
+  std::string caFile;            // empty: the system's certificates
+  std::string pinFile;           // empty: no keys are recorded
+  std::optional<PinnedKey> pin;  // the one key to show, whoever has signed its certificate
+};
+
+// Curl resolves the name, connects and speaks TLS, to the URL's own host, whatever the environment
+// says; the bytes are those of the caller. One thread. The destructor closes. No operation raises
+// SIGPIPE: curl sends with MSG_NOSIGNAL, under TLS too.
 class CurlConnection {
  public:
   enum class Step {
@@ -38,18 +48,25 @@ class CurlConnection {
   // Waits for poll's `events`, or so long; those that came.
   short Await(short events, int milliseconds) const;
 
-  // As PeerKey, of an open connection.
+  // As PeerKey, of an open connection that had a pin file.
   std::string ShownKey() const;
+  // The URL was `url`'s scheme, host and port, and the key was held to the same as `trust` does.
+  bool LeadsTo(const std::string& url, const TlsTrust& trust) const;
 
   const std::wstring& Why() const { return m_why; }
 
  private:
+  bool Configure(const std::string& url, const TlsTrust& trust, std::int64_t connectMs,
+                 const std::atomic<bool>& cancelled);
   Step Result(CURLcode code);
+  std::wstring Words(CURLcode code) const;
   static int OnProgress(void* cancelled, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
 
-  CurlMessage m_message{};  // the handle's
+  std::array<char, CURL_ERROR_SIZE> m_message{};  // the handle's
   CurlEasy m_handle;
   curl_socket_t m_socket = CURL_SOCKET_BAD;
+  std::string m_origin;
+  std::string m_pinned;  // the key; empty for none
   std::wstring m_why;
 };
 

@@ -1,22 +1,35 @@
 #include "host/http/http_request_curl.h"
 
 #include <algorithm>
-#include <chrono>
+#include <optional>
 #include <utility>
 
+#include "base/letter_case.h"
 #include "base/utf8.h"
 #include "corvane/error_codes.h"
+#include "host/http/challenge.h"
+#include "host/http/request_head.h"
 #include "host/http/request_url.h"
-#include "host/http/wire_request.h"
-#include "host/trust/pinned_trust.h"
+#include "host/http/wire_exchange.h"
 
 namespace Corvane::Host {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 // A device that redirects in a circle.
 constexpr int kMaxRedirects = 5;
+// The first answers the challenge, the second a nonce that went stale while a long body was on its
+// way. A device that challenges for ever would have a document sent for ever.
+constexpr int kMaxAnswers = 2;
+// What goes out with the head at once: some devices read a small message in one piece only.
+constexpr std::size_t kJoinedBytes = std::size_t{64} << 10;
+constexpr std::uint32_t kUnauthorized = 401;
+
+WireResult FailWith(std::uint32_t error, std::wstring remark) {
+  WireResult result;
+  result.error = error;
+  result.remark = std::move(remark);
+  return result;
+}
 
 bool IsRedirect(std::uint32_t status) {
   return (status >= 301 && status <= 303) || status == 307 || status == 308;
@@ -53,7 +66,6 @@ ExchangeLimits CurlRequest::Limits(const RequestSettings& settings,
   ExchangeLimits limits;
   limits.connectMs = device.connectTimeoutMs;
   limits.totalMs = settings.timeoutMs != 0 ? settings.timeoutMs : device.totalTimeoutMs;
-  limits.maxBodyBytes = m_device->MaxResponseBytes();
   return limits;
 }
 
@@ -65,33 +77,17 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
     return {nullptr, kErrorInvalidParameter, fault};
   }
 
-  ExchangeLimits limits = Limits(settings, device);
-  const std::int64_t totalMs = limits.totalMs;
-  const Clock::time_point start = Clock::now();
-  const std::int64_t connectMs =
-      totalMs == 0 ? limits.connectMs : std::min(limits.connectMs, totalMs);
-  SettledTrust settled = SettleTrust(m_device->Trust(), request.url, connectMs, Cancelled());
-  if (settled.error != 0) return {nullptr, settled.error, std::move(settled.remark)};
+  ExchangeClock clock(Limits(settings, device));
   for (int redirects = 0; redirects <= kMaxRedirects; ++redirects) {
-    const auto elapsed =
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
-    const std::wstring timedOut = L"timed out after " + std::to_wstring(totalMs) + L" ms";
-    if (totalMs != 0) {
-      limits.totalMs = totalMs - elapsed;
-      if (limits.totalMs <= 0) return {nullptr, kErrorTimeout, timedOut};
-    }
-
-    WireResult result = Exchange(request, limits, settled.trust);
-    // What is left of the limit after a redirect is no limit that anyone knows.
-    if (result.error == kErrorTimeout && redirects > 0 && totalMs != 0) {
-      return {nullptr, kErrorTimeout, timedOut};
-    }
-    if (result.error != 0 || !IsRedirect(result.status) || result.location.empty())
+    WireResult result = Exchange(request, &clock);
+    const std::string location = result.BytesOf(L"location");
+    if (result.error != 0 || !IsRedirect(result.status) || location.empty()) {
       return OutcomeOf(std::move(result), {});
+    }
     if (request.verb != "GET") {
       return OutcomeOf(std::move(result), L"a redirect, which is followed for GET only");
     }
-    std::optional<std::string> target = RedirectWithinOrigin(request.url, result.location);
+    std::optional<std::string> target = RedirectWithinOrigin(request.url, location);
     if (!target) return OutcomeOf(std::move(result), L"a redirect that leaves the device");
     request.url = *std::move(target);
   }
@@ -99,14 +95,49 @@ Outcome CurlRequest::Perform(const RequestSettings& settings) {
           L"more than " + std::to_wstring(kMaxRedirects) + L" redirects"};
 }
 
-WireResult CurlRequest::Exchange(const WireRequest& request, const ExchangeLimits& limits,
-                                 const TlsTrust& trust) {
-  CurlEasy handle = m_device->Pool().Take(m_port);
-  CurlExchange exchange(request, limits, trust, Cancelled());
-  WireResult result = exchange.Run(handle.get());
-  m_sentBytes.store(exchange.BodySent());
-  if (result.error == 0 && result.reusable) m_device->Pool().GiveBack(m_port, std::move(handle));
-  return result;
+WireResult CurlRequest::Exchange(const WireRequest& request, ExchangeClock* clock) {
+  std::string authorization;
+  for (int answers = 0;; ++answers) {
+    WireResult result = ExchangeOnce(request, authorization, clock);
+    if (result.error != 0 || result.status != kUnauthorized) return result;
+    const bool again = !authorization.empty();
+    authorization = AnswerChallenge(result.BytesOf(L"www-authenticate"), request, again);
+    if (authorization.empty()) return result;
+    if (answers == kMaxAnswers) {
+      m_sentBytes.store(0);  // the device has acted on none of them
+      return FailWith(kErrorInvalidResponse, L"the device asks for credentials again and again");
+    }
+  }
+}
+
+WireResult CurlRequest::ExchangeOnce(const WireRequest& request, const std::string& authorization,
+                                     ExchangeClock* clock) {
+  const std::string_view joined = request.body.substr(0, kJoinedBytes);
+  const std::string first = BuildHead(request, authorization).append(joined);
+  const ResponseReader reader(m_device->MaxResponseBytes(),
+                              request.verb == "HEAD" ? ResponseReader::Answers::kHead
+                                                     : ResponseReader::Answers::kAnyRequest);
+  // A GET is repeated when a kept connection turns out to be closed. What has no body and is not
+  // safe to repeat does not go over one.
+  const bool isGet = request.verb == "GET" && request.body.empty();
+  auto kind =
+      isGet || !request.body.empty() ? ConnectionPool::Kind::kAny : ConnectionPool::Kind::kNew;
+  for (;; kind = ConnectionPool::Kind::kNew) {
+    Connected connected = m_device->Pool().Connect(request.url, kind, *clock, Cancelled());
+    if (!connected.connection) return FailWith(connected.error, std::move(connected.remark));
+    WireExchange exchange(std::move(connected.connection), reader, StopSending::kAtRefusal, clock,
+                          Cancelled());
+    m_sentBytes.store(0);
+    bool sent = exchange.Send(first, nullptr);
+    if (sent) m_sentBytes.store(joined.size());
+    if (sent && joined.size() < request.body.size()) {
+      sent = exchange.Send(request.body.substr(joined.size()), &m_sentBytes);
+    }
+    WireResult result = exchange.Receive();
+    if (result.error == kErrorConnection && connected.kept && isGet && !exchange.Heard()) continue;
+    if (sent && result.reusable) m_device->Pool().GiveBack(exchange.TakeConnection());
+    return result;
+  }
 }
 
 }  // namespace Corvane::Host

@@ -1,4 +1,4 @@
-// A request to a device on the network, performed by libcurl.
+// A request to a device on the network, over connections of libcurl.
 #ifndef CORVANE_HOST_HTTP_HTTP_REQUEST_CURL_H_
 #define CORVANE_HOST_HTTP_HTTP_REQUEST_CURL_H_
 
@@ -8,11 +8,16 @@
 #include <string>
 
 #include "host/common/request_base.h"
-#include "host/http/curl_exchange.h"
+#include "host/http/exchange_clock.h"
 #include "host/http/network_device.h"
+#include "host/http/response_reader.h"
+#include "host/http/wire_request.h"
 
 namespace Corvane::Host {
 
+// Credentials go out only as the answer to a challenge of the device, to the URL's own host and
+// port. A body is sent again only when the device refused it with 401, never because a connection
+// broke: the device may have acted on it.
 class CurlRequest : public RequestBase {
  public:
   CurlRequest(std::shared_ptr<NetworkDevice> device, std::shared_ptr<LastFailure> lastFailure,
@@ -33,8 +38,9 @@ class CurlRequest : public RequestBase {
   std::atomic<std::uint64_t>& SentBytes() { return m_sentBytes; }
 
  private:
-  WireResult Exchange(const WireRequest& request, const ExchangeLimits& limits,
-                      const TlsTrust& trust);
+  WireResult Exchange(const WireRequest& request, ExchangeClock* clock);
+  WireResult ExchangeOnce(const WireRequest& request, const std::string& authorization,
+                          ExchangeClock* clock);
 
   const std::shared_ptr<NetworkDevice> m_device;
   const std::uint32_t m_port;  // as asked for

@@ -6,8 +6,6 @@
 
 #include "corvane/error_codes.h"
 #include "host/http/request_head.h"
-#include "host/http/wire_request.h"
-#include "host/trust/pinned_trust.h"
 
 namespace Corvane::Host {
 
@@ -21,17 +19,12 @@ void CurlIPPRequest::SetOption(std::uintptr_t option) {
   SetTimeoutOrHost(option, Device().AddressText());
 }
 
-std::int64_t CurlIPPRequest::SilenceMs(const RequestSettings& settings,
-                                       const DeviceSettings& device) {
-  return settings.timeoutMs != 0 ? settings.timeoutMs : device.totalTimeoutMs;
-}
-
 ExchangeLimits CurlIPPRequest::Limits(const RequestSettings& settings,
                                       const DeviceSettings& device) const {
   ExchangeLimits limits = CurlRequest::Limits(settings, device);
   if (!m_sending.load()) return limits;
-  limits.totalMs = 0;
-  limits.silenceMs = SilenceMs(settings, device);
+  // The body may take any time in all.
+  limits.silenceMs = std::exchange(limits.totalMs, 0);
   limits.responseMs = std::max<std::int64_t>(limits.silenceMs, device.totalTimeoutMs);
   return limits;
 }
@@ -69,15 +62,13 @@ Outcome CurlIPPRequest::OpenStream() {
   if (!fault) fault = BuildStreamedHead(request, &head);
   if (fault) return {nullptr, kErrorInvalidParameter, fault};
 
-  StreamLimits limits;
-  limits.connectMs = device.connectTimeoutMs;
-  limits.silenceMs = SilenceMs(Settings(), device);
-  limits.responseMs = std::max<std::int64_t>(limits.silenceMs, device.totalTimeoutMs);
-  limits.maxBodyBytes = Device().MaxResponseBytes();
-  SettledTrust settled = SettleTrust(Device().Trust(), request.url, limits.connectMs, Cancelled());
-  if (settled.error != 0) return {nullptr, settled.error, std::move(settled.remark)};
-  m_stream = std::make_unique<StreamedExchange>(limits, Cancelled());
-  if (m_stream->Open(request.url, settled.trust, head)) return {};
+  m_clock.emplace(Limits(Settings(), device));
+  Connected connected =
+      Device().Pool().Connect(request.url, ConnectionPool::Kind::kNew, *m_clock, Cancelled());
+  if (!connected.connection) return {nullptr, connected.error, std::move(connected.remark)};
+  m_stream.emplace(std::move(connected.connection), ResponseReader(Device().MaxResponseBytes()),
+                   StopSending::kAtAnyAnswer, &*m_clock, Cancelled());
+  if (m_stream->Send(head, nullptr)) return {};
   return OutcomeOf(m_stream->Receive(), L"before the body was sent");
 }
 

@@ -9,7 +9,7 @@
 
 #include "host/common/extended_request.h"
 #include "host/http/http_request_curl.h"
-#include "host/http/streamed_exchange.h"
+#include "host/http/wire_exchange.h"
 
 namespace Corvane::Host {
 
@@ -39,15 +39,14 @@ class CurlIPPRequest final : public ExtendedRequest<CurlRequest> {
                         const DeviceSettings& device) const override;
 
  private:
-  // Of a body that may take any time in all.
-  static std::int64_t SilenceMs(const RequestSettings& settings, const DeviceSettings& device);
   Outcome OpenStream();
   HRESULT EndStream(Outcome failure);
   HRESULT OutOfOrder();
 
   std::optional<std::uint32_t> m_contentLength;
-  std::unique_ptr<StreamedExchange> m_stream;  // from a good begin to the response or a failure
-  bool m_finished = false;                     // its body
+  std::optional<ExchangeClock> m_clock;  // of the next
+  std::optional<WireExchange> m_stream;  // from a good begin to the response or a failure
+  bool m_finished = false;               // its body
   // The device may have acted on the body, whose response is not told yet.
   bool m_wholeSent = false;
   std::uint32_t m_streamError = 0;  // what ended it early

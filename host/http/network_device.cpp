@@ -39,7 +39,7 @@ std::shared_ptr<NetworkDevice> NetworkDevice::Create(const NetworkOptions& optio
 NetworkDevice::NetworkDevice(const NetworkOptions& options, std::string urlHost)
     : m_options(WithoutCredentials(options)),
       m_urlHost(std::move(urlHost)),
-      m_trust{options.verifyCertificates, options.caFile, options.pinFile, std::nullopt},
+      m_pool({options.verifyCertificates, options.caFile, options.pinFile, std::nullopt}),
       m_settings{options.connectTimeoutMs, options.totalTimeoutMs,     options.userName,
                  options.password,         options.secretsOverTlsOnly, options.basicInClear} {}
 

@@ -11,7 +11,6 @@
 
 #include "host/common/network_options.h"
 #include "host/http/connection_pool.h"
-#include "host/http/curl_exchange.h"
 
 namespace Corvane::Host {
 
@@ -42,7 +41,6 @@ class NetworkDevice {
   std::string OriginOf(std::uint32_t port) const;
   std::size_t MaxResponseBytes() const;
   const SnmpOptions& Snmp() const { return m_options.snmp; }
-  const TlsTrust& Trust() const { return m_trust; }
   ConnectionPool& Pool() { return m_pool; }
 
   DeviceSettings Settings() const;
@@ -54,7 +52,6 @@ class NetworkDevice {
  private:
   const NetworkOptions m_options;  // without the credentials that m_settings has
   const std::string m_urlHost;
-  const TlsTrust m_trust;
   ConnectionPool m_pool;
 
   mutable std::mutex m_mutex;

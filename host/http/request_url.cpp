@@ -76,6 +76,8 @@ std::string Origin(std::string_view urlHost, std::uint32_t port, bool tls) {
   return (tls ? "https://" : "http://") + std::string(urlHost) + ':' + std::to_string(port);
 }
 
+std::string OriginOf(const std::string& url) { return url.substr(0, PathBegin(url)); }
+
 std::string EncodeTarget(std::string_view path) {
   constexpr std::string_view kPlain = "-._~!$&'()*+,;=:@/?";  // RFC 3986, 3.3 and 3.4
   constexpr char kHex[] = "0123456789ABCDEF";
@@ -100,7 +102,6 @@ UrlInHead SplitUrl(const std::string& url) {
   UrlInHead split;
   const CurlUrl parsed = ParseUrl(url, url);
   if (!parsed) return split;
-  split.tls = url.starts_with("https:");
   split.host = Part(parsed, CURLUPART_HOST);
   const std::string port = Part(parsed, CURLUPART_PORT, CURLU_NO_DEFAULT_PORT);
   if (!port.empty()) split.host += ':' + port;
@@ -125,7 +126,7 @@ std::optional<std::string> RedirectWithinOrigin(const std::string& url,
   // Only the path and the query are the device's word; the rest stays as it was.
   std::string path = Part(target, CURLUPART_PATH);
   if (const std::string query = Part(target, CURLUPART_QUERY); !query.empty()) path += '?' + query;
-  return url.substr(0, PathBegin(url)) + EncodeTarget(path);
+  return OriginOf(url) + EncodeTarget(path);
 }
 
 }  // namespace Corvane::Host

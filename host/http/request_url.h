@@ -16,15 +16,16 @@ std::optional<std::string> UrlHost(std::wstring_view host);
 
 // "https://[::1]:443", of an already checked host.
 std::string Origin(std::string_view urlHost, std::uint32_t port, bool tls);
+// The same, of a URL that begins with one.
+std::string OriginOf(const std::string& url);
 
 // The request target for a resource path, UTF-8: a '/' in front where there is none, and
 // percent-encoded what RFC 3986 has no place for in a path with a query: controls, '\', '#', stray
 // '%', all beyond ASCII. Applying it again changes nothing.
 std::string EncodeTarget(std::string_view path);
 
-// What a request head says of a URL that was made of the two above.
+// What a request head says of a URL that was made of an origin and a target.
 struct UrlInHead {
-  bool tls = false;
   std::string host;    // "[fe80::1]:631": no zone, and no port that is the scheme's own
   std::string target;  // with the query
 };

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/letter_case.h"
+#include "base/utf8.h"
 #include "corvane/error_codes.h"
 
 namespace Corvane::Host {
@@ -11,6 +12,7 @@ namespace {
 
 constexpr std::string_view kVersion = "HTTP/1.";
 constexpr std::size_t kStatusLineBytes = 12;  // "HTTP/1.1 200", without a reason
+constexpr std::size_t kStatusAt = 9;          // in it
 constexpr std::size_t kMaxChunkDigits = 16;   // of a size of 64 bits
 
 constexpr std::uint32_t kFirstStatus = 100;
@@ -28,7 +30,26 @@ int HexValue(char c) {
   return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
+std::string_view Trim(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t");
+  if (first == text.npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
 }  // namespace
+
+const std::wstring* WireResult::Find(const wchar_t* name) const {
+  const auto field = headers.find(name);
+  return field == headers.end() ? nullptr : &field->second;
+}
+
+std::string WireResult::BytesOf(const wchar_t* name) const {
+  std::string bytes;
+  if (const std::wstring* const value = Find(name)) {
+    for (const wchar_t c : *value) bytes.push_back(static_cast<char>(c));
+  }
+  return bytes;
+}
 
 bool ResponseReader::Feed(std::string_view bytes) {
   while (!bytes.empty() && !Done()) {
@@ -38,13 +59,15 @@ bool ResponseReader::Feed(std::string_view bytes) {
       TakeBody(&bytes);
     }
   }
-  return m_state != State::kFailed;
+  if (!bytes.empty()) m_doubtful = true;
+  return !Failed();
 }
 
 void ResponseReader::End() {
   if (Done()) return;
   if (m_state == State::kBodyToEnd) {
     m_state = State::kDone;
+    m_doubtful = true;
   } else {
     // RFC 9112, 8: an incomplete message.
     Fail(kErrorConnection, HasHead() || m_state == State::kFields || !m_line.empty()
@@ -55,7 +78,37 @@ void ResponseReader::End() {
 
 bool ResponseReader::Fail(std::uint32_t error, std::wstring remark) {
   m_state = State::kFailed;
-  return m_collector.Fail(error, std::move(remark));
+  m_result.error = error;
+  m_result.remark = std::move(remark);
+  return false;
+}
+
+WireResult ResponseReader::TakeResult() {
+  m_result.reusable = m_state == State::kDone && !m_doubtful && StaysOpen();
+  return std::move(m_result);
+}
+
+// RFC 9112, 9.3.
+bool ResponseReader::StaysOpen() const {
+  const std::wstring* const value = m_result.Find(L"connection");
+  const std::wstring options = value ? LowerAscii(*value) : std::wstring();
+  return m_http10 ? options.find(L"keep-alive") != options.npos
+                  : options.find(L"close") == options.npos;
+}
+
+bool ResponseReader::CountHeaderBytes(std::size_t bytes) {
+  m_headerBytes += bytes;
+  return m_headerBytes <= kMaxHeaderBytes || FailHeaderTooLarge();
+}
+
+bool ResponseReader::FailHeaderTooLarge() {
+  return Fail(kErrorHeaderTooLarge, L"the response's header is larger than " +
+                                        std::to_wstring(kMaxHeaderBytes) + L" bytes");
+}
+
+bool ResponseReader::FailBodyTooLarge() {
+  return Fail(kErrorResponseTooLarge,
+              L"the response is larger than " + std::to_wstring(m_maxBodyBytes) + L" bytes");
 }
 
 bool ResponseReader::Malformed(const wchar_t* what) {
@@ -71,16 +124,13 @@ void ResponseReader::TakeLine(std::string_view* bytes) {
   const std::size_t lineFeed = bytes->find('\n');
   const std::size_t taken = lineFeed == bytes->npos ? bytes->size() : lineFeed + 1;
   if (taken > kMaxHeaderBytes - m_line.size()) {
-    m_collector.FailHeaderTooLarge();
-    m_state = State::kFailed;
+    FailHeaderTooLarge();
     return;
   }
   m_line.append(bytes->substr(0, taken));
   bytes->remove_prefix(taken);
   if (!CanContinue() || lineFeed == bytes->npos) return;
-  const std::string line = std::exchange(m_line, {});
-  OnLine(line);
-  if (m_collector.Failed()) m_state = State::kFailed;
+  OnLine(std::exchange(m_line, {}));
 }
 
 // Whether the line, as far as it has come, can still be the one that is due: what is no HTTP must
@@ -88,7 +138,7 @@ void ResponseReader::TakeLine(std::string_view* bytes) {
 bool ResponseReader::CanContinue() {
   if (m_state == State::kStatusLine && !std::string_view(m_line).starts_with(kVersion) &&
       !kVersion.starts_with(m_line)) {
-    return Malformed(L"a status line that is none");
+    return Malformed(L"no status line");
   }
   if (m_state == State::kChunkEnd && !std::string_view("\r\n").starts_with(m_line)) {
     return Malformed(L"a chunk that is longer than its size");
@@ -108,60 +158,83 @@ void ResponseReader::OnLine(std::string_view line) {
   }
   switch (m_state) {
     case State::kStatusLine:
-      if (m_collector.CountHeaderBytes(size)) OnStatusLine(line);
+      if (CountHeaderBytes(size)) OnStatusLine(line);
       return;
     case State::kFields:
-      if (!m_collector.CountHeaderBytes(size)) return;
+      if (!CountHeaderBytes(size)) return;
       if (line.empty()) {
         OnHeadEnd();
       } else {
-        m_collector.Field(line);
+        OnField(line);
       }
       return;
     case State::kChunkSize:
       if (carriageReturn) {
         OnChunkSize(line);
       } else {
-        Malformed(L"a chunk size that is none");
+        Malformed(L"a malformed chunk size");
       }
       return;
     case State::kChunkEnd:
       m_state = State::kChunkSize;
       return;
     default:  // a trailer
-      if (m_collector.CountHeaderBytes(size) && line.empty()) m_state = State::kDone;
+      if (CountHeaderBytes(size) && line.empty()) m_state = State::kDone;
       return;
   }
 }
 
 // RFC 9112, 4. The space in front of a missing reason is often missing, too.
 void ResponseReader::OnStatusLine(std::string_view line) {
-  const std::uint32_t status = StatusOf(line);
-  if (line.size() < kStatusLineBytes || !IsDigit(line[kVersion.size()]) ||
-      line[kVersion.size() + 1] != ' ' || status < kFirstStatus ||
-      (line.size() > kStatusLineBytes && line[kStatusLineBytes] != ' ')) {
-    Malformed(L"a status line that is none");
+  std::uint32_t status = 0;
+  bool wellFormed = line.size() >= kStatusLineBytes && IsDigit(line[kVersion.size()]) &&
+                    line[kVersion.size() + 1] == ' ' &&
+                    (line.size() == kStatusLineBytes || line[kStatusLineBytes] == ' ');
+  for (std::size_t i = kStatusAt; wellFormed && i < kStatusLineBytes; ++i) {
+    wellFormed = IsDigit(line[i]);
+    status = status * 10 + static_cast<std::uint32_t>(line[i] - '0');
+  }
+  if (!wellFormed || status < kFirstStatus) {
+    Malformed(L"no status line");
     return;
   }
   m_http10 = line[kVersion.size()] == '0';
-  m_collector.Begin(status);
+  m_result.status = status;
+  m_result.headers.clear();
   m_state = State::kFields;
+}
+
+void ResponseReader::OnField(std::string_view line) {
+  const std::size_t colon = line.find(':');
+  if (colon == line.npos || colon == 0 || Trim(line.substr(0, colon)).size() != colon) {
+    Malformed(L"a malformed header line");  // RFC 9112, 5.1 and 5.2: a folded one, too
+    return;
+  }
+  const std::wstring name = LowerAscii(WideFromLatin1(line.substr(0, colon)));
+  const std::wstring value = WideFromLatin1(Trim(line.substr(colon + 1)));
+  const auto [field, added] = m_result.headers.emplace(name, value);
+  if (added) return;
+  if (name != L"content-length") {
+    field->second += L", " + value;
+  } else if (field->second != value) {  // RFC 9112, 6.3
+    Malformed(L"two different lengths");
+  }
 }
 
 // RFC 9112, 6.3: where the body ends.
 void ResponseReader::OnHeadEnd() {
-  const std::uint32_t status = m_collector.Result().status;
-  const std::wstring* const coding = m_collector.Find(L"transfer-encoding");
-  const std::wstring* const length = m_collector.Find(L"content-length");
+  const std::uint32_t status = m_result.status;
+  const std::wstring* const coding = m_result.Find(L"transfer-encoding");
+  const std::wstring* const length = m_result.Find(L"content-length");
   if (status == kSwitchingProtocols) {  // RFC 9110, 15.2.2: nobody asked for it
-    Malformed(L"a protocol that nobody asked for");
+    Malformed(L"a change of protocol");
   } else if (status < kFirstFinalStatus) {
     m_state = State::kStatusLine;
   } else if (coding && (length || m_http10)) {  // RFC 9112, 6.1: a sign of smuggling
     Malformed(L"two different lengths");
   } else if (coding && !EqualsIgnoreAsciiCase(*coding, L"chunked")) {
-    Malformed(L"a transfer coding that nobody asked for");
-  } else if (status == kNoContent || status == kNotModified) {
+    Malformed(L"an unknown transfer coding");
+  } else if (m_answers == Answers::kHead || status == kNoContent || status == kNotModified) {
     m_state = State::kDone;
   } else if (coding) {
     m_state = State::kChunkSize;
@@ -175,14 +248,14 @@ void ResponseReader::OnHeadEnd() {
 // RFC 9110, 8.6. One that 64 bits do not hold is too large for any limit.
 void ResponseReader::FrameByLength(std::wstring_view length) {
   if (length.empty() || length.find_first_not_of(L"0123456789") != length.npos) {
-    Malformed(L"a length that is none");
+    Malformed(L"a malformed length");
     return;
   }
   std::uint64_t value = 0;
   for (const wchar_t c : length) {
     value = value * 10 + static_cast<std::uint64_t>(c - L'0');
-    if (value > m_collector.BodyBytesLeft()) {
-      m_collector.FailBodyTooLarge();
+    if (value > BodyBytesLeft()) {
+      FailBodyTooLarge();
       return;
     }
   }
@@ -201,10 +274,10 @@ void ResponseReader::OnChunkSize(std::string_view line) {
   const std::string_view rest = line.substr(digits);
   const std::size_t extension = rest.find_first_not_of(" \t");
   if (digits == 0 || (extension != rest.npos && rest[extension] != ';')) {
-    Malformed(L"a chunk size that is none");
-  } else if (m_collector.CountHeaderBytes(rest.size())) {
-    if (size > m_collector.BodyBytesLeft()) {
-      m_collector.FailBodyTooLarge();
+    Malformed(L"a malformed chunk size");
+  } else if (CountHeaderBytes(rest.size())) {
+    if (size > BodyBytesLeft()) {
+      FailBodyTooLarge();
       return;
     }
     m_bytesLeft = size;
@@ -217,10 +290,16 @@ void ResponseReader::TakeBody(std::string_view* bytes) {
   const auto taken =
       toEnd ? bytes->size()
             : static_cast<std::size_t>(std::min<std::uint64_t>(bytes->size(), m_bytesLeft));
-  if (!m_collector.Body(bytes->substr(0, taken))) {
-    m_state = State::kFailed;
+  const std::wstring* const coding = m_result.Find(L"content-encoding");
+  if (coding && !EqualsIgnoreAsciiCase(*coding, L"identity")) {
+    Malformed(L"an unknown content coding");
     return;
   }
+  if (taken > BodyBytesLeft()) {
+    FailBodyTooLarge();
+    return;
+  }
+  m_result.body.append(bytes->substr(0, taken));
   bytes->remove_prefix(taken);
   if (toEnd) return;
   m_bytesLeft -= taken;

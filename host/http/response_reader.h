@@ -7,21 +7,43 @@
 #include <string>
 #include <string_view>
 
-#include "host/http/response_collector.h"
+#include "host/common/buffered_response.h"
 
 namespace Corvane::Host {
 
+// What came back: a whole response, or an error code with a remark for people.
+struct WireResult {
+  std::uint32_t error = 0;
+  std::wstring remark;
+  std::uint32_t status = 0;
+  BufferedResponse::Headers headers;
+  std::string body;
+  // The connection stands where the next response begins, beyond doubt, and stays open.
+  bool reusable = false;
+
+  // The value of a field, named in lower case; null for none.
+  const std::wstring* Find(const wchar_t* name) const;
+  // The same as the bytes that came; empty for none.
+  std::string BytesOf(const wchar_t* name) const;
+};
+
+// All heads of one response, against a device that sends header lines or interim responses without
+// end.
+constexpr std::size_t kMaxHeaderBytes = std::size_t{64} << 10;
+
 // Fed as the bytes come, in pieces of any size. Strict (RFC 9112): what frames the message must be
 // beyond doubt, or the response fails with kErrorInvalidResponse. Interim responses are skipped;
-// trailers change nothing; bytes behind the end are ignored. Lines may end with a bare LF (RFC
-// 9112, 2.2), but not where chunks are framed. The request must not have been HEAD or CONNECT,
-// whose responses are framed otherwise.
+// trailers change nothing; bytes behind the end only keep the connection from further use. Lines
+// may end with a bare LF (RFC 9112, 2.2), but not where chunks are framed. The request must not
+// have been CONNECT, whose response is framed otherwise.
 //
 // Bounded: kMaxHeaderBytes for all heads, trailers and chunk extensions, the given limit for the
 // body.
 class ResponseReader {
  public:
-  explicit ResponseReader(std::size_t maxBodyBytes) : m_collector(maxBodyBytes) {}
+  enum class Answers { kAnyRequest, kHead };  // a response to HEAD has no body
+  explicit ResponseReader(std::size_t maxBodyBytes, Answers answers = Answers::kAnyRequest)
+      : m_maxBodyBytes(maxBodyBytes), m_answers(answers) {}
 
   // False when the response has failed.
   bool Feed(std::string_view bytes);
@@ -31,11 +53,12 @@ class ResponseReader {
   bool Fail(std::uint32_t error, std::wstring remark);
 
   // The head of a final response has been read whole.
-  bool HasHead() const { return m_state >= State::kBodyOfLength && m_state != State::kFailed; }
+  bool HasHead() const { return m_state >= State::kBodyOfLength && !Failed(); }
   // The response is whole, or has failed.
   bool Done() const { return m_state >= State::kDone; }
-  const WireResult& Result() const { return m_collector.Result(); }
-  WireResult TakeResult() { return m_collector.TakeResult(); }
+  bool Failed() const { return m_state == State::kFailed; }
+  const WireResult& Result() const { return m_result; }
+  WireResult TakeResult();
 
  private:
   enum class State {
@@ -57,16 +80,26 @@ class ResponseReader {
   bool CanContinue();
   void OnLine(std::string_view line);
   void OnStatusLine(std::string_view line);
+  void OnField(std::string_view line);
   void OnHeadEnd();
   void OnChunkSize(std::string_view line);
   void FrameByLength(std::wstring_view length);
+  bool StaysOpen() const;
+  bool CountHeaderBytes(std::size_t bytes);
+  std::size_t BodyBytesLeft() const { return m_maxBodyBytes - m_result.body.size(); }
   bool Malformed(const wchar_t* what);
+  bool FailHeaderTooLarge();
+  bool FailBodyTooLarge();
 
+  const std::size_t m_maxBodyBytes;
+  const Answers m_answers;
   State m_state = State::kStatusLine;
   std::string m_line;             // begun, up to its LF
   std::uint64_t m_bytesLeft = 0;  // of the body or of the chunk
+  std::size_t m_headerBytes = 0;
   bool m_http10 = false;
-  ResponseCollector m_collector;
+  bool m_doubtful = false;  // where the next response begins
+  WireResult m_result;
 };
 
 }  // namespace Corvane::Host

@@ -4,6 +4,7 @@
 
 #include "base/letter_case.h"
 #include "base/utf8.h"
+#include "host/http/request_url.h"
 
 namespace Corvane::Host {
 namespace {
@@ -41,13 +42,16 @@ const wchar_t* TakeCredentials(const RequestSettings& settings, const DeviceSett
              : nullptr;
 }
 
-void DropSecrets(WireRequest* request) {
+void DropCredentials(WireRequest* request) {
   request->userName.clear();
   request->password.clear();
+}
+
+void DropSecrets(WireRequest* request) {
+  DropCredentials(request);
   std::erase_if(request->headers, [](const auto& header) {
-    const std::wstring name = WideFromLatin1(header.first);
-    return EqualsIgnoreAsciiCase(name, L"authorization") ||
-           EqualsIgnoreAsciiCase(name, L"proxy-authorization");
+    const std::string name = LowerAscii(header.first);
+    return name == "authorization" || name == "proxy-authorization";
   });
 }
 
@@ -62,6 +66,11 @@ const wchar_t* CheckHeader(std::wstring_view name, std::wstring_view value,
 }
 
 }  // namespace
+
+std::ptrdiff_t WireRequest::CountHeaders(std::string_view name) const {
+  return std::count_if(headers.begin(), headers.end(),
+                       [name](const auto& header) { return LowerAscii(header.first) == name; });
+}
 
 const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSettings& device,
                                 bool forIPP, WireRequest* request) {
@@ -80,7 +89,9 @@ const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSet
   }
   request->contentType = ToUtf8(settings.contentType);
   if (HasControl(request->contentType)) return L"a control character in a header";
-  if (request->url.starts_with("https:")) return nullptr;
+  if (SplitUrl(request->url).host.empty()) return L"a resource that makes no URL";
+  if (request->CountHeaders("authorization") != 0) DropCredentials(request);
+  if (request->IsOverTls()) return nullptr;
   request->allowsBasic = device.basicInClear;
   if (device.secretsOverTlsOnly.value_or(forIPP)) DropSecrets(request);
   return nullptr;

@@ -5,19 +5,23 @@
 #include <openssl/pem.h>
 #include <openssl/x509.h>
 
-#include <array>
 #include <memory>
-#include <string_view>
 
 namespace Corvane::Host {
 namespace {
 
-using Bio = std::unique_ptr<BIO, CurlDeleter<BIO_free>>;
-using Certificate = std::unique_ptr<X509, CurlDeleter<X509_free>>;
+template <auto Free>
+struct Deleter {
+  template <typename T>
+  void operator()(T* object) const {
+    Free(object);
+  }
+};
 
-constexpr std::size_t kHashBytes = 32;
+using Bio = std::unique_ptr<BIO, Deleter<BIO_free>>;
+using Certificate = std::unique_ptr<X509, Deleter<X509_free>>;
 
-// The first certificate is the peer's own; the rest vouch for it. Empty for none.
+// The first certificate is the peer's own; each of the rest signs the one before. Empty for none.
 std::string_view PeerCertificate(CURL* handle) {
   constexpr std::string_view kName = "Cert:";
   curl_certinfo* chain = nullptr;
@@ -32,20 +36,6 @@ std::string_view PeerCertificate(CURL* handle) {
   return {};
 }
 
-std::string HashOfKey(X509* certificate) {
-  unsigned char* der = nullptr;
-  const int size = i2d_X509_PUBKEY(X509_get_X509_PUBKEY(certificate), &der);
-  if (size <= 0) return {};
-  std::array<unsigned char, kHashBytes> hash{};
-  const int hashed =
-      EVP_Digest(der, static_cast<std::size_t>(size), hash.data(), nullptr, EVP_sha256(), nullptr);
-  OPENSSL_free(der);
-  if (hashed != 1) return {};
-  std::array<unsigned char, (kHashBytes + 2) / 3 * 4 + 1> text{};
-  const int digits = EVP_EncodeBlock(text.data(), hash.data(), static_cast<int>(hash.size()));
-  return "sha256//" + std::string(text.begin(), text.begin() + digits);
-}
-
 }  // namespace
 
 std::string PeerKey(CURL* handle) {
@@ -54,7 +44,26 @@ std::string PeerKey(CURL* handle) {
   const Bio text(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())));
   const Certificate certificate(text ? PEM_read_bio_X509(text.get(), nullptr, nullptr, nullptr)
                                      : nullptr);
-  return certificate ? HashOfKey(certificate.get()) : std::string();
+  if (!certificate) return {};
+  unsigned char* der = nullptr;
+  const int size = i2d_X509_PUBKEY(X509_get_X509_PUBKEY(certificate.get()), &der);
+  if (size <= 0) return {};
+  std::string hash(EVP_MAX_MD_SIZE, '\0');
+  unsigned int hashBytes = 0;
+  const int hashed =
+      EVP_Digest(der, static_cast<std::size_t>(size), reinterpret_cast<unsigned char*>(hash.data()),
+                 &hashBytes, EVP_sha256(), nullptr);
+  OPENSSL_free(der);
+  return hashed == 1 ? "sha256//" + Base64(hash.substr(0, hashBytes)) : std::string();
+}
+
+std::string Base64(std::string_view bytes) {
+  std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');  // with the NUL that is written, too
+  const int digits = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
+                                     reinterpret_cast<const unsigned char*>(bytes.data()),
+                                     static_cast<int>(bytes.size()));
+  text.resize(static_cast<std::size_t>(digits));
+  return text;
 }
 
 }  // namespace Corvane::Host

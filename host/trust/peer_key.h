@@ -2,9 +2,10 @@
 #ifndef CORVANE_HOST_TRUST_PEER_KEY_H_
 #define CORVANE_HOST_TRUST_PEER_KEY_H_
 
-#include <string>
+#include <curl/curl.h>
 
-#include "host/http/curl_handles.h"
+#include <string>
+#include <string_view>
 
 namespace Corvane::Host {
 
@@ -13,6 +14,9 @@ namespace Corvane::Host {
 // up for the key's sake. Empty when there was none, or the handle was not told to keep it
 // (CURLOPT_CERTINFO).
 std::string PeerKey(CURL* handle);
+
+// RFC 4648, 4.
+std::string Base64(std::string_view bytes);
 
 }  // namespace Corvane::Host
 

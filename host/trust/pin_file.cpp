@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
-#include <filesystem>
 #include <string_view>
 #include <system_error>
 #include <thread>
@@ -29,19 +27,15 @@ constexpr std::size_t kMaxPinFileBytes = std::size_t{1} << 20;
 constexpr int kLockPauseMs = 10;
 constexpr mode_t kFileMode = 0644;  // the keys are public
 
-class Descriptor {
- public:
-  explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
+// Closing frees its lock, too, also when the process dies.
+struct Descriptor {
+  explicit Descriptor(int descriptor) : number(descriptor) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   ~Descriptor() {
-    if (m_descriptor >= 0) close(m_descriptor);
+    if (number >= 0) close(number);
   }
-  int Get() const { return m_descriptor; }
-  explicit operator bool() const { return m_descriptor >= 0; }
-
- private:
-  const int m_descriptor;
+  const int number;
 };
 
 bool IsName(std::string_view text) {
@@ -61,55 +55,62 @@ bool IsKey(std::string_view text) {
          });
 }
 
-bool WriteAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = write(descriptor, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(written));
+// Up to a byte more than a pin file may have; false with errno.
+bool ReadAll(int file, std::string* text) {
+  text->resize(kMaxPinFileBytes + 1);
+  std::size_t size = 0;
+  for (ssize_t bytes = 1; bytes > 0 && size < text->size();) {
+    bytes = read(file, text->data() + size, text->size() - size);
+    if (bytes < 0 && errno != EINTR) return false;
+    if (bytes < 0)
+      bytes = 1;  // try again
+    else
+      size += static_cast<std::size_t>(bytes);
   }
+  text->resize(size);
   return true;
 }
 
-// Where a link leads, so that the file is replaced and not the link.
-std::string Target(const std::string& path) {
-  std::error_code error;
-  const std::filesystem::path target = std::filesystem::weakly_canonical(path, error);
-  return error ? path : target.string();
+// Behind `size` bytes, durably, or not at all.
+bool Append(int file, std::size_t size, std::string_view text) {
+  const auto end = static_cast<off_t>(size);
+  const ssize_t written = pwrite(file, text.data(), text.size(), end);
+  if (written == static_cast<ssize_t>(text.size()) && fsync(file) == 0) return true;
+  const int error = written < 0 ? errno : ENOSPC;
+  static_cast<void>(ftruncate(file, end));
+  errno = error;
+  return false;
 }
 
 }  // namespace
 
+std::wstring PinFile::Name() const {
+  return ToWideStrictly(m_path).value_or(WideFromLatin1(m_path));
+}
+
 PinLookup PinFile::Fault(const std::string& what) const {
-  std::wstring file = ToWideStrictly(m_path).value_or(WideFromLatin1(m_path));
   return {std::nullopt, kErrorSecureFailure,
-          L"the pin file " + std::move(file) + L' ' + WideFromLatin1(what)};
+          L"the pin file " + Name() + L' ' + WideFromLatin1(what)};
 }
 
-PinLookup PinFile::SystemFault(const char* what, int error) const {
-  return Fault(std::string(what) + ": " + std::generic_category().message(error));
+PinLookup PinFile::SystemFault(const char* what) const {
+  return Fault(std::string(what) + ": " + std::generic_category().message(errno));
 }
 
-// A lookup that has failed, or none.
-std::optional<PinLookup> PinFile::Read(std::string* text) const {
-  // Not to wait for the writer of a pipe.
-  const Descriptor file(open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (!file && errno == ENOENT) return std::nullopt;
-  struct stat status {};
-  if (!file || fstat(file.Get(), &status) != 0) return SystemFault("cannot be read", errno);
-  if (!S_ISREG(status.st_mode)) return Fault("is no file");
-  text->resize(kMaxPinFileBytes + 1);
-  std::size_t size = 0;
-  while (size < text->size()) {
-    const ssize_t bytes = read(file.Get(), text->data() + size, text->size() - size);
-    if (bytes < 0 && errno == EINTR) continue;
-    if (bytes < 0) return SystemFault("cannot be read", errno);
-    if (bytes == 0) break;
-    size += static_cast<std::size_t>(bytes);
+PinLookup PinFile::Lock(int file, int operation, std::int64_t waitMs,
+                        const std::atomic<bool>& cancelled) const {
+  const Clock::time_point end = Clock::now() + std::chrono::milliseconds(waitMs);
+  while (flock(file, operation | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return SystemFault("cannot be locked");
+    if (cancelled.load()) return {std::nullopt, kErrorCancelled, L"cancelled"};
+    if (Clock::now() >= end) {
+      PinLookup late = Fault("is locked by another process");
+      late.error = kErrorTimeout;
+      return late;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(kLockPauseMs));
   }
-  text->resize(size);
-  if (size <= kMaxPinFileBytes) return std::nullopt;
-  return Fault("is larger than " + std::to_string(kMaxPinFileBytes) + " bytes");
+  return {};
 }
 
 PinLookup PinFile::FindIn(const std::string& text, const std::string& name) const {
@@ -135,70 +136,44 @@ PinLookup PinFile::FindIn(const std::string& text, const std::string& name) cons
   return found;
 }
 
-PinLookup PinFile::Find(const std::string& name) const {
-  std::string text;
-  if (std::optional<PinLookup> failed = Read(&text)) return *std::move(failed);
-  return FindIn(text, name);
-}
-
-PinLookup PinFile::Record(const std::string& name, const std::string& key, std::int64_t waitMs,
+// Without `newKey` nothing is written.
+PinLookup PinFile::Access(const std::string& name, const std::string& newKey, std::int64_t waitMs,
                           const std::atomic<bool>& cancelled) const {
-  const Clock::time_point end = Clock::now() + std::chrono::milliseconds(waitMs);
-  const std::string target = Target(m_path);
-  const Descriptor lock(
-      open((target + ".lock").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, kFileMode));
-  if (!lock) return SystemFault("cannot be locked", errno);
-  // Freed with its descriptor, also when the process dies.
-  while (flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
-    if (errno != EWOULDBLOCK && errno != EINTR) return SystemFault("cannot be locked", errno);
-    if (cancelled.load()) return {std::nullopt, kErrorCancelled, L"cancelled"};
-    if (Clock::now() >= end) {
-      PinLookup late = Fault("is locked by another process");
-      late.error = kErrorTimeout;
-      return late;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(kLockPauseMs));
+  const bool writes = !newKey.empty();
+  // Not to wait for the writer of a pipe.
+  const Descriptor file(open(
+      m_path.c_str(), (writes ? O_RDWR | O_CREAT : O_RDONLY) | O_CLOEXEC | O_NONBLOCK, kFileMode));
+  if (file.number < 0 && errno == ENOENT && !writes) return {};
+  struct stat status {};
+  if (file.number < 0 || fstat(file.number, &status) != 0) {
+    return SystemFault(writes ? "cannot be written" : "cannot be read");
   }
-
+  if (!S_ISREG(status.st_mode)) return Fault("is no file");
+  PinLookup locked = Lock(file.number, writes ? LOCK_EX : LOCK_SH, waitMs, cancelled);
+  if (locked.error != 0) return locked;
   std::string text;
-  if (std::optional<PinLookup> failed = Read(&text)) return *std::move(failed);
+  if (!ReadAll(file.number, &text)) return SystemFault("cannot be read");
+  if (text.size() > kMaxPinFileBytes) {
+    return Fault("is larger than " + std::to_string(kMaxPinFileBytes) + " bytes");
+  }
   PinLookup known = FindIn(text, name);
-  if (known.pin || known.error != 0) return known;
-  if (!text.empty() && !text.ends_with('\n')) text += '\n';
-  text.append(name).append(" ").append(key).append("\n");
-  if (text.size() > kMaxPinFileBytes) return Fault("has no room for another key");
-  known = FindIn(text, name);  // what others will read
-  if (!known.pin) return known;
-  if (std::optional<PinLookup> failed = Replace(target, text)) return *std::move(failed);
+  if (known.pin || known.error != 0 || !writes) return known;
+  const std::string added =
+      (text.empty() || text.ends_with('\n') ? "" : "\n") + name + ' ' + newKey + '\n';
+  if (text.size() + added.size() > kMaxPinFileBytes) return Fault("has no room for another key");
+  known = FindIn(text + added, name);  // what others will read
+  if (known.pin && !Append(file.number, text.size(), added)) {
+    return SystemFault("cannot be written");
+  }
   return known;
 }
 
-// The caller has the lock, so the new file's name is its own.
-std::optional<PinLookup> PinFile::Replace(const std::string& file, const std::string& text) const {
-  const std::string next = file + ".new";
-  struct stat status {};
-  const mode_t mode = stat(file.c_str(), &status) == 0 ? status.st_mode & 07777U : kFileMode;
-  {
-    const Descriptor made(
-        open(next.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, kFileMode));
-    if (!made || !WriteAll(made.Get(), text) || fchmod(made.Get(), mode) != 0 ||
-        fsync(made.Get()) != 0) {
-      const int error = errno;
-      unlink(next.c_str());
-      return SystemFault("cannot be written", error);
-    }
-  }
-  if (rename(next.c_str(), file.c_str()) != 0) {
-    const int error = errno;
-    unlink(next.c_str());
-    return SystemFault("cannot be replaced", error);
-  }
-  // After a power failure there may be the old file, where the file system does not sync folders:
-  // the first use comes again then.
-  const Descriptor folder(
-      open(std::filesystem::path(file).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (folder) static_cast<void>(fsync(folder.Get()));
-  return std::nullopt;
+std::wstring PinFile::TellOfChange(const PinnedKey& pin, const std::string& shown) const {
+  std::wstring text =
+      L"the key of " + WideFromLatin1(pin.name) + L" has changed from " + WideFromLatin1(pin.key);
+  if (!shown.empty()) text += L" to " + WideFromLatin1(shown);
+  return text + L"; where the device is known to have a new one, remove line " +
+         std::to_wstring(pin.line) + L" of " + Name();
 }
 
 }  // namespace Corvane::Host

@@ -28,27 +28,35 @@ struct PinLookup {
 // nothing. A file with any other line is refused as a whole, as is one that cannot be read: what it
 // should say is not known. A file that does not exist has no keys.
 //
-// Any number of threads and processes: the file is replaced as a whole, so that a reader needs no
-// lock; writers agree through a lock on "FILE.lock", which stays. A link to a file is followed.
-// Throws bad_alloc.
+// Any number of threads and processes agree through a lock on the file (flock), which each waits
+// for up to `waitMs`; a cancel takes effect within kLockPauseMs. Throws bad_alloc.
 class PinFile {
  public:
   // `path`: UTF-8.
   explicit PinFile(std::string path) : m_path(std::move(path)) {}
 
-  PinLookup Find(const std::string& name) const;
+  PinLookup Find(const std::string& name, std::int64_t waitMs,
+                 const std::atomic<bool>& cancelled) const {
+    return Access(name, {}, waitMs, cancelled);
+  }
   // Adds `key`, unless there is one for `name` by now: that is the result then, whatever it is.
-  // Durable when it returns. Waits up to `waitMs` for other writers; a cancel takes effect within
-  // kLockPauseMs. A failure changes nothing.
+  // Durable when it returns. A failure changes nothing.
   PinLookup Record(const std::string& name, const std::string& key, std::int64_t waitMs,
-                   const std::atomic<bool>& cancelled) const;
+                   const std::atomic<bool>& cancelled) const {
+    return Access(name, key, waitMs, cancelled);
+  }
+  // What people are to know when a device shows another key than `pin`, or, empty, none.
+  std::wstring TellOfChange(const PinnedKey& pin, const std::string& shown) const;
 
  private:
+  PinLookup Access(const std::string& name, const std::string& newKey, std::int64_t waitMs,
+                   const std::atomic<bool>& cancelled) const;
   PinLookup Fault(const std::string& what) const;
-  PinLookup SystemFault(const char* what, int error) const;
-  std::optional<PinLookup> Read(std::string* text) const;
+  PinLookup SystemFault(const char* what) const;
+  PinLookup Lock(int file, int operation, std::int64_t waitMs,
+                 const std::atomic<bool>& cancelled) const;
   PinLookup FindIn(const std::string& text, const std::string& name) const;
-  std::optional<PinLookup> Replace(const std::string& file, const std::string& text) const;
+  std::wstring Name() const;
 
   const std::string m_path;
 };

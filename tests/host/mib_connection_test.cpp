@@ -287,10 +287,8 @@ TEST_F(MibConnection, SessionsOfOneUserKeepTheirOwnKeys) {
   }
 }
 
-// What version 3 remembers of an agent's clock made one that lost its own look like a replay, to
-// every later message of the process.
-// What version 3 remembers of an agent's starts made one that forgot its own look like a replay, to
-// every later session of the process.
+// To version 3, an agent that forgot how often it has started looked like a replay, in every later
+// session of the process.
 TEST_F(MibConnection, FindsAnAgentAgainThatBeganAnew) {
   const std::string engine = "exactEngineID 0x80001f8804636f7276616e65\n";
   const std::pair<const char*, std::string> kCases[] = {

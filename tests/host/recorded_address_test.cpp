@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "corvane/error_codes.h"
 #include "tests/host/exchange.h"
 #include "tests/support/hr.h"
 #include "tests/support/temp_folder.h"
@@ -109,7 +110,7 @@ TEST_F(RecordedAddress, RefusesFilesAboveTheLimit) {
   fs::resize_file(file, kLimit + 1);
   const Exchanged seen = Exchange(m_address, L"/large");
   EXPECT_HR(seen.result, static_cast<HRESULT>(0x80072F98));
-  EXPECT_EQ(seen.error, 12184U);
+  EXPECT_EQ(seen.error, kErrorResponseTooLarge);
   EXPECT_EQ(seen.status, 0U);
 }
 

@@ -5,10 +5,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <string>
-#include <thread>
 
+#include "corvane/error_codes.h"
 #include "tests/host/streaming.h"
 #include "tests/support/hr.h"
 #include "tests/support/loopback_server.h"
@@ -36,8 +35,8 @@ TEST(RequestInOnePiece, SendsItsBodyAtOnce) {
     const void* data;
     std::uint32_t error;
   } kCases[] = {{"the length that was told", size, body.data(), 0},
-                {"another length", size + 1, body.data(), 87},
-                {"no bytes", size, nullptr, 87}};
+                {"another length", size + 1, body.data(), kErrorInvalidParameter},
+                {"no bytes", size, nullptr, kErrorInvalidParameter}};
   for (const auto& row : kCases) {
     SCOPED_TRACE(row.name);
     const OnePiece piece(address);
@@ -51,7 +50,7 @@ TEST(RequestInOnePiece, SendsItsBodyAtOnce) {
     const Exchanged seen = piece.Respond();
     EXPECT_EQ(seen.error, row.error);
     EXPECT_EQ(seen.body, row.error == 0 ? "ok" : "");
-    EXPECT_HR(piece.Respond().result, ResultFromError(12019));
+    EXPECT_HR(piece.Respond().result, ResultFromError(kErrorOutOfOrder));
   }
   ASSERT_EQ(server.Requests().size(), 1U);
   EXPECT_TRUE(server.Requests()[0].ends_with("\r\nContent-Length: 9\r\n\r\n" + body));
@@ -65,7 +64,7 @@ TEST(RequestInOnePiece, HasItsOptionForALimitWithoutSendBody) {
   PostText(piece.request.get(), "x");
   piece.request->SetOption(300);
   const Exchanged seen = piece.Respond();
-  EXPECT_HR(seen.result, ResultFromError(12002));
+  EXPECT_HR(seen.result, ResultFromError(kErrorTimeout));
   EXPECT_TRUE(seen.failure.ends_with(L": timed out after 300 ms"));
 }
 
@@ -121,86 +120,24 @@ TEST(RequestInOnePiece, MayTakeLongerThanTheTotalTimeout) {
   }
 }
 
-TEST(RequestInOnePiece, EndsInTimeAndTellsOfALostAnswer) {
-  using Connection = LoopbackConnection;
-  const auto answer = [](std::string start, std::string piece = {}) {
-    return [=](Connection& c) {
-      c.ReadRequest();
-      c.Send(start);
-      while (c.Pause(50) && c.Send(piece)) {
-      }
-    };
-  };
-  const std::string kHead = "HTTP/1.1 200 OK\r\n";
-  const struct {
-    const char* name;
-    LoopbackServer::Script script;
-    bool large;  // no socket buffers take the document
-    std::uint32_t optionMs, totalMs;
-    std::uint32_t error;
-    std::wstring failure;
-    bool lost = true;
-  } kCases[] = {
-      {"takes nothing", [](Connection& c) { c.Pause(5'000); }, true, 300, 60'000, 12002,
-       L"the device took nothing for 300 ms", false},
-      {"takes nothing, and drips interim responses",
-       [](Connection& c) {
-         while (c.Send("HTTP/1.1 100 \r\n\r\n") && c.Pause(50)) {
-         }
-       },
-       true, 300, 60'000, 12002, L"the device took nothing for 300 ms", false},
-      {"silent", answer(""), false, 300, 60'000, 12002, L"the device was silent for 300 ms"},
-      {"half a body", answer(kHead + "Content-Length: 9\r\n\r\nhalf"), false, 300, 60'000, 12002,
-       L"the device was silent for 300 ms"},
-      {"drips its body", answer(kHead + "Content-Length: 9999\r\n\r\n", "x"), false, 300, 900,
-       12002, L"no whole response within 900 ms"},
-      {"drips interim responses", answer("", "HTTP/1.1 100 \r\n\r\n"), false, 900, 300, 12002,
-       L"no whole response within 900 ms"},
-      {"closes in the document", [](Connection& c) { c.ReadThrough("\r\n\r\n"); }, true, 0, 60'000,
-       12030, L"", false},
-      {"closes behind it", [](Connection& c) { c.ReadRequest(); }, false, 0, 60'000, 12030, L""},
-      {"closes in the answer",
-       [=](Connection& c) {
-         c.ReadRequest();
-         c.Send(kHead + "Content-Length: 9\r\n\r\nhalf");
-       },
-       false, 0, 60'000, 12030, L""},
-      {"answers with something else",
-       [](Connection& c) {
-         c.ReadRequest();
-         c.Send("SSH-2.0-device\r\n");
-       },
-       false, 0, 60'000, 12152, L""},
-      {"wants the document for ever",
-       [](Connection& c) {
-         while (!c.ReadRequest().empty()) {
-           c.Send(
-               "HTTP/1.1 401 No\r\nContent-Length: 0\r\n"
-               "WWW-Authenticate: Digest realm=\"r\", nonce=\"n\", stale=true\r\n\r\n");
-         }
-       },
-       false, 0, 60'000, 12152, L"the device asks for credentials again and again", false}};
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(row.name);
-    LoopbackServer server(row.script);
-    Host::NetworkOptions options = PrinterOptions(server.Port());
-    options.totalTimeoutMs = row.totalMs;
-    options.userName = L"admin";
-    options.password = L"secret";
-    options.secretsOverTlsOnly = false;
-    const Owned<Address> address = NetworkDevice(options);
-    const OnePiece piece(address);
-    piece.extended->SetOption(std::uintptr_t{row.optionMs});
-    const Clock::time_point start = Clock::now();
-    piece.Send(std::string(row.large ? 20 * kMegabyte : 100, 'x'));
-    EXPECT_LT(Clock::now() - start, kInTime);
-    EXPECT_FALSE(piece.extended->IsSending());
-    EXPECT_EQ(piece.request->GetLastError(), row.error);
-    const Exchanged seen = piece.Respond();
-    EXPECT_HR(seen.result, row.lost ? kAnswerLost : ResultFromError(row.error));
-    EXPECT_TRUE(seen.failure.ends_with(row.failure)) << testing::PrintToString(seen.failure);
-    EXPECT_LE(server.Requests().size(), 3U);
-  }
+TEST(RequestInOnePiece, GoesOutThreeTimesAtMost) {
+  LoopbackServer server([](LoopbackConnection& connection) {
+    while (!connection.ReadRequest().empty()) {
+      connection.Send(
+          "HTTP/1.1 401 No\r\nContent-Length: 0\r\n"
+          "WWW-Authenticate: Digest realm=\"r\", nonce=\"n\", stale=true\r\n\r\n");
+    }
+  });
+  Host::NetworkOptions options = PrinterOptions(server.Port());
+  options.userName = L"admin";
+  options.secretsOverTlsOnly = false;
+  const Owned<Address> address = NetworkDevice(options);
+  const OnePiece piece(address);
+  piece.Send("document");
+  const Exchanged seen = piece.Respond();
+  EXPECT_HR(seen.result, ResultFromError(kErrorInvalidResponse));
+  EXPECT_TRUE(seen.failure.ends_with(L"the device asks for credentials again and again"));
+  EXPECT_EQ(server.Requests().size(), 3U);
 }
 
 TEST(RequestInOnePiece, AnEarlyAnswerEndsTheSending) {
@@ -237,22 +174,6 @@ TEST(RequestInOnePiece, AnEarlyAnswerEndsTheSending) {
     EXPECT_EQ(seen.status, row.status) << testing::PrintToString(seen.failure);
     EXPECT_EQ(seen.body, "no");
   }
-}
-
-TEST(RequestInOnePiece, CancelEndsIt) {
-  LoopbackServer server([](LoopbackConnection& connection) { connection.Pause(10'000); });
-  const Owned<Address> address = NetworkDevice(PrinterOptions(server.Port()));
-  const OnePiece piece(address);
-  const Clock::time_point start = Clock::now();
-  std::thread canceller([&] {
-    while (!piece.extended->IsSending()) std::this_thread::yield();
-    std::this_thread::sleep_for(100ms);
-    piece.extended->Cancel();
-  });
-  piece.Send(std::string(20 * kMegabyte, 'x'));
-  canceller.join();
-  EXPECT_LT(Clock::now() - start, kInTime);
-  EXPECT_HR(piece.Respond().result, ResultFromError(12017));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "corvane/error_codes.h"
 #include "tests/host/exchange.h"
 #include "tests/support/hr.h"
 #include "tests/support/loopback_server.h"
@@ -223,7 +224,7 @@ TEST_F(RequestWire, FollowsRedirectsWithinTheDeviceOnly) {
     const Exchanged seen = Exchange(NetworkDevice(options), L"/from",
                                     [&row](HTTPRequest* r) { r->SetMethod(row.verb); });
     EXPECT_EQ(seen.status, row.status);
-    EXPECT_EQ(seen.error, row.status == 0 ? 12156U : 0U);
+    EXPECT_EQ(seen.error, row.status == 0 ? kErrorRedirectFailed : 0U);
     EXPECT_EQ(server.Requests().size(), row.requests);
     EXPECT_EQ(seen.failure.empty(), row.status == 200);
   }
@@ -239,7 +240,7 @@ TEST_F(RequestWire, ABrokenConnectionRepeatsAGetButNoPost) {
     std::size_t requests;
   } kCases[] = {
       {L"GET", "", 0, 3},
-      {L"POST", "print", 12030, 2},
+      {L"POST", "print", kErrorConnection, 2},
       {L"POST", "", 0, 2},  // over a connection of its own
   };
   for (const auto& row : kCases) {

@@ -5,6 +5,7 @@
 #include <random>
 #include <string>
 
+#include "corvane/error_codes.h"
 #include "tests/host/streaming.h"
 #include "tests/support/hr.h"
 #include "tests/support/loopback_server.h"
@@ -137,8 +138,8 @@ TEST_F(StreamedDocument, GoesToNobodyWhoseCertificateIsNotTrusted) {
   const Owned<Address> address = NetworkDevice(m_options);
   Streaming stream(address, 443);
   stream.request->SetPassword(L"secret");
-  EXPECT_HR(stream.Begin(), ResultFromError(12175));
-  EXPECT_EQ(stream.Respond().error, 12175U);
+  EXPECT_HR(stream.Begin(), ResultFromError(kErrorSecureFailure));
+  EXPECT_EQ(stream.Respond().error, kErrorSecureFailure);
   EXPECT_TRUE(m_printer.Requests().empty());
 }
 

@@ -77,6 +77,41 @@ struct OnePiece : PrinterRequest {
   }
 };
 
+// The ways that a body goes to port 443 or 631 of an address. Each gives what came of it.
+struct Way {
+  const char* name;
+  Exchanged (*exchange)(const Owned<Address>&, std::uint32_t port, const std::string& body,
+                        std::uint32_t silenceMs);
+};
+inline const Way kWays[] = {
+    {"plain",
+     [](const Owned<Address>& address, std::uint32_t port, const std::string& body, std::uint32_t) {
+       return Exchange(
+           address, L"/x", [&](HTTPRequest* request) { PostText(request, body); }, port);
+     }},
+    {"one piece",
+     [](const Owned<Address>& address, std::uint32_t port, const std::string& body,
+        std::uint32_t silenceMs) {
+       const OnePiece piece(address, port);
+       piece.extended->SetOption(std::uintptr_t{silenceMs});
+       piece.Send(body);
+       EXPECT_FALSE(piece.extended->IsSending());
+       return piece.Respond();
+     }},
+    {"streamed",
+     [](const Owned<Address>& address, std::uint32_t port, const std::string& body,
+        std::uint32_t silenceMs) {
+       Streaming stream(address, port);
+       stream.extended->SetOption(std::uintptr_t{silenceMs});
+       stream.request->SetPassword(L"secret");  // goes out at once, over TLS
+       const bool sent = stream.Begin() == S_OK && stream.Write(Framed(body)) == S_OK &&
+                         stream.Write(kLastChunk) == S_OK &&
+                         stream.extended->FinishChunkedSend() == S_OK;
+       EXPECT_FALSE(stream.extended->IsSending()) << sent;
+       return stream.Respond();
+     }},
+};
+
 }  // namespace Corvane::Test
 
 #endif  // CORVANE_TESTS_HOST_STREAMING_H_

@@ -12,9 +12,9 @@ namespace Corvane::Tool {
 
 bool IsRecorded(const Options& options);
 
-// Throws Failure with kBadUsage for an address that is none, a folder that is none, and options
+// Throws Failure with kBadUsage for a malformed address, a folder that does not exist, and options
 // that the kind of device does not have. Exchanges nothing with the device; the name of one on the
-// network is looked up, and a name that is not known is an address that is none.
+// network is looked up, and must be known.
 RefPtr<Address> OpenDevice(const Options& options);
 
 // Why its last exchange failed, escaped; empty when none has.
