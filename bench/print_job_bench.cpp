@@ -37,7 +37,7 @@
 #include "host/network_address.h"
 #include "tests/support/ipp_bytes.h"
 #include "tests/support/output_of.h"
-#include "tests/support/private_network.h"
+#include "tests/support/peers/private_network.h"
 #include "tests/support/temp_folder.h"
 
 namespace {

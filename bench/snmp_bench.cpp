@@ -21,7 +21,7 @@
 #include "corvane/corvane.h"
 #include "host/network_address.h"
 #include "host/snmp/netsnmp.h"
-#include "tests/support/snmpd.h"
+#include "tests/support/peers/snmpd.h"
 
 namespace {
 

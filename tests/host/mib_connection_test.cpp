@@ -9,8 +9,8 @@
 
 #include "corvane/error_codes.h"
 #include "tests/host/mib_session.h"
-#include "tests/support/snmpd.h"
-#include "tests/support/udp_relay.h"
+#include "tests/support/peers/snmpd.h"
+#include "tests/support/peers/udp_relay.h"
 
 namespace Corvane::Test {
 namespace {

@@ -12,8 +12,8 @@
 
 #include "corvane/error_codes.h"
 #include "tests/host/mib_session.h"
-#include "tests/support/scripted_agent.h"
-#include "tests/support/udp_relay.h"
+#include "tests/support/peers/scripted_agent.h"
+#include "tests/support/peers/udp_relay.h"
 
 namespace Corvane::Test {
 namespace {

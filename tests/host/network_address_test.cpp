@@ -12,7 +12,7 @@
 #include "corvane/error_codes.h"
 #include "tests/host/exchange.h"
 #include "tests/support/hr.h"
-#include "tests/support/nginx.h"
+#include "tests/support/peers/nginx.h"
 
 namespace Corvane::Test {
 namespace {

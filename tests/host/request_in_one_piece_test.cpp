@@ -10,7 +10,7 @@
 #include "corvane/error_codes.h"
 #include "tests/host/streaming.h"
 #include "tests/support/hr.h"
-#include "tests/support/loopback_server.h"
+#include "tests/support/peers/loopback_server.h"
 
 namespace Corvane::Test {
 namespace {

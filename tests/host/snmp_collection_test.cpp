@@ -7,8 +7,8 @@
 #include "corvane/corvane.h"
 #include "host/network_address.h"
 #include "tests/support/hr.h"
-#include "tests/support/snmpd.h"
-#include "tests/support/udp_relay.h"
+#include "tests/support/peers/snmpd.h"
+#include "tests/support/peers/udp_relay.h"
 
 namespace Corvane::Test {
 namespace {

@@ -8,8 +8,8 @@
 #include "corvane/error_codes.h"
 #include "tests/host/streaming.h"
 #include "tests/support/hr.h"
-#include "tests/support/loopback_server.h"
-#include "tests/support/nginx.h"
+#include "tests/support/peers/loopback_server.h"
+#include "tests/support/peers/nginx.h"
 
 namespace Corvane::Test {
 namespace {

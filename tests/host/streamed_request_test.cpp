@@ -19,7 +19,7 @@
 #include "host/http/request_url.h"
 #include "tests/host/streaming.h"
 #include "tests/support/hr.h"
-#include "tests/support/loopback_server.h"
+#include "tests/support/peers/loopback_server.h"
 
 namespace Corvane::Test {
 namespace {

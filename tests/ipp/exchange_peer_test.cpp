@@ -6,12 +6,12 @@
 
 #include "corvane/handles.h"
 #include "host/network_address.h"
-#include "ipp/wire/codes.h"
 #include "ipp/ipp_operations.h"
+#include "ipp/wire/codes.h"
 #include "platform/system.h"
 #include "tests/support/hr.h"
-#include "tests/support/loopback_server.h"
-#include "tests/support/nginx.h"
+#include "tests/support/peers/loopback_server.h"
+#include "tests/support/peers/nginx.h"
 
 namespace Corvane::Test {
 namespace {

@@ -13,8 +13,8 @@
 
 #include "corvane/handles.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "tests/support/peers/scripted_printer.h"
 #include "tests/support/process_counts.h"
-#include "tests/support/scripted_printer.h"
 
 namespace Corvane::Test {
 

@@ -17,9 +17,9 @@
 #include "tests/ipp/decoded.h"
 #include "tests/support/hr.h"
 #include "tests/support/ipp_bytes.h"
-#include "tests/support/loopback_server.h"
-#include "tests/support/nginx.h"
-#include "tests/support/private_network.h"
+#include "tests/support/peers/loopback_server.h"
+#include "tests/support/peers/nginx.h"
+#include "tests/support/peers/private_network.h"
 
 namespace Corvane::Test {
 namespace {

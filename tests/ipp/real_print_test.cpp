@@ -20,9 +20,9 @@
 #include "tests/ipp/decoded.h"
 #include "tests/ipp/streamed_document.h"
 #include "tests/support/hr.h"
-#include "tests/support/ippeveprinter.h"
 #include "tests/support/output_of.h"
-#include "tests/support/private_network.h"
+#include "tests/support/peers/ippeveprinter.h"
+#include "tests/support/peers/private_network.h"
 #include "tests/support/temp_folder.h"
 
 namespace Corvane::Test {

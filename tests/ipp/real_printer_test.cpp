@@ -18,14 +18,14 @@
 #include "collection/data_collection_impl.h"
 #include "corvane/handles.h"
 #include "host/network_address.h"
-#include "ipp/wire/codes.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "ipp/wire/codes.h"
 #include "tests/ipp/callers_attribute.h"
 #include "tests/ipp/decoded.h"
 #include "tests/support/hr.h"
-#include "tests/support/ippeveprinter.h"
 #include "tests/support/output_of.h"
-#include "tests/support/private_network.h"
+#include "tests/support/peers/ippeveprinter.h"
+#include "tests/support/peers/private_network.h"
 
 namespace Corvane::Test {
 namespace {

@@ -13,7 +13,7 @@
 
 #include "ipp/wire/codes.h"
 #include "tests/ipp/decoded.h"
-#include "tests/support/ippeveprinter.h"
+#include "tests/support/peers/ippeveprinter.h"
 
 namespace Corvane::Test {
 namespace {

@@ -14,7 +14,7 @@
 #include "tests/ipp/callers_attribute.h"
 #include "tests/ipp/streamed_document.h"
 #include "tests/support/hr.h"
-#include "tests/support/socket_address.h"
+#include "tests/support/peers/socket_address.h"
 
 namespace Corvane::Test {
 namespace {

@@ -10,8 +10,8 @@
 
 #include "ipp/wire/writer.h"
 #include "tests/support/ipp_bytes.h"
-#include "tests/support/ippeveprinter.h"
-#include "tests/support/loopback_server.h"
+#include "tests/support/peers/ippeveprinter.h"
+#include "tests/support/peers/loopback_server.h"
 #include "tests/tools/tool_run.h"
 #include "tools/ipp/ipp_exchange.h"
 #include "tools/options/device.h"

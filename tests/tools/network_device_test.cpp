@@ -6,8 +6,8 @@
 
 #include <chrono>
 
-#include "tests/support/loopback_server.h"
-#include "tests/support/nginx.h"
+#include "tests/support/peers/loopback_server.h"
+#include "tests/support/peers/nginx.h"
 #include "tests/tools/tool_run.h"
 
 namespace Corvane::Test {

@@ -11,9 +11,9 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/support/ipp_bytes.h"
-#include "tests/support/ippeveprinter.h"
-#include "tests/support/loopback_server.h"
-#include "tests/support/snmpd.h"
+#include "tests/support/peers/ippeveprinter.h"
+#include "tests/support/peers/loopback_server.h"
+#include "tests/support/peers/snmpd.h"
 #include "tests/tools/tool_run.h"
 
 namespace Corvane::Test {

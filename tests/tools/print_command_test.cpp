@@ -12,9 +12,9 @@
 #include <thread>
 
 #include "tests/support/ipp_bytes.h"
-#include "tests/support/ippeveprinter.h"
-#include "tests/support/loopback_server.h"
-#include "tests/support/private_network.h"
+#include "tests/support/peers/ippeveprinter.h"
+#include "tests/support/peers/loopback_server.h"
+#include "tests/support/peers/private_network.h"
 #include "tests/support/running_tool.h"
 #include "tests/tools/tool_run.h"
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "tests/support/snmpd.h"
+#include "tests/support/peers/snmpd.h"
 #include "tests/support/test_store.h"
 #include "tests/tools/tool_run.h"
 

@@ -1,7 +1,7 @@
 // A real SNMP agent for a test, on a loopback port of its own with a temporary folder of its own
 // (Linux).
-#ifndef CORVANE_TESTS_SUPPORT_SNMPD_H_
-#define CORVANE_TESTS_SUPPORT_SNMPD_H_
+#ifndef CORVANE_TESTS_SUPPORT_PEERS_SNMPD_H_
+#define CORVANE_TESTS_SUPPORT_PEERS_SNMPD_H_
 
 #include <sys/types.h>
 
@@ -46,4 +46,4 @@ class Snmpd {
 
 }  // namespace Corvane::Test
 
-#endif  // CORVANE_TESTS_SUPPORT_SNMPD_H_
+#endif  // CORVANE_TESTS_SUPPORT_PEERS_SNMPD_H_

@@ -1,4 +1,4 @@
-#include "tests/support/snmpd.h"
+#include "tests/support/peers/snmpd.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -14,7 +14,7 @@
 #include <iterator>
 #include <utility>
 
-#include "tests/support/udp_relay.h"
+#include "tests/support/peers/udp_relay.h"
 
 namespace Corvane::Test {
 namespace {

@@ -1,7 +1,7 @@
 // A host transport of the tests' own for IPP: HTTP/1.1 over plain blocking sockets (Windows, whose
 // reference host has no network).
-#ifndef CORVANE_TESTS_SUPPORT_SOCKET_ADDRESS_H_
-#define CORVANE_TESTS_SUPPORT_SOCKET_ADDRESS_H_
+#ifndef CORVANE_TESTS_SUPPORT_PEERS_SOCKET_ADDRESS_H_
+#define CORVANE_TESTS_SUPPORT_PEERS_SOCKET_ADDRESS_H_
 
 #include <atomic>
 #include <cstdint>
@@ -22,4 +22,4 @@ Address* CreateSocketAddress(std::uint16_t port, std::atomic<int>* requests);
 
 }  // namespace Corvane::Test
 
-#endif  // CORVANE_TESTS_SUPPORT_SOCKET_ADDRESS_H_
+#endif  // CORVANE_TESTS_SUPPORT_PEERS_SOCKET_ADDRESS_H_

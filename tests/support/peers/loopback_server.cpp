@@ -1,4 +1,4 @@
-#include "tests/support/loopback_server.h"
+#include "tests/support/peers/loopback_server.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

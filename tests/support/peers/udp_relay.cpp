@@ -1,4 +1,4 @@
-#include "tests/support/udp_relay.h"
+#include "tests/support/peers/udp_relay.h"
 
 #include <arpa/inet.h>
 #include <poll.h>

@@ -1,6 +1,6 @@
 // A real nginx for a test, on loopback ports of its own with a temporary folder of its own (Linux).
-#ifndef CORVANE_TESTS_SUPPORT_NGINX_H_
-#define CORVANE_TESTS_SUPPORT_NGINX_H_
+#ifndef CORVANE_TESTS_SUPPORT_PEERS_NGINX_H_
+#define CORVANE_TESTS_SUPPORT_PEERS_NGINX_H_
 
 #include <sys/types.h>
 
@@ -43,4 +43,4 @@ class Nginx {
 
 }  // namespace Corvane::Test
 
-#endif  // CORVANE_TESTS_SUPPORT_NGINX_H_
+#endif  // CORVANE_TESTS_SUPPORT_PEERS_NGINX_H_

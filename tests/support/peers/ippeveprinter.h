@@ -1,7 +1,7 @@
 // A real IPP printer for a test, on a loopback port with a temporary folder of its own
 // (Linux).
-#ifndef CORVANE_TESTS_SUPPORT_IPPEVEPRINTER_H_
-#define CORVANE_TESTS_SUPPORT_IPPEVEPRINTER_H_
+#ifndef CORVANE_TESTS_SUPPORT_PEERS_IPPEVEPRINTER_H_
+#define CORVANE_TESTS_SUPPORT_PEERS_IPPEVEPRINTER_H_
 
 #include <sys/types.h>
 
@@ -47,4 +47,4 @@ class Ippeveprinter {
 
 }  // namespace Corvane::Test
 
-#endif  // CORVANE_TESTS_SUPPORT_IPPEVEPRINTER_H_
+#endif  // CORVANE_TESTS_SUPPORT_PEERS_IPPEVEPRINTER_H_

@@ -1,6 +1,6 @@
 // A network of a test program's own, where nobody else has a port (Linux).
-#ifndef CORVANE_TESTS_SUPPORT_PRIVATE_NETWORK_H_
-#define CORVANE_TESTS_SUPPORT_PRIVATE_NETWORK_H_
+#ifndef CORVANE_TESTS_SUPPORT_PEERS_PRIVATE_NETWORK_H_
+#define CORVANE_TESTS_SUPPORT_PEERS_PRIVATE_NETWORK_H_
 
 #include <string>
 
@@ -17,4 +17,4 @@ std::string PrivateNetworkFailure();
 
 }  // namespace Corvane::Test
 
-#endif  // CORVANE_TESTS_SUPPORT_PRIVATE_NETWORK_H_
+#endif  // CORVANE_TESTS_SUPPORT_PEERS_PRIVATE_NETWORK_H_

@@ -1,4 +1,4 @@
-#include "tests/support/ippeveprinter.h"
+#include "tests/support/peers/ippeveprinter.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -16,7 +16,7 @@
 #include <string_view>
 #include <utility>
 
-#include "tests/support/loopback_server.h"
+#include "tests/support/peers/loopback_server.h"
 
 namespace Corvane::Test {
 namespace {

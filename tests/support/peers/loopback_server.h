@@ -1,6 +1,6 @@
 // A device that misbehaves to a script: a small HTTP server on a loopback port (Linux).
-#ifndef CORVANE_TESTS_SUPPORT_LOOPBACK_SERVER_H_
-#define CORVANE_TESTS_SUPPORT_LOOPBACK_SERVER_H_
+#ifndef CORVANE_TESTS_SUPPORT_PEERS_LOOPBACK_SERVER_H_
+#define CORVANE_TESTS_SUPPORT_PEERS_LOOPBACK_SERVER_H_
 
 #include <sys/socket.h>
 
@@ -82,4 +82,4 @@ int ListenOnLoopbackPort(int backlog, int family, std::uint16_t* port);
 
 }  // namespace Corvane::Test
 
-#endif  // CORVANE_TESTS_SUPPORT_LOOPBACK_SERVER_H_
+#endif  // CORVANE_TESTS_SUPPORT_PEERS_LOOPBACK_SERVER_H_

@@ -1,4 +1,4 @@
-#include "tests/support/scripted_printer.h"
+#include "tests/support/peers/scripted_printer.h"
 
 #include <algorithm>
 #include <optional>

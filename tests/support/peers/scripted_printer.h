@@ -1,7 +1,7 @@
 // An IPP printer in the process, behind the transport interfaces: it takes documents, keeps jobs
 // and does what a test tells it, at a moment that the test chooses.
-#ifndef CORVANE_TESTS_SUPPORT_SCRIPTED_PRINTER_H_
-#define CORVANE_TESTS_SUPPORT_SCRIPTED_PRINTER_H_
+#ifndef CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_PRINTER_H_
+#define CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_PRINTER_H_
 
 #include <chrono>
 #include <condition_variable>
@@ -123,4 +123,4 @@ class ScriptedPrinter final : public Counted<Address> {
 
 }  // namespace Corvane::Test
 
-#endif  // CORVANE_TESTS_SUPPORT_SCRIPTED_PRINTER_H_
+#endif  // CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_PRINTER_H_

@@ -1,7 +1,7 @@
 // Datagrams between a client and a server on loopback: counted, and lost, altered or invented to a
 // script (Linux).
-#ifndef CORVANE_TESTS_SUPPORT_UDP_RELAY_H_
-#define CORVANE_TESTS_SUPPORT_UDP_RELAY_H_
+#ifndef CORVANE_TESTS_SUPPORT_PEERS_UDP_RELAY_H_
+#define CORVANE_TESTS_SUPPORT_PEERS_UDP_RELAY_H_
 
 #include <netinet/in.h>
 
@@ -61,4 +61,4 @@ sockaddr_in LoopbackAddress(std::uint16_t port);
 
 }  // namespace Corvane::Test
 
-#endif  // CORVANE_TESTS_SUPPORT_UDP_RELAY_H_
+#endif  // CORVANE_TESTS_SUPPORT_PEERS_UDP_RELAY_H_

@@ -1,4 +1,4 @@
-#include "tests/support/nginx.h"
+#include "tests/support/peers/nginx.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -17,7 +17,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "tests/support/loopback_server.h"
+#include "tests/support/peers/loopback_server.h"
 
 namespace Corvane::Test {
 namespace {

@@ -1,7 +1,7 @@
 // The main of tests whose printers have the ports that the system itself chooses.
 #include <gtest/gtest.h>
 
-#include "tests/support/private_network.h"
+#include "tests/support/peers/private_network.h"
 
 int main(int argc, char** argv) {
   if (const int status = Corvane::Test::RunInPrivateNetwork(argv); status >= 0) return status;

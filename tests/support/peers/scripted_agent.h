@@ -1,6 +1,6 @@
 // SNMP messages of versions 1 and 2c (RFC 1157, RFC 3416) in BER, for agents that a test scripts.
-#ifndef CORVANE_TESTS_SUPPORT_SCRIPTED_AGENT_H_
-#define CORVANE_TESTS_SUPPORT_SCRIPTED_AGENT_H_
+#ifndef CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_AGENT_H_
+#define CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_AGENT_H_
 
 #include <cstddef>
 #include <string>
@@ -103,4 +103,4 @@ struct AgentRequest {
 
 }  // namespace Corvane::Test
 
-#endif  // CORVANE_TESTS_SUPPORT_SCRIPTED_AGENT_H_
+#endif  // CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_AGENT_H_

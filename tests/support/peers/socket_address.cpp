@@ -1,4 +1,4 @@
-#include "tests/support/socket_address.h"
+#include "tests/support/peers/socket_address.h"
 
 #include <winsock2.h>
 
