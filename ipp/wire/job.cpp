@@ -27,7 +27,8 @@ IPPJob JobOf(const IPPMessage& answer, const IPPGroup& group) {
   job.state = first("job-state");
   if (const IPPAttribute* const reasons = answer.Find(group, "job-state-reasons")) {
     for (const IPPValue& reason : answer.ValuesOf(*reasons)) {
-      job.reasons += (job.reasons.empty() ? "" : ",") + IPPTextOf(answer, reason);
+      if (!job.reasons.empty()) job.reasons += ',';
+      job.reasons += IPPTextOf(answer, reason);
     }
   }
   job.id = NumberOf(first("job-id"));

@@ -77,7 +77,10 @@ std::string FieldOf(const Json& value) {
 
 std::string LineOf(const Json& job) {
   std::string line;
-  for (const Json& value : job) line += (line.empty() ? "" : "\t") + FieldOf(value);
+  for (const Json& value : job) {
+    if (!line.empty()) line += '\t';
+    line += FieldOf(value);
+  }
   return line + '\n';
 }
 
