@@ -19,9 +19,9 @@
 #include <string>
 #include <string_view>
 
-#include "ipp/wire/codes.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "ipp/wire/codes.h"
 
 namespace {
 

@@ -15,8 +15,8 @@
 #include "corvane/ipp_response.h"
 #include "corvane/transport.h"
 #include "ipp/chunk_buffer.h"
-#include "ipp/wire/job.h"
 #include "ipp/owned_chars.h"
+#include "ipp/wire/job.h"
 #include "ipp/wire/message.h"
 
 namespace Corvane {

@@ -10,22 +10,22 @@
 
 namespace Corvane {
 
-constexpr std::uint32_t kErrorInvalidHandle = 6;          // the connection has been closed
-constexpr std::uint32_t kErrorOutOfMemory = 14;           // the host ran out of memory
-constexpr std::uint32_t kErrorReadFault = 30;             // a recorded body cannot be read
-constexpr std::uint32_t kErrorInvalidParameter = 87;      // what was asked for cannot be sent
-constexpr std::uint32_t kErrorTimeout = 12002;            // a limit of time has passed
-constexpr std::uint32_t kErrorInternal = 12004;           // the host's libraries failed
-constexpr std::uint32_t kErrorNameNotResolved = 12007;    // the device's name has no address
-constexpr std::uint32_t kErrorCancelled = 12017;          // by Cancel, or by the receiver of data
-constexpr std::uint32_t kErrorOutOfOrder = 12019;         // a second exchange, or a step too early
-constexpr std::uint32_t kErrorCannotConnect = 12029;      // nothing listens there
-constexpr std::uint32_t kErrorConnection = 12030;         // broken off, or the body is incomplete
-constexpr std::uint32_t kErrorInvalidResponse = 12152;    // no HTTP, or its framing is in doubt
-constexpr std::uint32_t kErrorRedirectFailed = 12156;     // more than the host follows
-constexpr std::uint32_t kErrorSecureFailure = 12175;      // TLS, the certificate or the pinned key
-constexpr std::uint32_t kErrorHeaderTooLarge = 12183;     // more header lines than the host reads
-constexpr std::uint32_t kErrorResponseTooLarge = 12184;   // a longer body than the host reads
+constexpr std::uint32_t kErrorInvalidHandle = 6;         // the connection has been closed
+constexpr std::uint32_t kErrorOutOfMemory = 14;          // the host ran out of memory
+constexpr std::uint32_t kErrorReadFault = 30;            // a recorded body cannot be read
+constexpr std::uint32_t kErrorInvalidParameter = 87;     // what was asked for cannot be sent
+constexpr std::uint32_t kErrorTimeout = 12002;           // a limit of time has passed
+constexpr std::uint32_t kErrorInternal = 12004;          // the host's libraries failed
+constexpr std::uint32_t kErrorNameNotResolved = 12007;   // the device's name has no address
+constexpr std::uint32_t kErrorCancelled = 12017;         // by Cancel, or by the receiver of data
+constexpr std::uint32_t kErrorOutOfOrder = 12019;        // a second exchange, or a step too early
+constexpr std::uint32_t kErrorCannotConnect = 12029;     // nothing listens there
+constexpr std::uint32_t kErrorConnection = 12030;        // broken off, or the body is incomplete
+constexpr std::uint32_t kErrorInvalidResponse = 12152;   // no HTTP, or its framing is in doubt
+constexpr std::uint32_t kErrorRedirectFailed = 12156;    // more than the host follows
+constexpr std::uint32_t kErrorSecureFailure = 12175;     // TLS, the certificate or the pinned key
+constexpr std::uint32_t kErrorHeaderTooLarge = 12183;    // more header lines than the host reads
+constexpr std::uint32_t kErrorResponseTooLarge = 12184;  // a longer body than the host reads
 
 // The failure that stands for a system error code other than 0.
 constexpr HRESULT ResultFromError(std::uint32_t code) {
