@@ -110,6 +110,12 @@ Conversion ConvertText(std::basic_string_view<From> text, Malformed policy, std:
     // every character.
     const From* const stop = end - next < kBlock ? end : next + kBlock;
     while (next < stop) {
+      const auto unit = static_cast<std::make_unsigned_t<From>>(*next);
+      if (unit < 0x80 && to != toEnd) {
+        *to++ = static_cast<To>(unit);
+        ++next;
+        continue;
+      }
       const From* behind = next;
       char32_t c = Take(&behind, end, policy == Malformed::kKeep);
       if (c == kIllFormed) {

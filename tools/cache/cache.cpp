@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "tools/output/failure.h"
 #include "tools/output/text_escape.h"
 
 namespace Corvane::Tool {

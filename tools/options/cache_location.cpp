@@ -61,30 +61,4 @@ void RefusePrinter(const CacheLocation& location, DWORD error) {
                                ": the printer cannot be opened: " + SystemErrorText(error));
 }
 
-std::string SystemErrorText(unsigned long error) {
-  const auto text = [error] {
-    switch (error) {
-      case ERROR_ACCESS_DENIED:
-        return "no permission";
-      case ERROR_FILE_NOT_FOUND:
-        return "not found";
-      case ERROR_BUSY:
-        return "another process holds it";
-      case ERROR_DISK_FULL:
-        return "the disk is full";
-      case ERROR_NOT_REGISTRY_FILE:
-        return "its file is another program's, or of a newer version";
-      case ERROR_REGISTRY_CORRUPT:
-        return "its file is damaged";
-      case ERROR_REGISTRY_IO_FAILED:
-        return "its file cannot be read or written";
-      case ERROR_INVALID_PRINTER_NAME:
-        return "no printer has such a name";
-      default:
-        return "it failed";
-    }
-  };
-  return std::string(text()) + " (error " + std::to_string(error) + ")";
-}
-
 }  // namespace Corvane::Tool

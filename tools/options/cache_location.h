@@ -29,9 +29,6 @@ DWORD OpenPrinterOf(const CacheLocation& location, ACCESS_MASK access, UniquePri
 // Throws Failure with kBadUsage.
 [[noreturn]] void RefusePrinter(const CacheLocation& location, DWORD error);
 
-// What a code of the registry or of the spooler says: "no permission (error 5)".
-std::string SystemErrorText(unsigned long error);
-
 }  // namespace Corvane::Tool
 
 #endif  // CORVANE_TOOLS_OPTIONS_CACHE_LOCATION_H_

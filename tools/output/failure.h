@@ -45,6 +45,9 @@ class Failure : public std::runtime_error {
 // Why a printer that answers in IPP "1.1", or "1.x", is refused.
 std::string VersionText(const std::string& version);
 
+// What a code of the registry or of the spooler says: "no permission (error 5)".
+std::string SystemErrorText(unsigned long error);
+
 }  // namespace Corvane::Tool
 
 #endif  // CORVANE_TOOLS_OUTPUT_FAILURE_H_
