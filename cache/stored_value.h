@@ -31,7 +31,7 @@ bool IsCompanionOf(std::wstring_view key, std::wstring_view name);
 std::optional<std::wstring> KeyOfCompanion(std::wstring_view name);
 // A companion holds its value's fetch time as a decimal number, "0" for one that never goes stale.
 // As it is loaded: whether its value never goes stale, and otherwise its number up to
-// the first character that is none, 0 without one.
+// the first character that is not a digit; 0 without one.
 bool IsNeverStale(const VARIANT& companion);
 std::int64_t TimestampOf(const VARIANT& companion);
 // A fetch time exactly as it is written; none for all else.

@@ -62,10 +62,10 @@ namespace Corvane::Host {
 // with. Any thread may use a session; a second one waits until the operation of the first ends.
 // - A request takes `timeoutMs` times `retries` + 1 at most; an operation twice that, for a name to
 //   look up or version 3's question for the engine ID, and GetMultipleValues four times. An agent
-//   whose port is closed is told at once.
+//   whose port is closed is reported at once.
 // - GetMultipleValues asks for 60 OIDs at once, as far as they fit a datagram of 1200 bytes. When
 //   the agent answers tooBig or genErr, or is silent to a large request and answers a small one,
-//   requests are halved, for the life of the session. An OID that is none has no value.
+//   requests are halved, for the life of the session. A malformed OID has no value.
 // - OCTET STRING is text when it is UTF-8 or mostly ASCII Latin-1, without control characters but
 //   tab, CR and LF and NULs at the end; all else is pairs of hexadecimal digits, "00:1B:2C". Opaque
 //   reals are decimal text, as are integers that VT_I4 does not hold.

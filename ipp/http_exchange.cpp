@@ -17,9 +17,6 @@ constexpr int kLastOperation = 0x4000;
 
 constexpr wchar_t kMediaType[] = L"application/ipp";
 
-constexpr std::uint32_t kHttpOk = 200;
-constexpr std::uint32_t kHttpUnauthorized = 401;
-
 UniqueBstr WideOrEmpty(const char* text) { return BstrFromUtf8(text ? text : ""); }
 
 bool HasBody(HTTPResponse* response) {

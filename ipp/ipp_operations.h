@@ -27,8 +27,8 @@ constexpr int kIPPRequestSize = 2048;
 
 // Made for one exchange, or for one print job with its many chunks; its owner keeps it while it
 // looks values up in the answer. One thread at a time. Codes of operations are those of
-// IPPOperation (ipp_codes.h). Results: 0 is success, E_FAIL every failure that nothing else is said
-// of.
+// IPPOperation (wire/codes.h). Results: 0 is success, E_FAIL every failure that nothing else is
+// said of.
 //
 // request_encoding.cpp makes the body, http_exchange.cpp sends it, response_decoding.cpp reads what
 // came back.
@@ -51,10 +51,10 @@ class IPPOperations {
   // exchange. `request` may be null for an operation that reads nothing of it. Only a Print-Job
   // takes the document along. `secure` asks for port 443, else 631.
   //
-  // A failure is E_FAIL. The thread's last error tells why: 1027 for HTTP status 401, the HTTP
-  // status for any other, also for a 200 without a body; the host's code when it could not have a
-  // response. It stays as it was when the host gave no request, and is what forming the request set
-  // when that failed; then nothing is sent.
+  // A failure is E_FAIL. The thread's last error tells why: kIPPNotAuthorized for HTTP status 401,
+  // the HTTP status for any other, also for a 200 without a body; the host's code when it could not
+  // have a response. It stays as it was when the host gave no request, and is what forming the
+  // request set when that failed; then nothing is sent.
   virtual HRESULT SendIPPRequest(int operation, HTTPResponse** response, IPPRequestBase* request,
                                  bool secure);
   // The same on a request of the caller's, to whatever port that goes; it also gets the user name
@@ -71,10 +71,10 @@ class IPPOperations {
   // host with every chunk.
   //
   // Results: 0 the chunk was sent, or the response has HTTP status 200 and a body; 1 for the host's
-  // kAnswerLost; 1026 for HTTP status 401; the host's failure for no response; else E_FAIL, with
-  // the HTTP status as the last error. After a chunk that could not be sent the last error is the
-  // host's code, an early HTTP status among them, the request is given back, and the next call
-  // begins anew; the body of an early status 200 has been decoded.
+  // kAnswerLost; kIPPNotAuthenticated for HTTP status 401; the host's failure for no response; else
+  // E_FAIL, with the HTTP status as the last error. After a chunk that could not be sent the last
+  // error is the host's code, an early HTTP status among them, the request is given back, and the
+  // next call begins anew; the body of an early status 200 has been decoded.
   virtual HRESULT SendPrintJobRequest(HTTPResponse** response, IPPRequestBase* request,
                                       bool chunked, int pieceLength, void* context, bool secure);
 

@@ -99,7 +99,6 @@ HRESULT XMLProvider::CreateRequest(RefPtr<HTTPRequest>* request) {
 }
 
 HRESULT XMLProvider::ReadResponse(HTTPRequest* request, std::string* content) {
-  constexpr std::uint32_t kHttpOk = 200;
   HTTPResponse* response = nullptr;
   if (request->GetResponse(&response) != S_OK || !response) return E_FAIL;
   if (response->GetStatusCode() != kHttpOk) return E_FAIL;

@@ -17,8 +17,8 @@ union SocketAddress {
   sockaddr_in6 v6;
 };
 
-// The addresses of a name or literal, those of IPv4 first; none when it has none. A literal asks
-// nobody; a name waits until `deadline` at most, and a resolver that hangs is left behind on a
+// The addresses of a name or literal, those of IPv4 first; empty when it has none. A literal needs
+// no look-up; a name waits until `deadline` at most, and a resolver that hangs is left behind on a
 // thread of its own. It may throw std::exception.
 std::vector<SocketAddress> LookUp(const std::string& host, std::uint16_t port,
                                   std::chrono::steady_clock::time_point deadline);

@@ -9,13 +9,15 @@
 #include <set>
 #include <string>
 
+#include "corvane/address.h"
+
 namespace Corvane::Host {
 
 enum class SnmpVersion { kV1, kV2c, kV3 };
 enum class SnmpAuth { kMd5, kSha, kSha224, kSha256, kSha384, kSha512 };  // RFC 3414, RFC 7860
 enum class SnmpPrivacy { kDes, kAes, kAes192, kAes256 };                 // RFC 3414, RFC 3826
 
-// A wait that nobody outlives.
+// The longest wait that still makes sense.
 constexpr std::uint32_t kMaxSnmpTimeoutMs = 600'000;
 constexpr std::uint32_t kMaxSnmpRetries = 100;
 
@@ -36,11 +38,12 @@ struct SnmpOptions {
 
 struct NetworkOptions {
   std::wstring host;  // an IP literal (IPv6 without brackets) or a host name
-  // What GetAddress tells: an IP literal of `host`, for who looks up no names; empty: `host`
+  // The IP literal that GetAddress returns, for callers that do not resolve names; empty: `host`
   // itself.
   std::wstring addressText;
   std::map<std::uint32_t, std::uint32_t> portMap;  // port asked for -> port connected to
-  std::set<std::uint32_t> tlsPorts = {443};  // ports, as asked for, that are spoken to with TLS
+  std::set<std::uint32_t> tlsPorts = {
+      kIppsPort};      // ports, as asked for, that are spoken to with TLS
   std::string caFile;  // PEM certificates to trust instead of the system's; empty: the system's
   bool verifyCertificates = true;  // chain and host name
   std::string pinFile;  // UTF-8 path of the keys that devices are known by, as network_address.h

@@ -6,11 +6,7 @@
 #include "base/utf8.h"
 
 namespace Corvane::Host {
-namespace {
-
-constexpr std::uint32_t kHttpOk = 200;
-
-}  // namespace
+namespace {}  // namespace
 
 RequestBase::RequestBase(std::shared_ptr<LastFailure> lastFailure)
     : m_lastFailure(std::move(lastFailure)) {}

@@ -27,7 +27,7 @@ struct RequestSettings {
   std::wstring contentType;
   std::vector<std::pair<std::wstring, std::wstring>> headers;  // without Content-Type
   std::string_view body;        // the request's, or its caller's for the time of the exchange
-  std::uint32_t timeoutMs = 0;  // in place of the device's limit; 0: none of its own
+  std::uint32_t timeoutMs = 0;  // in place of the device's limit; 0: the device's
 };
 
 // Either a response or an error code other than 0.

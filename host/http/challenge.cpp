@@ -54,7 +54,7 @@ std::string TakeQuoted(std::string_view* text) {
   return value;
 }
 
-// RFC 9110, 11.3 and 11.6.1. A scheme and a parameter are told from each other by the "=".
+// RFC 9110, 11.3 and 11.6.1. The "=" distinguishes a parameter from a scheme.
 std::vector<Challenge> Parse(std::string_view text) {
   std::vector<Challenge> challenges;
   for (Skip(&text, " \t,"); !text.empty(); Skip(&text, " \t,")) {

@@ -15,6 +15,8 @@ namespace {
 
 // Sockets kept open between requests, here and in the device, which has few of them.
 constexpr std::size_t kMaxIdle = 8;
+// A device that lost its power, or a router that forgot the connection, does not tell.
+constexpr std::chrono::seconds kMaxIdleTime{60};
 constexpr std::string_view kTlsScheme = "https://";
 
 }  // namespace
@@ -66,9 +68,14 @@ std::unique_ptr<CurlConnection> ConnectionPool::TakeIdle(const std::string& url,
                                                          const TlsTrust& trust) {
   std::vector<std::unique_ptr<CurlConnection>> dropped;  // close their sockets outside the lock
   const std::lock_guard lock(m_mutex);
+  const auto oldest = std::chrono::steady_clock::now() - kMaxIdleTime;
+  while (!m_idle.empty() && m_idle.front().since < oldest) {
+    dropped.push_back(std::move(m_idle.front().connection));
+    m_idle.erase(m_idle.begin());
+  }
   for (std::size_t i = m_idle.size(); i-- > 0;) {
-    if (!m_idle[i]->LeadsTo(url, trust)) continue;
-    std::unique_ptr<CurlConnection> connection = std::move(m_idle[i]);
+    if (!m_idle[i].connection->LeadsTo(url, trust)) continue;
+    std::unique_ptr<CurlConnection> connection = std::move(m_idle[i].connection);
     m_idle.erase(m_idle.begin() + static_cast<std::ptrdiff_t>(i));
     // The end of the connection, or an answer to no question, as 408: the next request must not
     // take it for its own.
@@ -82,10 +89,10 @@ void ConnectionPool::GiveBack(std::unique_ptr<CurlConnection> connection) {
   std::unique_ptr<CurlConnection> surplus;  // closes its socket outside the lock
   const std::lock_guard lock(m_mutex);
   if (m_idle.size() >= kMaxIdle) {
-    surplus = std::move(m_idle.front());
+    surplus = std::move(m_idle.front().connection);
     m_idle.erase(m_idle.begin());
   }
-  m_idle.push_back(std::move(connection));
+  m_idle.push_back({std::move(connection), std::chrono::steady_clock::now()});
 }
 
 }  // namespace Corvane::Host

@@ -3,6 +3,7 @@
 #define CORVANE_HOST_HTTP_CONNECTION_POOL_H_
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -39,6 +40,11 @@ class ConnectionPool {
   void GiveBack(std::unique_ptr<CurlConnection> connection);
 
  private:
+  struct Idle {
+    std::unique_ptr<CurlConnection> connection;
+    std::chrono::steady_clock::time_point since;
+  };
+
   static Connected Open(const std::string& url, const TlsTrust& trust, const ExchangeClock& clock,
                         const std::atomic<bool>& cancelled);
   PinLookup FindPin(const std::string& url, const ExchangeClock& clock,
@@ -47,8 +53,7 @@ class ConnectionPool {
 
   const TlsTrust m_trust;  // without a pin
   std::mutex m_mutex;
-  std::vector<std::unique_ptr<CurlConnection>>
-      m_idle;  // guarded by m_mutex; the longest idle first
+  std::vector<Idle> m_idle;  // guarded by m_mutex; the longest idle first
 };
 
 }  // namespace Corvane::Host

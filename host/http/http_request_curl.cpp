@@ -22,7 +22,6 @@ constexpr int kMaxRedirects = 5;
 constexpr int kMaxAnswers = 2;
 // What goes out with the head at once: some devices read a small message in one piece only.
 constexpr std::size_t kJoinedBytes = std::size_t{64} << 10;
-constexpr std::uint32_t kUnauthorized = 401;
 
 WireResult FailWith(std::uint32_t error, std::wstring remark) {
   WireResult result;
@@ -99,7 +98,7 @@ WireResult CurlRequest::Exchange(const WireRequest& request, ExchangeClock* cloc
   std::string authorization;
   for (int answers = 0;; ++answers) {
     WireResult result = ExchangeOnce(request, authorization, clock);
-    if (result.error != 0 || result.status != kUnauthorized) return result;
+    if (result.error != 0 || result.status != kHttpUnauthorized) return result;
     const bool again = !authorization.empty();
     authorization = AnswerChallenge(result.BytesOf(L"www-authenticate"), request, again);
     if (authorization.empty()) return result;
@@ -123,11 +122,11 @@ WireResult CurlRequest::ExchangeOnce(const WireRequest& request, const std::stri
   auto kind =
       isGet || !request.body.empty() ? ConnectionPool::Kind::kAny : ConnectionPool::Kind::kNew;
   for (;; kind = ConnectionPool::Kind::kNew) {
+    m_sentBytes.store(0);  // what an earlier attempt has sent says nothing of this one
     Connected connected = m_device->Pool().Connect(request.url, kind, *clock, Cancelled());
     if (!connected.connection) return FailWith(connected.error, std::move(connected.remark));
     WireExchange exchange(std::move(connected.connection), reader, StopSending::kAtRefusal, clock,
                           Cancelled());
-    m_sentBytes.store(0);
     bool sent = exchange.Send(first, nullptr);
     if (sent) m_sentBytes.store(joined.size());
     if (sent && joined.size() < request.body.size()) {

@@ -18,7 +18,7 @@ constexpr int kSliceMs = 50;
 // What TLS waits for when the socket is writable and takes nothing is to be read, or comes by
 // itself.
 constexpr int kStalledMs = 10;
-// A record of TLS: a connection that is kept has none of it left.
+// One TLS record, so that a kept connection has nothing of it buffered.
 constexpr std::size_t kBlockBytes = std::size_t{16} << 10;
 
 constexpr std::uint32_t kFirstRedirect = 300;

@@ -45,7 +45,7 @@ netsnmp_pdu* MakeRequest(const SnmpRequest& request) {
   return pdu;
 }
 
-// A message of nobody's, which the agent answers with a report that has its engine ID (RFC 3414,
+// A message without a user, which the agent answers with a report that has its engine ID (RFC 3414,
 // 4). With SnmpLock held.
 netsnmp_pdu* MakeProbe(const SnmpRequest&) {
   netsnmp_pdu* const pdu = snmp_pdu_create(SNMP_MSG_GET);

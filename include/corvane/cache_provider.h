@@ -117,7 +117,7 @@ inline constexpr wchar_t kPrintDataCacheKey[] = L"UBidiData";
 // Each returns a cache with one reference, the caller's; null when there is no memory. Make a new
 // one for each collection: it remembers whose values it keeps.
 //
-// A value is stored with the moment of its fetch; whether it is fresh is told, when it is loaded,
+// A value is stored with the moment of its fetch; whether it is fresh is decided when it is loaded,
 // by the lifespan that the specification gives its item then. A key that is no item's, as that of a
 // walk's step, comes back only if it was stored to stay for ever. Keys and companions are paired in
 // their order, so a key that sorts between another and its companion ("Size-x" between "Size" and
@@ -140,7 +140,7 @@ CORVANE_API Corvane::ICacheProvider* CreatePrintDataCacheProvider(HANDLE printer
 // read, and exchange nothing with a device.
 // - specification: may be null, and has no items then. A key of a protocol is judged by the first
 //   map of that protocol; the cache's own key and a printer, which tell none, by all maps.
-// - now: the time by which ages are told, as CachedValue's timestamp. Not null; written first.
+// - now: the time from which ages are counted, as CachedValue's timestamp. Not null; written first.
 // Results:
 // - 0: also for a cache that is not there.
 // - ERROR_OUTOFMEMORY: also when the visitor threw; it may have seen a part.

@@ -11,7 +11,7 @@
 
 namespace Corvane {
 
-// Owns one thing that `GiveBack` gives back, once; null is none.
+// Owns one thing that `GiveBack` gives back, once; null holds nothing.
 template <typename Handle, typename GiveBack>
 class UniqueHandleOf {
  public:

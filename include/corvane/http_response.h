@@ -8,6 +8,10 @@
 
 namespace Corvane {
 
+// Statuses that the library and its host act on (RFC 9110, 15).
+constexpr std::uint32_t kHttpOk = 200;
+constexpr std::uint32_t kHttpUnauthorized = 401;
+
 // Owned by its request. Operations marked "host" are never called by the library.
 class CORVANE_API HTTPResponse {
  public:

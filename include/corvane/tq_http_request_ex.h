@@ -44,8 +44,8 @@ class CORVANE_API TqHTTPRequestEx {
   // host: a body is on its way: from BeginChunkedSend to FinishChunkedSend or a failure, or within
   // SendBody. Any thread.
   virtual bool IsSending() = 0;
-  // Pointer-sized: a time-out in milliseconds on one path of the caller, 0 for none of its own; on
-  // the other the pointer that the address's GetAddress gives, which changes nothing. The host
+  // Pointer-sized: a time-out in milliseconds on one path of the caller, 0 to use the host's own;
+  // on the other the pointer that the address's GetAddress gives, which changes nothing. The host
   // knows its own text by its place, and anybody's by not fitting 32 bits.
   virtual void SetOption(std::uintptr_t option) = 0;
   virtual void SetHeader(const wchar_t* name, const wchar_t* value) = 0;  // host: replaces

@@ -41,7 +41,7 @@ using TraceSink = void (*)(void* context, const TraceEvent* event);
 // Installs `sink` for the events whose level is a bit of `mask`; a null sink or a mask of 0
 // switches tracing off. When it returns, no call of the earlier sink is under way any more; so it
 // must not be called from inside a sink. Any thread may call it. A sink stays installed until the
-// module unloads and is told then of leaked objects.
+// module unloads, and then receives the events about leaked objects.
 extern "C" CORVANE_API void SetTraceSink(Corvane::TraceSink sink, void* context,
                                          std::uint32_t mask);
 

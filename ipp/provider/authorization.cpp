@@ -8,9 +8,6 @@
 namespace Corvane {
 namespace {
 
-constexpr std::uint32_t kHttpOk = 200;
-constexpr std::uint32_t kHttpUnauthorized = 401;
-
 HRESULT Fail(DWORD error) {
   SetLastError(error);
   return E_FAIL;

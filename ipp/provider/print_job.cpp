@@ -20,7 +20,6 @@ static_assert(kIPPInvalidArgument == ERROR_INVALID_PARAMETER &&
               kIPPPrinterNotReady == ERROR_TIMEOUT && kIPPDocumentEmpty == ERROR_INCORRECT_SIZE &&
               kIPPUnknownPort == ERROR_UNKNOWN_PORT);
 
-constexpr DWORD kHttpUnauthorized = 401;
 constexpr DWORD kRetryMs = 2000;
 // A printer that stays busy, or full, so long is not going to print this.
 constexpr DWORD kMaxWaitMs = 3'600'000;

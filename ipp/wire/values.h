@@ -18,7 +18,7 @@ inline constexpr char kIPPSetEnd[] = "IPP_Set_End";
 
 // A value of any type as text: numbers in decimal, booleans "0" and "1", a resolution "600,600,3",
 // a range "1,99", a time ISO 8601, octets with "," for each "=" and ";". Texts are without their
-// language, and by the message's charset become UTF-8; bytes that are none stay as they are.
+// language, and by the message's charset become UTF-8; bytes that are not valid in it stay.
 std::string IPPTextOf(const IPPMessage& message, const IPPValue& value);
 
 // A text, name, keyword, URI and the like: a value that is text on the wire.

@@ -69,7 +69,7 @@ inline void PostText(HTTPRequest* request, const std::string& body) {
 inline Host::NetworkOptions LoopbackOptions(std::uint16_t port) {
   Host::NetworkOptions options;
   options.host = L"127.0.0.1";
-  options.portMap = {{8080, port}};
+  options.portMap = {{kQuarnPort, port}};
   options.totalTimeoutMs = 20'000;
   return options;
 }

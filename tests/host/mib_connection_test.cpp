@@ -130,7 +130,7 @@ TEST_F(MibConnection, ReadsValuesOfEveryVersion) {
 
 TEST_F(MibConnection, AGroupIsOneRequest) {
   UdpRelay relay(s_agent->Port(), {}, {});
-  m_options.portMap = {{161, relay.Port()}};
+  m_options.portMap = {{kSnmpPort, relay.Port()}};
   const MibSession session(m_options);
   ASSERT_HR(session.Opened(), S_OK);
   std::vector<std::wstring> names;
@@ -229,7 +229,7 @@ TEST_F(MibConnection, TellsWhyAnAgentRefuses) {
        kSnmpUnsupportedSecurityLevel, L"the user has another security level"},
       {"nothing there",
        [this] {
-         m_options.portMap = {{161, 1}};
+         m_options.portMap = {{kSnmpPort, 1}};
        },
        ResultFromError(kErrorCannotConnect), L"nothing listens there, or no way leads there"},
       {"no such name", [this] { m_options.host = L"device.invalid"; },
@@ -271,7 +271,7 @@ TEST_F(MibConnection, TellsTheReportsOfAnAgentApart) {
       return {bytes};
     });
     BecomeUser(L"stranger", L"reader-secret");
-    m_options.portMap = {{161, relay.Port()}};
+    m_options.portMap = {{kSnmpPort, relay.Port()}};
     EXPECT_HR(MibSession(m_options).Get(kBase + L"1.0").result, result);
   }
 }
@@ -301,7 +301,7 @@ TEST_F(MibConnection, FindsAnAgentAgainThatBeganAnew) {
         agent.Start(kAgent + engine + "oldEngineID 0x80001f8804636f7276616e65\nengineBoots 9"))
         << agent.Failure();
     BecomeUser(L"reader", L"reader-secret");
-    m_options.portMap = {{161, agent.Port()}};
+    m_options.portMap = {{kSnmpPort, agent.Port()}};
     m_options.snmp.timeoutMs = 500;
     const MibSession session(m_options);
     EXPECT_HR(session.Get(kBase + L"1.0").result, S_OK);
@@ -343,7 +343,7 @@ TEST_F(MibConnection, RefusesOptionsThatNoAgentTakes) {
 
 TEST_F(MibConnection, WhatIsNoOidAsksNobody) {
   UdpRelay relay(s_agent->Port(), {}, {});
-  m_options.portMap = {{161, relay.Port()}};
+  m_options.portMap = {{kSnmpPort, relay.Port()}};
   const MibSession session(m_options);
   std::wstring long128 = L"1.3";
   for (int i = 2; i < 128; ++i) long128 += L".1";
@@ -372,7 +372,7 @@ TEST_F(MibConnection, AClosedOneStaysClosed) {
   session->Close();
   session->Close();
   EXPECT_FALSE(session->IsOpen());
-  EXPECT_HR(session.Get(kBase + L"1.0").result, static_cast<HRESULT>(0x80070006));
+  EXPECT_HR(session.Get(kBase + L"1.0").result, ResultFromError(kErrorInvalidHandle));
 }
 
 TEST_F(MibConnection, ManySessionsOnManyThreads) {

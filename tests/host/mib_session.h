@@ -19,7 +19,7 @@ namespace Corvane::Test {
 inline Host::NetworkOptions AgentOptions(std::uint16_t port) {
   Host::NetworkOptions options;
   options.host = L"127.0.0.1";
-  options.portMap = {{161, port}};
+  options.portMap = {{kSnmpPort, port}};
   options.snmp.timeoutMs = 5'000;
   return options;
 }

@@ -142,7 +142,7 @@ TEST_F(NetworkAddress, TrustsOnlyTheCertificatesThatItIsGiven) {
   for (const auto& row : kCases) {
     m_options.caFile = row.caFile ? (s_nginx->Folder().Path() / row.caFile).string() : "";
     m_options.verifyCertificates = row.verify;
-    m_options.portMap[7627] = s_nginx->Port(row.server);
+    m_options.portMap[kWsPort] = s_nginx->Port(row.server);
     const Exchanged seen = Exchange(NetworkDevice(m_options), L"/tree.xml", {}, 7627);
     EXPECT_EQ(seen.error, row.error) << row.name << ": " << testing::PrintToString(seen.failure);
     EXPECT_EQ(seen.body, row.error == 0 ? "<tree/>" : "") << row.name;
@@ -217,7 +217,7 @@ TEST(NetworkAddressOptions, RefusesWhatNoDeviceHas) {
     EXPECT_EQ(NetworkDevice(options), nullptr) << testing::PrintToString(host);
   }
   options = LoopbackOptions(1);
-  options.portMap = {{80, 65536}};
+  options.portMap = {{kHttpPort, 65536}};
   EXPECT_EQ(NetworkDevice(options), nullptr);
   options = LoopbackOptions(1);
   options.totalTimeoutMs = 0;

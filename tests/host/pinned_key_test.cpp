@@ -54,7 +54,7 @@ class PinnedKey : public ::testing::Test {
         << m_nginx.Failure();
     m_seen = m_device.Requests().size();  // of nginx being waited for
     m_options = PrinterOptions(m_nginx.Port(0));
-    m_options.portMap[443] = m_nginx.Port(0);
+    m_options.portMap[kIppsPort] = m_nginx.Port(0);
     m_pins = m_nginx.Folder().Path() / "pins";
     m_options.pinFile = m_pins.string();
     m_name = "127.0.0.1:" + std::to_string(m_nginx.Port(0));

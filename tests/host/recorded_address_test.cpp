@@ -109,7 +109,7 @@ TEST_F(RecordedAddress, RefusesFilesAboveTheLimit) {
   EXPECT_EQ(Exchange(m_address, L"/large").body.size(), kLimit);
   fs::resize_file(file, kLimit + 1);
   const Exchanged seen = Exchange(m_address, L"/large");
-  EXPECT_HR(seen.result, static_cast<HRESULT>(0x80072F98));
+  EXPECT_HR(seen.result, ResultFromError(kErrorResponseTooLarge));
   EXPECT_EQ(seen.error, kErrorResponseTooLarge);
   EXPECT_EQ(seen.status, 0U);
 }

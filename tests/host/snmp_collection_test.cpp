@@ -31,7 +31,7 @@ class SnmpCollectionTest : public testing::Test {
     Close();
     Host::NetworkOptions options;
     options.host = L"127.0.0.1";
-    options.portMap[161] = port;
+    options.portMap[kSnmpPort] = port;
     options.snmp = std::move(snmp);
     m_address = Host::CreateNetworkAddress(options);
     const std::wstring spec = L"<DataMaps><OIDDataMap>" + items + L"</OIDDataMap></DataMaps>";

@@ -44,7 +44,7 @@ class StreamedDocument : public ::testing::Test {
                               2))
         << m_nginx.Failure();
     m_options = PrinterOptions(m_nginx.Port(0));
-    m_options.portMap[443] = m_nginx.Port(1);
+    m_options.portMap[kIppsPort] = m_nginx.Port(1);
     m_options.caFile = (m_nginx.Folder().Path() / "device.pem").string();
   }
 

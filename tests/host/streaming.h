@@ -24,7 +24,7 @@ inline std::string Framed(std::string_view data) {
 // A device on a loopback port, asked for as 631.
 inline Host::NetworkOptions PrinterOptions(std::uint16_t port) {
   Host::NetworkOptions options = LoopbackOptions(port);
-  options.portMap[631] = port;
+  options.portMap[kIppPort] = port;
   return options;
 }
 

@@ -5,7 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "corvane/error_codes.h"
 #include "corvane/handles.h"
+#include "corvane/ipp_provider.h"
 #include "host/network_address.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/wire/codes.h"
@@ -42,7 +44,7 @@ class ExchangeWithAServer : public ::testing::Test {
         << m_nginx.Failure();
     Host::NetworkOptions options;
     options.host = L"127.0.0.1";
-    options.portMap = {{631, m_nginx.Port(0)}};
+    options.portMap = {{kIppPort, m_nginx.Port(0)}};
     m_address = RefPtr<Address>::Adopt(Host::CreateNetworkAddress(options));
     m_request->SetJobName("job");
     m_request->AddExtraHTTPHeader(L"X-Client", L"corvane");
@@ -140,12 +142,12 @@ TEST_F(ExchangeWithAServer, TellsWhatCameInstead) {
     // While the document is sent: a status that came too early, or a broken connection.
     std::vector<DWORD> earlyErrors;
   } kCases[] = {
-      {"/guarded", E_FAIL, 1027, 1026, {401, 12030}},
-      {"/missing", E_FAIL, 404, E_FAIL, {404, 12030}},
-      {"/broken", E_FAIL, 500, E_FAIL, {500, 12030}},
-      {"/empty", E_FAIL, 200, E_FAIL, {200, 12030}},
-      {"/closed", E_FAIL, 12030, static_cast<HRESULT>(0x80072EFE), {12030}},
-      {"/small", E_FAIL, 413, E_FAIL, {413, 12030}},
+      {"/guarded", E_FAIL, kIPPNotAuthorized, kIPPNotAuthenticated, {401, kErrorConnection}},
+      {"/missing", E_FAIL, 404, E_FAIL, {404, kErrorConnection}},
+      {"/broken", E_FAIL, 500, E_FAIL, {500, kErrorConnection}},
+      {"/empty", E_FAIL, 200, E_FAIL, {200, kErrorConnection}},
+      {"/closed", E_FAIL, kErrorConnection, ResultFromError(kErrorConnection), {kErrorConnection}},
+      {"/small", E_FAIL, 413, E_FAIL, {413, kErrorConnection}},
   };
   for (const auto& test : kCases) {
     SCOPED_TRACE(test.resource);

@@ -2,7 +2,9 @@
 
 #include <vector>
 
+#include "corvane/error_codes.h"
 #include "corvane/handles.h"
+#include "corvane/ipp_provider.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/wire/codes.h"
 #include "platform/system.h"
@@ -13,7 +15,7 @@
 namespace Corvane::Test {
 namespace {
 
-constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80072EE2);
+constexpr HRESULT kHostFailure = ResultFromError(kErrorTimeout);
 
 class HttpExchangeTest : public ::testing::Test {
  protected:
@@ -86,11 +88,11 @@ TEST_F(HttpExchangeTest, NamesTheReasonOfAFailure) {
       {"a success other than 0", {"x", 200, S_FALSE, false, false, 0}, S_OK, 7},
       {"no body", {"", 200, S_OK, false, false, 0}, E_FAIL, 200},
       {"a null body", {"x", 200, S_OK, false, true, 0}, E_FAIL, 200},
-      {"not authenticated", {"x", 401, S_OK, false, false, 0}, E_FAIL, 1027},
+      {"not authenticated", {"x", 401, S_OK, false, false, 0}, E_FAIL, kIPPNotAuthorized},
       {"not found", {"x", 404, S_OK, false, false, 0}, E_FAIL, 404},
       {"server error", {"x", 500, S_OK, false, false, 0}, E_FAIL, 500},
       {"no response", {"x", 200, S_OK, true, false, 0}, E_FAIL, 7},
-      {"time-out", {"x", 200, kHostFailure, false, false, 12002}, E_FAIL, 12002},
+      {"time-out", {"x", 200, kHostFailure, false, false, kErrorTimeout}, E_FAIL, kErrorTimeout},
   };
   for (const auto& test : kCases) {
     SCOPED_TRACE(test.name);
@@ -220,12 +222,18 @@ TEST_F(HttpExchangeTest, JudgesTheAnswerToAPrintJob) {
     HRESULT result;
     DWORD error;  // 7: as it was
   } kCases[] = {
-      {"not authenticated", {"x", 401, S_OK, false, false, 0}, 1026, 7},
+      {"not authenticated", {"x", 401, S_OK, false, false, 0}, kIPPNotAuthenticated, 7},
       {"server error", {"x", 500, S_OK, false, false, 0}, E_FAIL, 500},
       {"no body", {"", 200, S_OK, false, false, 0}, E_FAIL, 200},
       {"no response", {"x", 200, S_OK, true, false, 0}, E_FAIL, 7},
-      {"the host's failure", {"x", 200, kHostFailure, false, false, 12002}, kHostFailure, 12002},
-      {"the answer was lost", {"x", 200, kAnswerLost, false, false, 12030}, S_FALSE, 12030},
+      {"the host's failure",
+       {"x", 200, kHostFailure, false, false, kErrorTimeout},
+       kHostFailure,
+       kErrorTimeout},
+      {"the answer was lost",
+       {"x", 200, kAnswerLost, false, false, kErrorConnection},
+       S_FALSE,
+       kErrorConnection},
   };
   for (const auto& test : kCases) {
     SCOPED_TRACE(test.name);

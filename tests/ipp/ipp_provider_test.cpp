@@ -426,7 +426,7 @@ TEST_F(IppProviderTest, TriesCredentialsOnTheCallersRequest) {
   EXPECT_EQ(87u, GetLastError());
   AnswerWith(Body(Message("")));
   EXPECT_HR(check(Make(By::kUri, &m_device, L"ipp://h/ipp/print")), E_FAIL);
-  EXPECT_EQ(1025u, GetLastError());
+  EXPECT_EQ(kIPPNoSecureUri, GetLastError());
   EXPECT_FALSE(Called(L"GetResponse"));
 }
 

@@ -201,7 +201,7 @@ TEST_F(PrinterPort, HearsNoCredentialsInClear) {
                          631);
     Host::NetworkOptions options;
     options.host = L"127.0.0.1";
-    options.portMap[443] = nginx.Port(0);
+    options.portMap[kIppsPort] = nginx.Port(0);
     options.caFile = (nginx.Folder().Path() / "device.pem").string();
     options.userName = L"admin";
     options.password = L"secret";
@@ -252,7 +252,7 @@ TEST_F(PrinterPort, AsksNoLongerThanItsTimeout) {
       EXPECT_HR(
           provider->GetIPPValue("printer-name", forJob, &value, "ipp://p/ipp/print/1", nullptr, 0),
           E_FAIL);
-      EXPECT_EQ(12002U, GetLastError());
+      EXPECT_EQ(kErrorTimeout, GetLastError());
       EXPECT_EQ("nothing", Shown(value));
       EXPECT_LT(Clock::now() - start, kInTime);
     }

@@ -40,7 +40,7 @@ class RealPrint : public ::testing::Test {
     ASSERT_NO_FATAL_FAILURE(StartPrinter());
     Host::NetworkOptions options;
     options.host = L"127.0.0.1";
-    options.portMap = {{443, 631}};  // the printer speaks plainly and over TLS on one port
+    options.portMap = {{kIppsPort, 631}};  // the printer speaks plainly and over TLS on one port
     options.pinFile = (m_folder.Path() / "pins").string();
     m_address = RefPtr<Address>::Adopt(Host::CreateNetworkAddress(options));
     m_request->SetRequestingUserName("anna");

@@ -52,7 +52,7 @@ class JobsOfPrinter : public testing::Test {
   void Print(const std::string& user, const std::string& name) const {
     Tool::Options options;
     options.device = "127.0.0.1";
-    options.network.portMap[631] = m_printer.Port();
+    options.network.portMap[kIppPort] = m_printer.Port();
     const RefPtr<Address> device = Tool::OpenDevice(options);
     std::string request =
         Tool::BeginIPPRequest(IPPOperation::kPrintJob, "ipp://localhost/ipp/print");

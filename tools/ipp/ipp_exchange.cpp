@@ -28,7 +28,6 @@ std::string BeginIPPRequest(int operation, const std::string& printerUri) {
 
 std::optional<IPPMessage> ExchangeIPP(Address& address, std::uint32_t port, const std::string& path,
                                       std::string request, std::string* problem) {
-  constexpr std::uint32_t kHttpOk = 200;
   // Groups are a byte each at the least and hundreds in memory and output; no printer has so many
   // jobs.
   constexpr std::size_t kMaxGroups = 10'000;
@@ -52,7 +51,7 @@ std::optional<IPPMessage> ExchangeIPP(Address& address, std::uint32_t port, cons
   const IPPReading reading =
       ReadIPPMessage({response->GetContent(), response->GetContentLength()}, &answer);
   const IPPHeader& header = answer.Header();
-  // A list that was cut off is none.
+  // A truncated list is not used.
   if (header.IsSpoken() && reading == IPPReading::kWhole && answer.Groups().size() <= kMaxGroups) {
     return answer;
   }

@@ -19,7 +19,6 @@ Options ReachPrinter(const Options& options, const PrinterUri& uri) {
   // A mapping of the command line wins.
   if (uri.port) network.portMap.emplace(uri.servicePort, *uri.port);
   network.trustFile = options.trustFile;
-  network.secretsOverTlsOnly = true;
   if (options.account.empty()) {
     if (!options.secretsFile.empty()) ThrowUsage("--secrets is for --account");
     return reached;

@@ -163,7 +163,7 @@ std::vector<Finding> Probe(const Options& options) {
     auto finding = std::async(std::launch::async, [probe, device = std::move(device)] {
       try {
         return probe(*device.Get());
-      } catch (const _com_error&) {  // as the library says of an SNMP text that is none
+      } catch (const _com_error&) {  // thrown for an SNMP text that is not valid
         Finding unreadable;
         unreadable.problem = "an answer that cannot be read";
         return unreadable;

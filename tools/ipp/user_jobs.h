@@ -14,7 +14,7 @@
 
 namespace Corvane::Tool {
 
-// `user`, or who is logged in. Throws Failure with kBadUsage for none, or a longer name than
+// `user`, or the login name. Throws Failure with kBadUsage when there is none, or it is longer than
 // printers take.
 std::string RequestingUser(const std::string& user);
 

@@ -39,7 +39,7 @@ class Session {
 
   struct Key {
     std::wstring name;  // "NAME" or "PREFIX:NAME"
-    bool isWalk;        // has a value for each step, and none of its own
+    bool isWalk;        // has a value for each step, not under its own name
   };
   // Of every item of the data map, in the order of their names.
   std::vector<Key> Keys() const;

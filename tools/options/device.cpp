@@ -73,7 +73,6 @@ RefPtr<Address> OpenOnNetwork(const Options& options) {
   network.tlsPorts.insert(given.tlsPorts.begin(), given.tlsPorts.end());
   network.caFile = given.caFile;
   network.pinFile = given.trustFile;
-  network.secretsOverTlsOnly = given.secretsOverTlsOnly;
   network.userName = ToWide(given.account);
   network.password = ToWide(given.password);
   const auto timeoutMs = given.timeoutMs ? given.timeoutMs : given.usualTimeoutMs;

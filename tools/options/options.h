@@ -43,8 +43,7 @@ struct NetworkArguments {
   std::optional<std::uint32_t> usualTimeoutMs;  // without `timeoutMs`, in place of the host's own
   std::optional<std::size_t> maxResponseBytes;  // a longer body fails its exchange
   std::string trustFile;  // keys that printers are known by, see Host::NetworkOptions::pinFile
-  bool secretsOverTlsOnly = false;
-  std::string account;  // credentials of the exchanges
+  std::string account;    // credentials of the exchanges
   std::string password;
 
   // On the command line.

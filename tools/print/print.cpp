@@ -50,7 +50,7 @@ PrinterUri PrinterUriOf(const Options& options) {
 // A file, or "-" for the input.
 class Document {
  public:
-  // Throws Failure with kBadUsage for a file that is none or cannot be opened.
+  // Throws Failure with kBadUsage for what is not a file or cannot be opened.
   explicit Document(const std::string& file) {
     namespace fs = std::filesystem;
     if (file == "-") return;

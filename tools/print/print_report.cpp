@@ -4,6 +4,7 @@
 
 #include "corvane/error_codes.h"
 #include "corvane/handles.h"
+#include "corvane/http_response.h"
 #include "tools/ipp/ipp_values.h"
 #include "tools/options/device.h"
 #include "tools/output/failure.h"
@@ -13,7 +14,6 @@ namespace Corvane::Tool {
 namespace {
 
 constexpr std::uint32_t kCancelTimeoutMs = 3'000;  // somebody waits for the end
-constexpr std::uint32_t kHttpOk = 200;
 
 constexpr char kWantsAccount[] =
     "the printer wants an account, or another one: say --account, with ipps://";

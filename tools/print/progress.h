@@ -12,7 +12,7 @@
 
 namespace Corvane::Tool {
 
-// "1.2 MB"; of thousands, as files and rates are told.
+// "1.2 MB", in powers of 1000, as is usual for files and rates.
 std::string FormatBytes(std::uint64_t bytes);
 
 // On a terminal one line that is drawn again and again, elsewhere a line now and then. Any thread.

@@ -35,7 +35,7 @@ std::string FoldedText(std::string_view text);
 
 // The names between the "\"s of `path`, of which several in a row or at the end count as one.
 // ERROR_BAD_PATHNAME when one is at the beginning; ERROR_INVALID_PARAMETER when the path or a name
-// is too long or has a character that is none.
+// is too long or has a malformed character.
 LSTATUS SplitPath(const wchar_t* path, std::vector<Name>* names);
 
 }  // namespace Corvane::Store

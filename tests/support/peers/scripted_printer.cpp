@@ -16,10 +16,7 @@ using namespace std::string_literals;
 using State = ScriptedPrinter::State;
 using Job = ScriptedPrinter::Job;
 
-constexpr int kServerErrorBusy = 1287;
-constexpr int kServerErrorJobCanceled = 1288;
-constexpr int kNotFound = 1030;
-constexpr std::uint32_t kHttpOk = 200;
+constexpr int kNotFound = 0x0406;  // client-error-not-found
 constexpr char kJobUri[] = "ipp://printer/jobs/";
 
 std::string Answer(int status, std::string_view groups) {
@@ -275,9 +272,9 @@ class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestE
     int status = printer.status;
     if (printer.busy > 0) {
       --printer.busy;
-      status = kServerErrorBusy;
+      status = IPPStatus::kServerErrorBusy;
     } else if (m_job->state == ScriptedPrinter::kCancelled) {
-      status = kServerErrorJobCanceled;
+      status = IPPStatus::kServerErrorJobCanceled;
     }
     if (printer.http != kHttpOk || status > 0xFF) {
       Abort();

@@ -22,7 +22,7 @@ namespace {
 constexpr auto kStartTimeout = std::chrono::seconds(20);
 constexpr int kStarts = 5;  // another process may take the port between choosing and binding it
 
-// A version 3 message of nobody's: every agent answers it, whatever its users and communities.
+// A version 3 message without a user: every agent answers it, whatever its users and communities.
 constexpr unsigned char kProbe[] = {
     0x30, 0x38,                                            // SEQUENCE
     0x02, 0x01, 0x03,                                      // version 3

@@ -16,7 +16,7 @@ namespace Corvane::Test {
 //
 // Each exchange has a connection of its own. SetOption is its limit of silence in milliseconds, 30
 // seconds without one. Credentials are kept and never sent, and there is no SNMP. Failures are
-// those of host/error_codes.h. Cancel takes effect with the next block, of 64 KB at most.
+// those of corvane/error_codes.h. Cancel takes effect with the next block, of 64 KB at most.
 // `requests` counts the requests made, and outlives the address.
 Address* CreateSocketAddress(std::uint16_t port, std::atomic<int>* requests);
 
