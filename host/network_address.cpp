@@ -1,4 +1,3 @@
-#include <exception>
 #include <utility>
 
 #include "host/common/address_base.h"
@@ -7,6 +6,8 @@
 #include "host/http/network_device.h"
 #include "host/network_address.h"
 #include "host/snmp/mib_connection_netsnmp.h"
+
+#include "host/common/exception_wall.h"
 
 namespace Corvane::Host {
 namespace {
@@ -43,14 +44,14 @@ class NetworkAddress final : public AddressBase {
 
 }  // namespace
 
-Address* CreateNetworkAddress(const NetworkOptions& options) try {
-  std::shared_ptr<NetworkDevice> device = NetworkDevice::Create(options);
-  if (!device) return nullptr;
-  auto* const address = new NetworkAddress(std::move(device));
-  address->AddRef();
-  return address;
-} catch (const std::exception&) {
-  return nullptr;
+Address* CreateNetworkAddress(const NetworkOptions& options) {
+  return BehindWall<Address*>(nullptr, [&]() -> Address* {
+    std::shared_ptr<NetworkDevice> device = NetworkDevice::Create(options);
+    if (!device) return nullptr;
+    auto* const address = new NetworkAddress(std::move(device));
+    address->AddRef();
+    return address;
+  });
 }
 
 }  // namespace Corvane::Host

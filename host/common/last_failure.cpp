@@ -1,7 +1,8 @@
 #include "host/common/last_failure.h"
 
-#include <exception>
 #include <utility>
+
+#include "host/common/exception_wall.h"
 
 namespace Corvane::Host {
 
@@ -10,13 +11,13 @@ void LastFailure::Set(std::wstring sentence) {
   m_sentence = std::move(sentence);
 }
 
-const wchar_t* LastFailure::Get() try {
-  const std::lock_guard lock(m_mutex);
-  std::wstring& copy = m_copies[std::this_thread::get_id()];
-  copy = m_sentence;
-  return copy.c_str();
-} catch (const std::exception&) {
-  return L"out of memory";
+const wchar_t* LastFailure::Get() {
+  return BehindWall<const wchar_t*>(L"out of memory", [&]() -> const wchar_t* {
+    const std::lock_guard lock(m_mutex);
+    std::wstring& copy = m_copies[std::this_thread::get_id()];
+    copy = m_sentence;
+    return copy.c_str();
+  });
 }
 
 }  // namespace Corvane::Host

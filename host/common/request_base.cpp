@@ -4,6 +4,7 @@
 
 #include "base/letter_case.h"
 #include "base/utf8.h"
+#include "host/common/exception_wall.h"
 
 namespace Corvane::Host {
 namespace {}  // namespace
@@ -17,20 +18,19 @@ void RequestBase::SetPassword(const wchar_t* password) { Set(&m_settings.passwor
 void RequestBase::SetMethod(const wchar_t* verb) { Set(&m_settings.verb, verb); }
 void RequestBase::SetContentType(const wchar_t* type) { Set(&m_settings.contentType, type); }
 
-void RequestBase::Set(std::wstring* setting, const wchar_t* text) noexcept try {
-  *setting = OrEmpty(text);
-} catch (const std::exception&) {
-  m_settingsError = kErrorOutOfMemory;
+void RequestBase::Set(std::wstring* setting, const wchar_t* text) noexcept {
+  m_settingsError = BehindWall(kErrorOutOfMemory, [&] {
+    *setting = OrEmpty(text);
+    return m_settingsError;
+  });
 }
 
-void RequestBase::AddHeader(const wchar_t* name, const wchar_t* value) try {
-  if (EqualsIgnoreAsciiCase(OrEmpty(name), L"content-type")) {
-    SetContentType(value);
-    return;
-  }
-  m_settings.headers.emplace_back(OrEmpty(name), OrEmpty(value));
-} catch (const std::exception&) {
-  m_settingsError = kErrorOutOfMemory;
+void RequestBase::AddHeader(const wchar_t* name, const wchar_t* value) {
+  if (EqualsIgnoreAsciiCase(OrEmpty(name), L"content-type")) return SetContentType(value);
+  m_settingsError = BehindWall(kErrorOutOfMemory, [&] {
+    m_settings.headers.emplace_back(OrEmpty(name), OrEmpty(value));
+    return m_settingsError;
+  });
 }
 
 void RequestBase::ReplaceHeader(const wchar_t* name, const wchar_t* value) {
@@ -46,18 +46,18 @@ void RequestBase::SetTimeoutOrHost(std::uintptr_t option, const std::wstring& ho
   m_settings.timeoutMs = static_cast<std::uint32_t>(option);
 }
 
-void RequestBase::SetRequestData(const void* data, std::uint32_t size) try {
+void RequestBase::SetRequestData(const void* data, std::uint32_t size) {
   m_body.clear();
   m_settings.body = {};
   if (size == 0) return;
-  if (data) {
-    m_body.assign(static_cast<const char*>(data), size);
-    m_settings.body = m_body;
-  } else {
+  if (!data) {
     m_settingsError = kErrorInvalidParameter;
+    return;
   }
-} catch (const std::exception&) {
-  m_settingsError = kErrorOutOfMemory;
+  m_settingsError = BehindWall(kErrorOutOfMemory, [&] {
+    m_settings.body = m_body.assign(static_cast<const char*>(data), size);
+    return m_settingsError;
+  });
 }
 
 HRESULT RequestBase::GetResponse(HTTPResponse** response) {

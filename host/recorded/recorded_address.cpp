@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "host/common/address_base.h"
+#include "host/common/exception_wall.h"
 #include "host/recorded/recorded_request.h"
 #include "host/recorded/recording.h"
 
@@ -47,14 +48,14 @@ std::wstring DisplayName(const std::filesystem::path& folder) try {
 
 }  // namespace
 
-Address* CreateRecordedAddress(const std::filesystem::path& folder) try {
-  std::optional<Recording> recording = Recording::Open(folder);
-  if (!recording) return nullptr;
-  auto* const address = new RecordedAddress(*std::move(recording), DisplayName(folder));
-  address->AddRef();
-  return address;
-} catch (const std::exception&) {
-  return nullptr;
+Address* CreateRecordedAddress(const std::filesystem::path& folder) {
+  return BehindWall<Address*>(nullptr, [&]() -> Address* {
+    std::optional<Recording> recording = Recording::Open(folder);
+    if (!recording) return nullptr;
+    auto* const address = new RecordedAddress(*std::move(recording), DisplayName(folder));
+    address->AddRef();
+    return address;
+  });
 }
 
 }  // namespace Corvane::Host

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cwchar>
-#include <exception>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -13,6 +12,7 @@
 
 #include "base/utf8.h"
 #include "corvane/error_codes.h"
+#include "host/common/exception_wall.h"
 #include "host/snmp/snmp_errors.h"
 #include "host/snmp/snmp_group.h"
 #include "host/snmp/snmp_session.h"
@@ -114,15 +114,15 @@ HRESULT Outcome(const SnmpReply& reply) {
 }
 
 template <typename Operation>
-HRESULT NetSnmpConnection::Run(Operation operation) noexcept try {
-  const std::lock_guard lock(m_mutex);
-  std::wstring failure;
-  const HRESULT result = m_isOpen ? operation(&failure) : ResultFromError(kErrorInvalidHandle);
-  if (!m_isOpen) failure = Sentence(L"operation", result);
-  m_lastFailure->Set(std::move(failure));
-  return result;
-} catch (const std::exception&) {
-  return E_OUTOFMEMORY;
+HRESULT NetSnmpConnection::Run(Operation operation) noexcept {
+  return BehindWall<HRESULT>(E_OUTOFMEMORY, [&]() -> HRESULT {
+    const std::lock_guard lock(m_mutex);
+    std::wstring failure;
+    const HRESULT result = m_isOpen ? operation(&failure) : ResultFromError(kErrorInvalidHandle);
+    if (!m_isOpen) failure = Sentence(L"operation", result);
+    m_lastFailure->Set(std::move(failure));
+    return result;
+  });
 }
 
 template <typename Operation>
