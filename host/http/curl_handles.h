@@ -6,19 +6,13 @@
 
 #include <memory>
 
+#include "host/common/freed_by.h"
+
 namespace Corvane::Host {
 
-template <auto Free>
-struct CurlDeleter {
-  template <typename T>
-  void operator()(T* object) const {
-    Free(object);
-  }
-};
-
-using CurlEasy = std::unique_ptr<CURL, CurlDeleter<curl_easy_cleanup>>;
-using CurlUrl = std::unique_ptr<CURLU, CurlDeleter<curl_url_cleanup>>;
-using CurlText = std::unique_ptr<char, CurlDeleter<curl_free>>;
+using CurlEasy = std::unique_ptr<CURL, FreedBy<curl_easy_cleanup>>;
+using CurlUrl = std::unique_ptr<CURLU, FreedBy<curl_url_cleanup>>;
+using CurlText = std::unique_ptr<char, FreedBy<curl_free>>;
 
 }  // namespace Corvane::Host
 

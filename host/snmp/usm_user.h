@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "host/common/freed_by.h"
 #include "host/snmp/netsnmp.h"
 
 namespace Corvane::Host {
@@ -31,10 +32,7 @@ class UsmUser {
   };
 
  private:
-  struct Deleter {
-    void operator()(usmUser* user) const { usm_free_user(user); }
-  };
-  std::unique_ptr<usmUser, Deleter> m_user;
+  std::unique_ptr<usmUser, FreedBy<usm_free_user>> m_user;
 };
 
 }  // namespace Corvane::Host

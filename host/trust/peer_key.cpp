@@ -7,19 +7,13 @@
 
 #include <memory>
 
+#include "host/common/freed_by.h"
+
 namespace Corvane::Host {
 namespace {
 
-template <auto Free>
-struct Deleter {
-  template <typename T>
-  void operator()(T* object) const {
-    Free(object);
-  }
-};
-
-using Bio = std::unique_ptr<BIO, Deleter<BIO_free>>;
-using Certificate = std::unique_ptr<X509, Deleter<X509_free>>;
+using Bio = std::unique_ptr<BIO, FreedBy<BIO_free>>;
+using Certificate = std::unique_ptr<X509, FreedBy<X509_free>>;
 
 // The first certificate is the peer's own; each of the rest signs the one before. Empty for none.
 std::string_view PeerCertificate(CURL* handle) {

@@ -1,9 +1,9 @@
 #include "ipp/provider/current_job.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <mutex>
 
+#include "base/decimal.h"
 #include "ipp/ipp_operations.h"
 
 namespace Corvane {
@@ -90,7 +90,7 @@ bool IsCancelled(IPPResponseBase* response) {
 
 void FillFromJob(const IPPJob& job, IPPResponseBase* response) {
   const char* state = nullptr;
-  IPPOperations::GetJobState(static_cast<int>(std::strtol(job.state.c_str(), nullptr, 10)), &state);
+  IPPOperations::GetJobState(LeadingInt32(job.state), &state);
   response->SetJobURI(job.uri.empty() ? nullptr : job.uri.c_str());
   response->SetJobID(job.id.value_or(0));
   response->SetJobState(state);

@@ -1,8 +1,8 @@
 // Jobs that are made and cancelled by one exchange.
 #include <chrono>
-#include <cstdlib>
 #include <new>
 
+#include "base/decimal.h"
 #include "base/letter_case.h"
 #include "core/text.h"
 #include "core/trace.h"
@@ -130,7 +130,7 @@ HRESULT IPPProviderImpl::CancelAtPrinter(IPPRequestBase* request, IPPResponseBas
   request->SetJobURI(response->GetJobURI());
   const HRESULT sent =
       RunJobOperation(IPPOperation::kCancelJob, request, response, IsSecure(), timeoutMs);
-  const long status = std::strtol(response->GetSuccessStatus(), nullptr, 10);
+  const std::int32_t status = LeadingInt32(std::string_view(response->GetSuccessStatus()));
   if (status <= IPPStatus::kLastSuccess) return sent;
   SetLastError(static_cast<DWORD>(status));
   return E_FAIL;

@@ -1,7 +1,7 @@
 // A document on its way to the printer, and the one outcome that it has.
-#include <cstdlib>
 #include <string_view>
 
+#include "base/decimal.h"
 #include "core/text.h"
 #include "core/trace.h"
 #include "ipp/provider/ipp_provider_impl.h"
@@ -204,7 +204,7 @@ class IPPProviderImpl::Sending {
     const std::vector<std::string> statuses = m_operations->ValuesOf("status-code");
     if (statuses.empty()) return kGood;
     m_operations->FormResponseStructure(m_response);
-    const long status = std::strtol(statuses.front().c_str(), nullptr, 10);
+    const std::int32_t status = LeadingInt32(statuses.front());
     if (status <= IPPStatus::kLastSuccess) return kGood;
     if (status == IPPStatus::kServerErrorBusy) {
       Trace(kTraceInfo, kPrintJob, L"server-error-busy..Please restart the job");
