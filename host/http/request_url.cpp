@@ -2,10 +2,10 @@
 
 #include <arpa/inet.h>
 #include <curl/curl.h>
-#include <strings.h>
 
 #include <algorithm>
 
+#include "base/letter_case.h"
 #include "base/utf8.h"
 #include "host/http/curl_handles.h"
 
@@ -115,8 +115,8 @@ std::optional<std::string> RedirectWithinOrigin(const std::string& url,
   const CurlUrl target = ParseUrl(url, location);
   if (!source || !target) return std::nullopt;
   for (const CURLUPart part : {CURLUPART_SCHEME, CURLUPART_HOST, CURLUPART_PORT}) {
-    if (strcasecmp(Part(source, part, CURLU_DEFAULT_PORT).c_str(),
-                   Part(target, part, CURLU_DEFAULT_PORT).c_str()) != 0) {
+    if (!EqualsIgnoreAsciiCase(Part(source, part, CURLU_DEFAULT_PORT),
+                               Part(target, part, CURLU_DEFAULT_PORT))) {
       return std::nullopt;
     }
   }

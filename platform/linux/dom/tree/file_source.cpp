@@ -1,6 +1,5 @@
 // Reads the document that a path or file: URL names.
 #include <fcntl.h>
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/letter_case.h"
 #include "base/utf8.h"
 #include "corvane/linux/dom.h"
 #include "platform/linux/dom/tree/xml_reader.h"
@@ -40,15 +40,12 @@ class FileHandle {
 
 std::string_view StripScheme(std::string_view source) {
   constexpr std::string_view kScheme = "file:";
-  if (source.size() < kScheme.size() ||
-      strncasecmp(source.data(), kScheme.data(), kScheme.size()) != 0)
-    return source;
+  if (!EqualsIgnoreAsciiCase(source.substr(0, kScheme.size()), kScheme)) return source;
   source.remove_prefix(kScheme.size());
   if (!source.starts_with("//")) return source;
   const std::size_t path = source.find('/', 2);
   const std::string_view host = source.substr(2, path == std::string_view::npos ? path : path - 2);
-  const bool local =
-      host.empty() || (host.size() == 9 && strncasecmp(host.data(), "localhost", 9) == 0);
+  const bool local = host.empty() || EqualsIgnoreAsciiCase(host, "localhost");
   return local && path != std::string_view::npos ? source.substr(path) : std::string_view();
 }
 

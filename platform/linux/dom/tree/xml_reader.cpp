@@ -2,7 +2,6 @@
 
 #include <expat.h>
 #include <iconv.h>
-#include <strings.h>
 
 #include <array>
 #include <memory>
@@ -10,6 +9,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "base/letter_case.h"
 #include "base/utf8.h"
 #include "corvane/linux/dom.h"
 #include "platform/linux/dom/tree/encoding.h"
@@ -108,8 +108,10 @@ class Reader {
 
   // A document in UTF-16 may not be declared as something narrower, but for UTF-8.
   bool Takes(const char* declared) const {
-    return !m_isUtf16 || declared == nullptr || strncasecmp(declared, "UTF-16", 6) == 0 ||
-           strcasecmp(declared, "UTF-8") == 0;
+    if (!m_isUtf16 || declared == nullptr) return true;
+    const std::string_view name(declared);
+    return EqualsIgnoreAsciiCase(name.substr(0, 6), "UTF-16") ||
+           EqualsIgnoreAsciiCase(name, "UTF-8");
   }
 
   LONG Line() const { return static_cast<LONG>(XML_GetCurrentLineNumber(m_parser)); }
@@ -163,8 +165,8 @@ int UseGbk(XML_Encoding* encoding) {
 }
 
 int UseEncoding(void*, const char* name, XML_Encoding* encoding) {
-  if (strcasecmp(name, "windows-1252") == 0) return UseWindows1252(encoding);
-  if (strcasecmp(name, "gbk") == 0) return UseGbk(encoding);
+  if (EqualsIgnoreAsciiCase(name, "windows-1252")) return UseWindows1252(encoding);
+  if (EqualsIgnoreAsciiCase(name, "gbk")) return UseGbk(encoding);
   return XML_STATUS_ERROR;
 }
 
@@ -199,7 +201,7 @@ std::unique_ptr<Tree> ReadWide(std::wstring_view text, LoadFailure* failure) {
   std::optional<std::string> utf8;
   if (text.size() <= Corvane::DomLimits::kMaxDocumentBytes) utf8 = ToUtf8Strictly(text);
   if (!utf8) {
-    *failure = {E_FAIL, "The text is too large, or holds a character that is none.", 0, 0};
+    *failure = {E_FAIL, "The text is too large, or is no valid Unicode.", 0, 0};
     return nullptr;
   }
   return ReadUtf8(*utf8, failure);
