@@ -4,6 +4,7 @@
 #include <set>
 #include <tuple>
 
+#include "base/exception_wall.h"
 #include "cache/pairing_walk.h"
 #include "cache/store_reading.h"
 #include "core/file_time.h"
@@ -193,11 +194,8 @@ std::uint32_t Review(LSTATUS (*review)(Where, DataMapSpecCollection*, CacheVisit
                      std::uint64_t* now) {
   *now = 0;
   GetCurrentFileTime(now);
-  try {
-    return static_cast<std::uint32_t>(review(where, specification, visitor, *now));
-  } catch (...) {
-    return ERROR_OUTOFMEMORY;
-  }
+  return static_cast<std::uint32_t>(BehindWall<LSTATUS>(
+      ERROR_OUTOFMEMORY, [&] { return review(where, specification, visitor, *now); }));
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 #include "cache/pairing_walk.h"
 #include "cache/store_reading.h"
-#include "core/class_identification.h"
+#include "core/trace.h"
 #include "corvane/handles.h"
 
 namespace Corvane {

@@ -6,7 +6,7 @@
 #include <iterator>
 
 #include "base/decimal.h"
-#include "core/variant.h"
+#include "core/com.h"
 #include "corvane/handles.h"
 
 namespace Corvane {

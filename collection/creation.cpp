@@ -9,7 +9,7 @@
 #include "collection/ipp_data_mapper.h"
 #include "collection/oid_data_mapper.h"
 #include "collection/xml_data_mapper.h"
-#include "core/dom_class.h"
+#include "core/com.h"
 #include "corvane/handles.h"
 #include "providers/oid_provider_impl.h"
 #include "providers/plsxml_provider_impl.h"

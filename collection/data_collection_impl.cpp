@@ -1,9 +1,10 @@
 #include "collection/data_collection_impl.h"
 
+#include "base/exception_wall.h"
 #include "cache/print_data_cache_provider.h"
 #include "cache/reg_cache_provider.h"
+#include "core/com.h"
 #include "core/file_time.h"
-#include "core/variant.h"
 #include "corvane/static_data_item_spec.h"
 
 namespace Corvane {
@@ -15,10 +16,9 @@ DataCollectionImpl::DataCollectionImpl() {
 
 DataCollectionImpl::~DataCollectionImpl() {
   TraceScope trace(L"Corvane::DataCollectionImpl::~DataCollectionImpl");
-  try {
-    if (m_cache) m_cache->SetDataValues(&m_values);
-  } catch (...) {
-    // Memory ran out, and a destructor cannot say so: the cache keeps its old values.
+  if (m_cache) {
+    // When memory runs out, a destructor cannot say so: the cache keeps its old values.
+    BehindWall<std::uint32_t>(1, [this] { return m_cache->SetDataValues(&m_values); });
   }
   m_cache.Reset();
   m_values.clear();

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "core/com_initialization.h"
+#include "core/com.h"
 #include "corvane/data_collection.h"
 #include "corvane/handles.h"
 

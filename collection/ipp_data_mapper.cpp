@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "base/utf8.h"
-#include "core/class_identification.h"
+#include "core/com.h"
 #include "core/file_time.h"
 #include "core/text.h"
-#include "core/variant.h"
+#include "core/trace.h"
 
 namespace Corvane {
 namespace {

@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "base/oid.h"
-#include "core/class_identification.h"
-#include "core/variant.h"
+#include "core/com.h"
+#include "core/trace.h"
 
 namespace Corvane {
 namespace {

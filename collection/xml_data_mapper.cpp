@@ -3,8 +3,8 @@
 #include <utility>
 #include <vector>
 
-#include "core/class_identification.h"
-#include "core/variant.h"
+#include "core/com.h"
+#include "core/trace.h"
 #include "providers/plsxml_provider_impl.h"
 #include "providers/quarn_provider_impl.h"
 #include "providers/ws_provider_impl.h"

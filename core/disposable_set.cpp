@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "base/exception_wall.h"
 #include "core/trace.h"
 
 namespace TqUtils {
@@ -34,9 +35,11 @@ void CDisposableSet::Erase(::IDisposable* object) {
 
 CDisposableSet::~CDisposableSet() {
   g_gone.store(true, std::memory_order_relaxed);
-  try {
+  const auto report = [this] {
     ReportLeaks();
-  } catch (...) {
+    return true;
+  };
+  if (!Corvane::BehindWall(false, report)) {
     Corvane::Trace(Corvane::kTraceError, kDestructor,
                    L"Exception caught in CDisposableSet::~CDisposableSet()");
   }

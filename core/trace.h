@@ -9,6 +9,10 @@
 
 namespace Corvane {
 
+// The type name that every object of the library reports.
+inline constexpr char kClassIdentification[] =
+    "<GetTypeName(): class identification disabled, refer to IDisposableImpl>";
+
 extern std::atomic<std::uint32_t> g_traceMask;
 
 inline bool TraceEnabled(std::uint32_t level) {

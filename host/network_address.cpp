@@ -7,7 +7,7 @@
 #include "host/network_address.h"
 #include "host/snmp/mib_connection_netsnmp.h"
 
-#include "host/common/exception_wall.h"
+#include "base/exception_wall.h"
 
 namespace Corvane::Host {
 namespace {

@@ -3,7 +3,6 @@
 #include <cstring>
 #include <new>
 
-#include "core/class_identification.h"
 #include "core/trace.h"
 #include "corvane/handles.h"
 

@@ -2,7 +2,6 @@
 
 #include <new>
 
-#include "core/class_identification.h"
 #include "core/trace.h"
 #include "corvane/handles.h"
 

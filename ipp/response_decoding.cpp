@@ -4,9 +4,9 @@
 #include <limits>
 
 #include "base/decimal.h"
+#include "core/com.h"
 #include "core/text.h"
 #include "core/trace.h"
-#include "core/variant.h"
 #include "corvane/ipp_provider.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/wire/codes.h"

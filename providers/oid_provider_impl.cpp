@@ -3,7 +3,6 @@
 #include <new>
 #include <string>
 
-#include "core/class_identification.h"
 #include "core/trace.h"
 
 namespace Corvane {

@@ -1,9 +1,9 @@
 #include "providers/xml_provider.h"
 
-#include "core/class_identification.h"
-#include "core/dom_class.h"
+#include "core/com.h"
 #include "core/file_time.h"
 #include "core/text.h"
+#include "core/trace.h"
 #include "corvane/http_response.h"
 
 namespace Corvane {

@@ -7,7 +7,7 @@
 #include <new>
 #include <string>
 
-#include "core/com_initialization.h"
+#include "core/com.h"
 #include "corvane/code_unit_less.h"
 #include "corvane/handles.h"
 #include "corvane/http_request.h"

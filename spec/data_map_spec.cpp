@@ -4,7 +4,7 @@
 #include <new>
 
 #include "base/letter_case.h"
-#include "core/class_identification.h"
+#include "core/trace.h"
 #include "corvane/ipp_data_item_spec.h"
 #include "corvane/next_oid_data_item_spec.h"
 #include "corvane/static_data_item_spec.h"

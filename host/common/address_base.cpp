@@ -1,6 +1,6 @@
 #include "host/common/address_base.h"
 
-#include "host/common/exception_wall.h"
+#include "base/exception_wall.h"
 
 namespace Corvane::Host {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "base/exception_wall.h"
 #include "base/letter_case.h"
 #include "base/utf8.h"
-#include "host/common/exception_wall.h"
 
 namespace Corvane::Host {
 

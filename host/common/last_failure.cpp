@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/common/exception_wall.h"
+#include "base/exception_wall.h"
 
 namespace Corvane::Host {
 

@@ -2,9 +2,9 @@
 
 #include <limits>
 
+#include "base/exception_wall.h"
 #include "base/letter_case.h"
 #include "base/utf8.h"
-#include "host/common/exception_wall.h"
 
 namespace Corvane::Host {
 namespace {}  // namespace
@@ -92,11 +92,15 @@ Outcome RequestBase::PerformOnce() noexcept {
 
 void RequestBase::Conclude(Outcome outcome) noexcept {
   m_error = outcome.error;
-  Report(outcome);
+  // Without memory for words the code that GetResponse returns has to do.
+  BehindWall(false, [&] {
+    m_lastFailure->Set(Sentence(outcome));
+    return true;
+  });
   m_outcome = std::move(outcome);
 }
 
-void RequestBase::Report(const Outcome& outcome) noexcept try {
+std::wstring RequestBase::Sentence(const Outcome& outcome) const {
   const std::uint32_t status = outcome.response ? outcome.response->GetStatusCode() : 0;
   std::wstring sentence;
   if (status != kHttpOk) {
@@ -110,9 +114,7 @@ void RequestBase::Report(const Outcome& outcome) noexcept try {
       sentence += outcome.remark;
     }
   }
-  m_lastFailure->Set(std::move(sentence));
-} catch (const std::exception&) {
-  // The code that GetResponse returns has to do.
+  return sentence;
 }
 
 }  // namespace Corvane::Host

@@ -4,15 +4,14 @@
 
 #include <atomic>
 #include <cstdint>
-#include <exception>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "base/exception_wall.h"
 #include "corvane/error_codes.h"
 #include "corvane/transport.h"
 #include "host/common/last_failure.h"
@@ -92,7 +91,8 @@ class RequestBase : public HTTPRequest, public IDisposableImpl {
 
  private:
   void Set(std::wstring* setting, const wchar_t* text) noexcept;
-  void Report(const Outcome& outcome) noexcept;
+  // Why the exchange failed; "" when it did not.
+  std::wstring Sentence(const Outcome& outcome) const;
 
   const std::shared_ptr<LastFailure> m_lastFailure;
   RequestSettings m_settings;
@@ -106,12 +106,10 @@ class RequestBase : public HTTPRequest, public IDisposableImpl {
 };
 
 template <typename Exchange>
-Outcome RequestBase::Guarded(Exchange exchange) noexcept try {
-  return exchange();
-} catch (const std::bad_alloc&) {
-  return {nullptr, kErrorOutOfMemory, {}};
-} catch (const std::exception&) {
-  return {nullptr, kErrorInternal, {}};
+Outcome RequestBase::Guarded(Exchange exchange) noexcept {
+  return CatchAll(exchange, [](Thrown why) -> Outcome {
+    return {nullptr, why == Thrown::kNoMemory ? kErrorOutOfMemory : kErrorInternal, {}};
+  });
 }
 
 }  // namespace Corvane::Host

@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "base/exception_wall.h"
 #include "host/common/address_base.h"
-#include "host/common/exception_wall.h"
 #include "host/recorded/recorded_request.h"
 #include "host/recorded/recording.h"
 
@@ -40,10 +40,9 @@ class RecordedAddress final : public AddressBase {
   const std::wstring m_displayName;
 };
 
-std::wstring DisplayName(const std::filesystem::path& folder) try {
-  return folder.wstring();
-} catch (const std::exception&) {  // a name on Linux may be no text
-  return L"recorded device";
+// A folder's name on Linux may be no text.
+std::wstring DisplayName(const std::filesystem::path& folder) {
+  return BehindWall<std::wstring>(L"recorded device", [&] { return folder.wstring(); });
 }
 
 }  // namespace

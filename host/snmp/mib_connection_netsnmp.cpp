@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/exception_wall.h"
 #include "base/utf8.h"
 #include "corvane/error_codes.h"
-#include "host/common/exception_wall.h"
 #include "host/snmp/snmp_errors.h"
 #include "host/snmp/snmp_group.h"
 #include "host/snmp/snmp_session.h"

@@ -3,7 +3,6 @@
 #include <new>
 
 #include "base/utf8.h"
-#include "core/class_identification.h"
 #include "core/file_time.h"
 #include "core/text.h"
 #include "core/trace.h"

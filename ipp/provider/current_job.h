@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/critical_section.h"
+#include "core/system_handles.h"
 #include "corvane/ipp_response.h"
 #include "ipp/wire/job.h"
 

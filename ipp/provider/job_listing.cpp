@@ -1,7 +1,7 @@
 // Which jobs the printer has, and how the one being printed fares.
+#include "core/com.h"
 #include "core/text.h"
 #include "core/trace.h"
-#include "core/variant.h"
 #include "ipp/provider/ipp_provider_impl.h"
 #include "ipp/wire/codes.h"
 #include "platform/system.h"

@@ -1,8 +1,8 @@
 // Jobs that are made and cancelled by one exchange.
 #include <chrono>
-#include <new>
 
 #include "base/decimal.h"
+#include "base/exception_wall.h"
 #include "base/letter_case.h"
 #include "core/text.h"
 #include "core/trace.h"
@@ -99,12 +99,9 @@ HRESULT IPPProviderImpl::CancelPrintJob(IPPResponseBase* response, std::uint32_t
                              : RefPtr<IPPResponseBase>::Adopt(CreateIPPResponse());
   if (!request || !told) return E_OUTOFMEMORY;
   if (!m_watch.BeginCancelling(request.Get())) return S_FALSE;
-  HRESULT result = E_OUTOFMEMORY;
-  try {
-    result = CancelAtPrinter(request.Get(), told.Get(), timeoutMs);
-  } catch (const std::bad_alloc&) {
-    // The sender waits for what follows.
-  }
+  // The sender waits for what follows, whatever happens.
+  const HRESULT result = BehindWall<HRESULT>(
+      E_OUTOFMEMORY, [&] { return CancelAtPrinter(request.Get(), told.Get(), timeoutMs); });
   m_watch.EndCancelling(result == S_OK);
   return result;
 }

@@ -5,8 +5,7 @@
 #include <cstdint>
 #include <mutex>
 
-#include "core/critical_section.h"
-#include "core/unique_handle.h"
+#include "core/system_handles.h"
 #include "corvane/ipp_request.h"
 #include "ipp/provider/current_job.h"
 

@@ -1,5 +1,6 @@
 // The threads that watch the printer and the job while a document is on its way, and what the
 // printer tells of its state.
+#include "base/exception_wall.h"
 #include "core/trace.h"
 #include "ipp/provider/ipp_provider_impl.h"
 #include "ipp/wire/codes.h"
@@ -52,11 +53,10 @@ unsigned RunThread(void* argument, HANDLE (IPPProviderImpl::*event)() const, Pol
   auto* const provider = static_cast<IPPProviderImpl*>(argument);
   const HANDLE handle = provider ? (provider->*event)() : nullptr;
   if (!handle) return 1;
-  try {
+  return BehindWall(0u, [&] {
     poll(provider, handle, trace);
-  } catch (const std::bad_alloc&) {
-  }
-  return 0;
+    return 0u;
+  });
 }
 
 }  // namespace

@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/com_initialization.h"
-#include "core/dom_class.h"
+#include "core/com.h"
 #include "corvane/handles.h"
 
 namespace Corvane::Test {

@@ -4,9 +4,9 @@
 #define CORVANE_PLATFORM_LINUX_DOM_COM_OBJECT_H_
 
 #include <atomic>
-#include <new>
 #include <type_traits>
 
+#include "base/exception_wall.h"
 #include "corvane/linux/dom.h"
 
 namespace Corvane::Dom {
@@ -14,13 +14,9 @@ namespace Corvane::Dom {
 // Runs `action`; what it throws becomes a result code.
 template <class Action>
 HRESULT Guard(Action action) {
-  try {
-    return action();
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  } catch (...) {
-    return E_FAIL;
-  }
+  return CatchAll(action, [](Thrown why) -> HRESULT {
+    return why == Thrown::kNoMemory ? E_OUTOFMEMORY : E_FAIL;
+  });
 }
 
 // An output of the interface, a BSTR or an object: what `make` returns. S_FALSE when that is null.

@@ -2,6 +2,7 @@
 #ifndef CORVANE_PLATFORM_LINUX_MISC_EXCEPTION_WALL_H_
 #define CORVANE_PLATFORM_LINUX_MISC_EXCEPTION_WALL_H_
 
+#include "base/exception_wall.h"
 #include "corvane/linux/base.h"
 
 namespace Corvane {
@@ -9,11 +10,7 @@ namespace Corvane {
 // The result of `operation()`, which throws nothing but std::bad_alloc: ERROR_OUTOFMEMORY then.
 template <typename Operation>
 LSTATUS BehindWall(Operation&& operation) noexcept {
-  try {
-    return operation();
-  } catch (...) {
-    return ERROR_OUTOFMEMORY;
-  }
+  return BehindWall<LSTATUS>(ERROR_OUTOFMEMORY, operation);
 }
 
 }  // namespace Corvane

@@ -4,9 +4,9 @@
 
 #include <cerrno>
 #include <initializer_list>
-#include <new>
 #include <string>
 
+#include "base/exception_wall.h"
 #include "platform/linux/store/names.h"
 
 namespace Corvane::Store {
@@ -79,12 +79,12 @@ DROP TABLE merged;
 void Fold(sqlite3_context* context, int, sqlite3_value** arguments) {
   const auto* text = static_cast<const char*>(sqlite3_value_blob(arguments[0]));
   const auto bytes = static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]));
-  try {
+  const bool done = BehindWall(false, [&] {
     const std::string folded = FoldedText(text != nullptr ? std::string_view(text, bytes) : "");
     sqlite3_result_text64(context, folded.data(), folded.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
-  } catch (const std::bad_alloc&) {
-    sqlite3_result_error_nomem(context);
-  }
+    return true;
+  });
+  if (!done) sqlite3_result_error_nomem(context);
 }
 
 int Run(sqlite3* sqlite, std::initializer_list<const char*> scripts) {

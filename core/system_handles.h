@@ -1,11 +1,13 @@
-// A lock of the system, for std::lock_guard.
-#ifndef CORVANE_CORE_CRITICAL_SECTION_H_
-#define CORVANE_CORE_CRITICAL_SECTION_H_
+// Locks, events and threads of the system, with an owner.
+#ifndef CORVANE_CORE_SYSTEM_HANDLES_H_
+#define CORVANE_CORE_SYSTEM_HANDLES_H_
 
+#include "corvane/handles.h"
 #include "platform/system.h"
 
 namespace Corvane {
 
+// For std::lock_guard.
 class CriticalSection {
  public:
   CriticalSection() { InitializeCriticalSection(&m_section); }
@@ -20,6 +22,12 @@ class CriticalSection {
   CRITICAL_SECTION m_section;
 };
 
+// An event or a thread, closed when its owner goes.
+struct CloseSystemHandle {
+  void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+using UniqueHandle = UniqueHandleOf<HANDLE, CloseSystemHandle>;
+
 }  // namespace Corvane
 
-#endif  // CORVANE_CORE_CRITICAL_SECTION_H_
+#endif  // CORVANE_CORE_SYSTEM_HANDLES_H_

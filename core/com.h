@@ -1,12 +1,24 @@
-// The COM initialisation that an object holds on the thread that made it.
-#ifndef CORVANE_CORE_COM_INITIALIZATION_H_
-#define CORVANE_CORE_COM_INITIALIZATION_H_
+// What the library asks of COM: its initialisation, the DOM's class, variants at the boundary.
+#ifndef CORVANE_CORE_COM_H_
+#define CORVANE_CORE_COM_H_
 
 #include "core/trace.h"
 #include "corvane/platform.h"
 
 namespace Corvane {
 
+// The DOM document class that specifications and device documents are parsed with.
+inline constexpr CLSID kDomDocumentClass = {
+    0xF5078F32, 0xC551, 0x11D3, {0x89, 0xB9, 0x00, 0x00, 0xF8, 0x1F, 0xE2, 0x21}};
+
+// Moves a value into an output argument, whose earlier content is cleared. What cannot be cleared
+// was never a variant, or is a locked array: there is nothing of it to free here.
+inline void MoveTo(_variant_t&& from, VARIANT* to) {
+  if (FAILED(VariantClear(to))) VariantInit(to);
+  *to = from.Detach();
+}
+
+// The COM initialisation that an object holds on the thread that made it.
 class ComInitialization {
  public:
   ComInitialization() = default;
@@ -36,4 +48,4 @@ class ComInitialization {
 
 }  // namespace Corvane
 
-#endif  // CORVANE_CORE_COM_INITIALIZATION_H_
+#endif  // CORVANE_CORE_COM_H_
