@@ -36,8 +36,8 @@
 #include "corvane/ipp_provider.h"
 #include "host/network_address.h"
 #include "tests/support/ipp_bytes.h"
-#include "tests/support/output_of.h"
 #include "tests/support/peers/private_network.h"
+#include "tests/support/process.h"
 #include "tests/support/temp_folder.h"
 
 namespace {
@@ -224,32 +224,32 @@ const std::string& Document() {
   return path;
 }
 
-double Number(benchmark::State& state, const std::string& arguments) {
-  const std::string told = Corvane::Test::OutputOf("exec '" + Self() + "' " + arguments);
+double Number(benchmark::State& state, std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), Self());
+  const std::string told = Corvane::Test::RunProcess(arguments).output;
   const double number = told.empty() ? -1 : std::atof(told.c_str());
   if (number < 0) state.SkipWithError("the run failed");
   return number;
 }
 
 void Print(benchmark::State& state) {
-  const std::string arguments = "--print '" + Document() + "' " + std::to_string(state.range(0));
   double peak = 0;
-  for (auto _ : state) peak = std::max(peak, Number(state, arguments));
+  for (auto _ : state) {
+    peak = std::max(peak, Number(state, {"--print", Document(), std::to_string(state.range(0))}));
+  }
   state.counters["peak_KB"] = peak;
 }
 
 void Ipptool(benchmark::State& state) {
-  const std::string command = "exec ipptool -t -f '" + Document() +
-                              "' ipp://127.0.0.1:" + std::to_string(kPort) +
-                              "/ipp/print print-job.test </dev/null 2>&1";
   for (auto _ : state) {
-    if (Corvane::Test::OutputOf(command).find("[PASS]") == std::string::npos)
-      state.SkipWithError("ipptool failed");
+    const auto result = Corvane::Test::RunProcess(
+        {"ipptool", "-t", "-f", Document(), "ipp://127.0.0.1:631/ipp/print", "print-job.test"});
+    if (result.output.find("[PASS]") == std::string::npos) state.SkipWithError("ipptool failed");
   }
 }
 
 void Watch(benchmark::State& state) {
-  for (auto _ : state) state.counters["cpu_percent"] = Number(state, "--watch");
+  for (auto _ : state) state.counters["cpu_percent"] = Number(state, {"--watch"});
 }
 
 BENCHMARK(Print)->Arg(4096)->Arg(64 << 10)->Arg(256 << 10)->Arg(1 << 20)->UseRealTime()->Unit(
@@ -268,7 +268,7 @@ int main(int argc, char** argv) {
     std::printf("%g\n", number);
     return number < 0;
   }
-  if (const int status = Corvane::Test::RunInPrivateNetwork(argv); status >= 0) return status;
+  Corvane::Test::EnterPrivateNetwork(argv);
   if (const std::string failure = Corvane::Test::PrivateNetworkFailure(); !failure.empty()) {
     std::fprintf(stderr, "%s\n", failure.c_str());
     return 1;

@@ -20,9 +20,9 @@
 #include "tests/ipp/decoded.h"
 #include "tests/ipp/streamed_document.h"
 #include "tests/support/hr.h"
-#include "tests/support/output_of.h"
 #include "tests/support/peers/ippeveprinter.h"
 #include "tests/support/peers/private_network.h"
+#include "tests/support/process.h"
 #include "tests/support/temp_folder.h"
 
 namespace Corvane::Test {
@@ -86,7 +86,7 @@ class RealPrint : public ::testing::Test {
   // Whether another client sees a job that goes on; what it says, when it says neither.
   static std::string GoingOn() {
     const std::string output =
-        OutputOf("ipptool -tv ipp://127.0.0.1:631/ipp/print get-jobs.test 2>&1 </dev/null");
+        RunProcess({"ipptool", "-tv", "ipp://127.0.0.1:631/ipp/print", "get-jobs.test"}).output;
     if (output.find("status-code = successful-ok") == std::string::npos) return output;
     return output.find("job-id (integer)") != std::string::npos ? "a job" : "none";
   }

@@ -23,9 +23,9 @@
 #include "tests/ipp/callers_attribute.h"
 #include "tests/ipp/decoded.h"
 #include "tests/support/hr.h"
-#include "tests/support/output_of.h"
 #include "tests/support/peers/ippeveprinter.h"
 #include "tests/support/peers/private_network.h"
+#include "tests/support/process.h"
 
 namespace Corvane::Test {
 namespace {
@@ -144,8 +144,9 @@ std::string InItsWords(const std::string& name, const std::string& type, std::st
 }
 
 TEST_F(RealPrinter, SaysWhatItSaysToIpptool) {
-  const std::string output = OutputOf(
-      "ipptool -tv ipp://127.0.0.1:631/ipp/print get-printer-attributes.test 2>&1 </dev/null");
+  const std::string output =
+      RunProcess({"ipptool", "-tv", "ipp://127.0.0.1:631/ipp/print", "get-printer-attributes.test"})
+          .output;
   const std::size_t answer = output.find("RECEIVED:");
   ASSERT_NE(std::string::npos, answer) << "ipptool (Debian's package cups-ipp-utils): " << output;
   // It calls a loopback address by this name, and the printer its own URIs by what it is called.

@@ -1,8 +1,12 @@
-// RunInto for Windows.
+// RunProcess for Windows.
 #include "tests/support/process.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
+
+#include <filesystem>
+
+#include "base/utf8.h"
+#include "tests/support/temp_folder.h"
 
 namespace Corvane::Test {
 namespace {
@@ -27,12 +31,11 @@ HANDLE CreateInheritable(const std::filesystem::path& file) {
 
 // Wine cannot, once in some thousand times, and says that it has an internal error; nothing of the
 // child has run then.
-bool Start(const std::filesystem::path& program, std::wstring& commandLine, STARTUPINFOW& start,
-           PROCESS_INFORMATION* process) {
+bool Start(std::wstring& commandLine, STARTUPINFOW& start, PROCESS_INFORMATION* process) {
   constexpr int kTries = 5;
   for (int tries = 0; tries < kTries; ++tries) {
-    if (CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                       nullptr, &start, process)) {
+    if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                       &start, process)) {
       return true;
     }
     if (GetLastError() != ERROR_INTERNAL_ERROR) break;
@@ -42,32 +45,33 @@ bool Start(const std::filesystem::path& program, std::wstring& commandLine, STAR
 
 }  // namespace
 
-int RunInto(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-            const std::filesystem::path& output, const std::filesystem::path& error) {
-  std::wstring commandLine = Quote(program.wstring());
-  for (const std::string& argument : arguments) {
-    commandLine +=
-        L' ' +
-        Quote(std::filesystem::path(std::u8string(argument.begin(), argument.end())).wstring());
-  }
+ProcessResult RunProcess(const std::vector<std::string>& command) {
+  constexpr DWORD kTimeoutMs = 120'000;
+  const TempFolder streams;
+  std::wstring commandLine;
+  for (const std::string& part : command) commandLine += Quote(ToWide(part)) + L' ';
   STARTUPINFOW start = {};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdOutput = CreateInheritable(output);
-  start.hStdError = CreateInheritable(error);
+  start.hStdOutput = CreateInheritable(streams.Path() / "output");
+  start.hStdError = CreateInheritable(streams.Path() / "error");
   PROCESS_INFORMATION process = {};
   DWORD exitStatus = static_cast<DWORD>(-1);
-  if (Start(program, commandLine, start, &process)) {
-    WaitForSingleObject(process.hProcess, INFINITE);
-    GetExitCodeProcess(process.hProcess, &exitStatus);
+  const bool started = Start(commandLine, start, &process);
+  const DWORD error = GetLastError();
+  if (started) {
+    if (WaitForSingleObject(process.hProcess, kTimeoutMs) == WAIT_OBJECT_0) {
+      GetExitCodeProcess(process.hProcess, &exitStatus);
+    } else {
+      TerminateProcess(process.hProcess, exitStatus);
+    }
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
-  } else {
-    ADD_FAILURE() << "no process: error " << GetLastError();
   }
   CloseHandle(start.hStdOutput);
   CloseHandle(start.hStdError);
-  return static_cast<int>(exitStatus);
+  return {static_cast<int>(exitStatus), streams.Read("output"),
+          started ? streams.Read("error") : "no process: error " + std::to_string(error)};
 }
 
 }  // namespace Corvane::Test

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <string>
 
@@ -33,6 +34,11 @@ class TempFolder {
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << content;
     return file;
+  }
+  // What a file below the folder holds now, with plain line ends; "" without one.
+  std::string Read(const std::string& name) const {
+    std::ifstream file(m_path / name);
+    return {std::istreambuf_iterator<char>(file), {}};
   }
 
  private:

@@ -4,18 +4,16 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <iterator>
-#include <memory>
 #include <thread>
 
+#include "tests/support/child_process.h"
 #include "tests/support/ipp_bytes.h"
 #include "tests/support/peers/ippeveprinter.h"
 #include "tests/support/peers/loopback_server.h"
 #include "tests/support/peers/private_network.h"
-#include "tests/support/running_tool.h"
 #include "tests/tools/tool_run.h"
 
 namespace Corvane::Test {
@@ -68,14 +66,9 @@ std::string Ipptool(const TempFolder& folder, const char* operation, const char*
                                     "ATTR naturalLanguage attributes-natural-language en\n"
                                     "ATTR uri printer-uri $uri\n" +
                                     attribute + "\n}\n");
-  const std::string command = "ipptool -tv ipp://localhost:631/ipp/print '" +
-                              (folder.Path() / "question.test").string() + "' 2>&1 </dev/null";
-  std::string output;
-  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), &pclose);
-  char block[4096];
-  for (std::size_t size; pipe && (size = fread(block, 1, sizeof(block), pipe.get())) > 0;) {
-    output.append(block, size);
-  }
+  const std::string output = RunProcess({"ipptool", "-tv", "ipp://localhost:631/ipp/print",
+                                         (folder.Path() / "question.test").string()})
+                                 .output;
   EXPECT_TRUE(Contains(output, "successful-ok")) << output;
   const std::size_t answer = output.find("RECEIVED:");
   return answer == std::string::npos ? output : output.substr(answer);
@@ -154,7 +147,7 @@ TEST_F(PrintOnRealPrinter, DocumentsArriveByteForByte) {
     const std::string document = Pdf(c.bytes);
     std::vector<std::string> arguments = {c.isInput ? "-" : File(document)};
     arguments.insert(arguments.end(), c.more.begin(), c.more.end());
-    RunningTool tool(Command("print", arguments));
+    ChildProcess tool(ToolCommand(Command("print", arguments)));
     if (c.isInput) tool.Write(document);
     tool.EndInput();
     EXPECT_EQ(tool.Wait(), 0) << tool.Error();
@@ -206,7 +199,7 @@ TEST_F(PrintOnRealPrinter, InterruptionCancelsTheJob) {
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.name);
     ASSERT_TRUE(Await([] { return !HasJobs(); }));
-    RunningTool tool(Command("print", {"-"}));
+    ChildProcess tool(ToolCommand(Command("print", {"-"})));
     tool.Write(Pdf(1'000'000));
     ASSERT_TRUE(Await(HasJobs)) << tool.Error();
     std::atomic<bool> isOver{false};
@@ -234,7 +227,7 @@ TEST_F(PrintOnRealPrinter, OnlyOwnJobIsCancelled) {
   HoldJobs();
   ASSERT_EQ(RunCommand("print", {File(Pdf(1000)), "--job-name", "stdin"}).exitStatus, 0);
   // Waits for that one, which has its name.
-  RunningTool waiting(Command("print", {"-"}));
+  ChildProcess waiting(ToolCommand(Command("print", {"-"})));
   waiting.Write(Pdf(300'000));  // it reads no more than it can send
   EXPECT_TRUE(Await([&] { return Contains(waiting.Error(), "printing stdin"); }));
   waiting.Signal(SIGINT);
@@ -401,7 +394,7 @@ TEST_F(PrintOnPort631, InterruptionEndsAtAPrinterThatDoesNothing) {
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.name);
     ScriptedPrinter printer(kTakeNoMore, c.listsJob, c.fallsSilent);
-    RunningTool tool(Command("print", {c.isWhole ? File(Pdf(1000)) : "-"}));
+    ChildProcess tool(ToolCommand(Command("print", {c.isWhole ? File(Pdf(1000)) : "-"})));
     if (!c.isWhole) tool.Write(Pdf(200'000));
     std::thread feeder([&] {
       while (!c.isWhole && tool.Write(std::string(10'000, 'x'))) {

@@ -15,8 +15,13 @@
 
 namespace Corvane::Test {
 
+inline std::vector<std::string> ToolCommand(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), CORVANE_TOOL_PATH);
+  return arguments;
+}
+
 inline ProcessResult RunTool(const std::vector<std::string>& arguments) {
-  return RunProcess(CORVANE_TOOL_PATH, arguments);
+  return RunProcess(ToolCommand(arguments));
 }
 
 inline bool Contains(const std::string& text, const std::string& part) {

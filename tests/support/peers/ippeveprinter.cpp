@@ -1,7 +1,5 @@
 #include "tests/support/peers/ippeveprinter.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -22,7 +20,6 @@ namespace Corvane::Test {
 namespace {
 
 constexpr auto kStartTimeout = std::chrono::seconds(20);
-constexpr int kAnswerTimeoutMs = 10'000;
 constexpr int kStarts = 5;  // another process may take the port between choosing and binding it
 
 // The printer ends at once when it finds no system bus, though it has nothing to say on it. A bus
@@ -85,24 +82,6 @@ bool Connects(const std::string& path) {
       connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
   close(client);
   return connected;
-}
-
-bool AnswersHttp(std::uint16_t port) {
-  const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(port);
-  constexpr std::string_view kRequest =
-      "HEAD / HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n";
-  pollfd polled{client, POLLIN, 0};
-  char byte = 0;
-  const bool answered =
-      connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
-      send(client, kRequest.data(), kRequest.size(), MSG_NOSIGNAL) > 0 &&
-      poll(&polled, 1, kAnswerTimeoutMs) > 0 && recv(client, &byte, 1, 0) == 1;
-  close(client);
-  return answered;
 }
 
 std::string Content(const std::filesystem::path& file) {

@@ -51,6 +51,25 @@ int ListenOnLoopbackPort(int backlog, int family, std::uint16_t* port) {
   return listener;
 }
 
+bool AnswersHttp(std::uint16_t port) {
+  constexpr int kTimeoutMs = 10'000;
+  constexpr std::string_view kRequest =
+      "HEAD / HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n";
+  const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
+  pollfd polled{client, POLLIN, 0};
+  char byte = 0;
+  const bool answered =
+      connect(client, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0 &&
+      send(client, kRequest.data(), kRequest.size(), MSG_NOSIGNAL) > 0 &&
+      poll(&polled, 1, kTimeoutMs) > 0 && recv(client, &byte, 1, 0) == 1;
+  close(client);
+  return answered;
+}
+
 bool LoopbackConnection::ReceiveMore() {
   char block[4096];
   const ssize_t bytes = recv(m_socket, block, sizeof(block), 0);

@@ -79,6 +79,8 @@ class LoopbackServer {
 int ListenOnLoopback(int backlog, std::uint16_t* port);
 // The same on [::1] or 127.0.0.1; *port is the one wanted, or 0.
 int ListenOnLoopbackPort(int backlog, int family, std::uint16_t* port);
+// Whether somebody sends anything there to an HTTP request, within ten seconds.
+bool AnswersHttp(std::uint16_t port);
 
 }  // namespace Corvane::Test
 

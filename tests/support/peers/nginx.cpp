@@ -1,63 +1,35 @@
 #include "tests/support/peers/nginx.h"
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string_view>
 
 #include "tests/support/peers/loopback_server.h"
 
 namespace Corvane::Test {
-namespace {
-
-constexpr int kStartTimeoutMs = 10'000;
-
-// The socket takes connections before nginx runs, so only an answer tells; a process that ended has
-// closed it. A TLS port answers this, too.
-bool Answers(std::uint16_t port) {
-  const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(port);
-  constexpr std::string_view kRequest = "HEAD / HTTP/1.0\r\n\r\n";
-  pollfd polled{client, POLLIN, 0};
-  char byte = 0;
-  const bool answered =
-      connect(client, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0 &&
-      send(client, kRequest.data(), kRequest.size(), MSG_NOSIGNAL) > 0 &&
-      poll(&polled, 1, kStartTimeoutMs) > 0 && recv(client, &byte, 1, 0) == 1;
-  close(client);
-  return answered;
-}
-
-}  // namespace
-
-Nginx::~Nginx() {
-  if (m_process <= 0) return;
-  kill(m_process, SIGTERM);
-  waitpid(m_process, nullptr, 0);
-}
 
 bool Nginx::MakeCertificate(const std::string& name, const std::string& subjectAltName) const {
-  const std::string command =
-      "cd '" + m_folder.Path().string() +
-      "' && exec openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 "
-      "-subj /CN=device -addext subjectAltName=" +
-      subjectAltName + " -keyout " + name + ".key -out " + name + ".pem 2>openssl.log";
-  return std::system(command.c_str()) == 0;
+  const std::vector<std::string> command = {"openssl",
+                                            "req",
+                                            "-x509",
+                                            "-newkey",
+                                            "ec",
+                                            "-pkeyopt",
+                                            "ec_paramgen_curve:prime256v1",
+                                            "-nodes",
+                                            "-days",
+                                            "2",
+                                            "-subj",
+                                            "/CN=device",
+                                            "-addext",
+                                            "subjectAltName=" + subjectAltName,
+                                            "-keyout",
+                                            name + ".key",
+                                            "-out",
+                                            name + ".pem"};
+  return ChildProcess(command, {.folder = m_folder.Path()}).Wait() == 0;
 }
 
 bool Nginx::Start(std::string servers, std::size_t portCount) {
@@ -84,24 +56,15 @@ bool Nginx::Start(std::string servers, std::size_t portCount) {
   }
   m_folder.Write("nginx.conf", configuration + servers + "}\n");
   std::filesystem::create_directories(m_folder.Path() / "root");
-  // Servers are not in every user's PATH.
-  const std::string command = "cd '" + m_folder.Path().string() +
-                              "' && PATH=\"$PATH:/usr/sbin:/sbin\" && export NGINX='" + inherited +
-                              "' && exec nginx -p ./ -c nginx.conf -e stderr >log 2>&1";
-  const pid_t parent = getpid();
-  m_process = fork();
-  if (m_process == 0) {                // only what a signal handler may call
-    prctl(PR_SET_PDEATHSIG, SIGTERM);  // which a master passes on to its workers
-    if (getppid() != parent) _exit(1);
-    for (const int socket : sockets) fcntl(socket, F_SETFD, 0);  // stays open
-    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
-    _exit(127);
-  }
+  m_process.emplace(
+      std::vector<std::string>{"nginx", "-p", "./", "-c", "nginx.conf", "-e", "stderr"},
+      ProcessOptions{.folder = m_folder.Path(),
+                     .environment = {"NGINX=" + inherited},
+                     .descriptors = sockets});
   for (const int socket : sockets) close(socket);
-  if (m_process > 0 && std::all_of(m_ports.begin(), m_ports.end(), Answers)) return true;
-  std::ifstream log(m_folder.Path() / "log");
-  m_failure = "nginx (Debian's package nginx-light) did not start: " +
-              std::string(std::istreambuf_iterator<char>(log), {});
+  // The sockets take connections before it runs, so only an answer tells; also of a TLS port.
+  if (std::all_of(m_ports.begin(), m_ports.end(), AnswersHttp)) return true;
+  m_failure = "nginx (Debian's package nginx-light) did not start: " + m_process->Error();
   return false;
 }
 

@@ -2,26 +2,20 @@
 #ifndef CORVANE_TESTS_SUPPORT_PEERS_NGINX_H_
 #define CORVANE_TESTS_SUPPORT_PEERS_NGINX_H_
 
-#include <sys/types.h>
-
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
 
 namespace Corvane::Test {
 
-// The folder "root" in Folder() is the document root. Ends its own process, also when the test
-// dies.
+// The folder "root" in Folder() is the document root.
 class Nginx {
  public:
-  Nginx() = default;
-  Nginx(const Nginx&) = delete;
-  Nginx& operator=(const Nginx&) = delete;
-  ~Nginx();
-
   const TempFolder& Folder() const { return m_folder; }
   // A self-signed certificate for `subjectAltName` ("IP:127.0.0.1") as NAME.pem and NAME.key; false
   // when the program openssl fails.
@@ -37,7 +31,7 @@ class Nginx {
  private:
   TempFolder m_folder;
   std::vector<std::uint16_t> m_ports;
-  pid_t m_process = -1;
+  std::optional<ChildProcess> m_process;
   std::string m_failure;
 };
 

@@ -6,11 +6,10 @@
 
 namespace Corvane::Test {
 
-// Runs this program again, with the same arguments, in a user and network namespace of its own,
-// where it may bind every port of 127.0.0.1 and [::1]; for main, before there are threads. Gives
-// that run's exit status, or -1 where the tests are to run: in that run, and here if the kernel
-// refuses it one. It dies with this process.
-int RunInPrivateNetwork(char** arguments);
+// Begins this program again, with the same arguments, in a user and network namespace of its own,
+// where it may bind every port of 127.0.0.1 and [::1]; for main. Returns in that run, and at once
+// where the kernel refuses such a namespace.
+void EnterPrivateNetwork(char** arguments);
 
 // Why this process has no such network; empty when it has.
 std::string PrivateNetworkFailure();

@@ -4,7 +4,7 @@
 #include "tests/support/peers/private_network.h"
 
 int main(int argc, char** argv) {
-  if (const int status = Corvane::Test::RunInPrivateNetwork(argv); status >= 0) return status;
+  Corvane::Test::EnterPrivateNetwork(argv);
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -3,28 +3,21 @@
 #ifndef CORVANE_TESTS_SUPPORT_PEERS_SNMPD_H_
 #define CORVANE_TESTS_SUPPORT_PEERS_SNMPD_H_
 
-#include <sys/types.h>
-
 #include <cstdint>
+#include <optional>
 #include <string>
 
+#include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
 
 namespace Corvane::Test {
 
-// Ends its own process, also when the test dies.
 class Snmpd {
  public:
-  Snmpd() = default;
-  Snmpd(const Snmpd&) = delete;
-  Snmpd& operator=(const Snmpd&) = delete;
-  ~Snmpd();
-
   // Starts it with these lines of snmpd.conf and waits until it answers. False, with the reason in
   // Failure(), when it does not. The lines give "rocommunity public" or "rwcommunity private",
-  // users
-  // ("createUser reader SHA passphrase" and "rouser reader"), and values by "override OID TYPE
-  // VALUE".
+  // users ("createUser reader SHA passphrase" and "rouser reader"), and values by "override OID
+  // TYPE VALUE".
   bool Start(const std::string& configuration);
   // Ends it and starts it on the same port with other lines. It has forgotten what it was set to,
   // its engine ID and its starts.
@@ -34,13 +27,10 @@ class Snmpd {
 
  private:
   bool Run();
-  void End();
-  bool Answers() const;
-  std::string Log() const;
 
   TempFolder m_folder;
   std::uint16_t m_port = 0;
-  pid_t m_process = -1;
+  std::optional<ChildProcess> m_process;
   std::string m_failure;
 };
 
