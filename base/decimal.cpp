@@ -49,7 +49,7 @@ std::int64_t ParseFront(std::basic_string_view<Char> text) {
   return static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
 }
 
-std::int32_t Nearest(std::int64_t number) {
+std::int32_t NearestDecimal(std::int64_t number) {
   return static_cast<std::int32_t>(
       std::clamp<std::int64_t>(number, Limits<std::int32_t>::min(), Limits<std::int32_t>::max()));
 }
@@ -67,8 +67,8 @@ std::optional<std::uint64_t> ParseDigits(std::string_view text, std::uint64_t ma
 std::int64_t LeadingNumber(std::wstring_view text) { return ParseFront(text); }
 std::int64_t LeadingNumber(std::string_view text) { return ParseFront(text); }
 
-std::int32_t LeadingInt32(std::wstring_view text) { return Nearest(ParseFront(text)); }
-std::int32_t LeadingInt32(std::string_view text) { return Nearest(ParseFront(text)); }
+std::int32_t LeadingInt32(std::wstring_view text) { return NearestDecimal(ParseFront(text)); }
+std::int32_t LeadingInt32(std::string_view text) { return NearestDecimal(ParseFront(text)); }
 
 std::uint32_t LeadingUint32(std::wstring_view text) {
   constexpr std::int64_t kMax = Limits<std::uint32_t>::max();

@@ -50,12 +50,12 @@ char32_t TakeMultiByte(unsigned lead, const char** next, const char* end, bool k
 }
 
 // The character at `*next`, behind which it steps; kIllFormed for what is none.
-char32_t Take(const char** next, const char* end, bool keepSurrogates) {
+char32_t TakeCharacter(const char** next, const char* end, bool keepSurrogates) {
   const auto byte = static_cast<unsigned char>(*(*next)++);
   return byte < 0x80 ? byte : TakeMultiByte(byte, next, end, keepSurrogates);
 }
 
-char32_t Take(const wchar_t** next, const wchar_t* end, bool keepSurrogates) {
+char32_t TakeCharacter(const wchar_t** next, const wchar_t* end, bool keepSurrogates) {
   const auto unit = static_cast<std::make_unsigned_t<wchar_t>>(*(*next)++);
   if (!IsSurrogate(unit)) return unit <= kLastCodePoint ? unit : kIllFormed;
   if (kIsUtf16 && unit < 0xDC00 && *next != end && (**next & 0xFC00) == 0xDC00) {
@@ -66,7 +66,7 @@ char32_t Take(const wchar_t** next, const wchar_t* end, bool keepSurrogates) {
 }
 
 // False without room, and then nothing is written.
-bool Put(char32_t c, wchar_t** next, const wchar_t* end) {
+bool PutCharacter(char32_t c, wchar_t** next, const wchar_t* end) {
   const bool isPair = kIsUtf16 && c > 0xFFFF;
   if (end - *next < (isPair ? 2 : 1)) return false;
   if (isPair) {
@@ -77,7 +77,7 @@ bool Put(char32_t c, wchar_t** next, const wchar_t* end) {
   return true;
 }
 
-bool Put(char32_t c, char** next, const char* end) {
+bool PutCharacter(char32_t c, char** next, const char* end) {
   const std::ptrdiff_t bytes = c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
   if (end - *next < bytes) return false;
   constexpr unsigned kLead[] = {0, 0, 0xC0, 0xE0, 0xF0};
@@ -117,12 +117,12 @@ Conversion ConvertText(std::basic_string_view<From> text, Malformed policy, std:
         continue;
       }
       const From* behind = next;
-      char32_t c = Take(&behind, end, policy == Malformed::kKeep);
+      char32_t c = TakeCharacter(&behind, end, policy == Malformed::kKeep);
       if (c == kIllFormed) {
         if (policy == Malformed::kRefuse) return done(true);
         c = kReplacement;
       }
-      if (!Put(c, &to, toEnd)) return done(false);
+      if (!PutCharacter(c, &to, toEnd)) return done(false);
       next = behind;
     }
   }
@@ -141,7 +141,8 @@ Conversion MeasureText(std::basic_string_view<From> text, Malformed policy) {
 }
 
 template <typename To, typename From>
-std::optional<std::basic_string<To>> Whole(std::basic_string_view<From> text, Malformed policy) {
+std::optional<std::basic_string<To>> ConvertWhole(std::basic_string_view<From> text,
+                                                  Malformed policy) {
   std::optional<std::basic_string<To>> out(std::in_place, text.size(), To());
   Conversion done = ConvertText(text, policy, std::span(*out));
   if (done.read < text.size() && !done.malformed) {
@@ -173,28 +174,32 @@ Conversion Measure(std::wstring_view wide, Malformed policy) {
   return MeasureText<char>(wide, policy);
 }
 
-std::wstring ToWide(std::string_view utf8) { return *Whole<wchar_t>(utf8, Malformed::kReplace); }
+std::wstring ToWide(std::string_view utf8) {
+  return *ConvertWhole<wchar_t>(utf8, Malformed::kReplace);
+}
 
-std::string ToUtf8(std::wstring_view wide) { return *Whole<char>(wide, Malformed::kReplace); }
+std::string ToUtf8(std::wstring_view wide) {
+  return *ConvertWhole<char>(wide, Malformed::kReplace);
+}
 
 std::optional<std::wstring> ToWideStrictly(std::string_view utf8) {
-  return Whole<wchar_t>(utf8, Malformed::kRefuse);
+  return ConvertWhole<wchar_t>(utf8, Malformed::kRefuse);
 }
 
 std::optional<std::string> ToUtf8Strictly(std::wstring_view wide) {
-  return Whole<char>(wide, Malformed::kRefuse);
+  return ConvertWhole<char>(wide, Malformed::kRefuse);
 }
 
 char32_t NextCodePoint(std::string_view utf8, std::size_t* position) {
   const char* next = utf8.data() + *position;
-  const char32_t c = Take(&next, utf8.data() + utf8.size(), false);
+  const char32_t c = TakeCharacter(&next, utf8.data() + utf8.size(), false);
   *position = static_cast<std::size_t>(next - utf8.data());
   return c == kIllFormed ? kReplacement : c;
 }
 
 char32_t NextCodePoint(std::wstring_view wide, std::size_t* position) {
   const wchar_t* next = wide.data() + *position;
-  const char32_t c = Take(&next, wide.data() + wide.size(), true);
+  const char32_t c = TakeCharacter(&next, wide.data() + wide.size(), true);
   *position = static_cast<std::size_t>(next - wide.data());
   return c == kIllFormed ? kReplacement : c;
 }
@@ -202,7 +207,7 @@ char32_t NextCodePoint(std::wstring_view wide, std::size_t* position) {
 void AppendUtf8(char32_t c, std::string* utf8) {
   char bytes[4];
   char* end = bytes;
-  Put(c, &end, bytes + sizeof(bytes));
+  PutCharacter(c, &end, bytes + sizeof(bytes));
   utf8->append(bytes, end);
 }
 

@@ -28,7 +28,8 @@ struct Place {
   CachedValueMap loaded;  // those that loading takes
 };
 
-std::vector<CacheEntry> EntriesOf(const Place& place, LifespanTable* lifespans, std::uint64_t now) {
+std::vector<CacheEntry> SectionEntries(const Place& place, LifespanTable* lifespans,
+                                       std::uint64_t now) {
   std::set<std::wstring> walked;
   WalkPairs(place.loaded,
             [&walked](const std::wstring& key, const auto&...) { walked.insert(key); });
@@ -88,8 +89,8 @@ LifespanTable LifespansFor(const CacheSection& section, DataMapSpecCollection* s
 // Reads and judges what `section` holds: ERROR_SUCCESS, also when it is not there, or why it could
 // not be read, or not to its end.
 template <typename Read>
-LSTATUS Fill(CacheSection* section, Read read, DataMapSpecCollection* specification,
-             std::uint64_t now) {
+LSTATUS FillSection(CacheSection* section, Read read, DataMapSpecCollection* specification,
+                    std::uint64_t now) {
   Place place;
   LSTATUS error = ERROR_MORE_DATA;
   for (int attempt = 0; attempt < kMaxAttempts && error == ERROR_MORE_DATA; ++attempt) {
@@ -100,7 +101,7 @@ LSTATUS Fill(CacheSection* section, Read read, DataMapSpecCollection* specificat
     }));
   }
   LifespanTable lifespans = LifespansFor(*section, specification);
-  section->entries = EntriesOf(place, &lifespans, now);
+  section->entries = SectionEntries(place, &lifespans, now);
   return error == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : error;
 }
 
@@ -170,7 +171,7 @@ LSTATUS ReviewRegistry(const wchar_t* path, DataMapSpecCollection* specification
       return opened == ERROR_SUCCESS ? ReadKey(key.Get(), sink) : opened;
     };
     if (section.isOfACache) {
-      const LSTATUS unread = Fill(&section, read, specification, now);
+      const LSTATUS unread = FillSection(&section, read, specification, now);
       if (unread != ERROR_SUCCESS) section.error = static_cast<std::uint32_t>(unread);
       if (section.protocol.empty() && section.entries.empty() && !section.error) continue;
     }
@@ -183,7 +184,7 @@ LSTATUS ReviewPrinter(HANDLE printer, DataMapSpecCollection* specification, Cach
                       std::uint64_t now) {
   CacheSection section;
   const auto read = [printer](const ValueSink& sink) { return ReadPrinterData(printer, sink); };
-  const LSTATUS error = Fill(&section, read, specification, now);
+  const LSTATUS error = FillSection(&section, read, specification, now);
   if (error == ERROR_SUCCESS && !section.entries.empty()) visitor->Visit(section);
   return error;
 }

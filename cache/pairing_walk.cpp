@@ -25,8 +25,8 @@ std::unordered_map<std::wstring, std::uint32_t> LifespansOf(DataMapSpec* spec) {
 
 bool IsShorter(std::uint32_t a, std::uint32_t b) { return a != 0 && (b == 0 || a < b); }
 
-void Restore(const std::wstring& key, const _variant_t& data, const Judgement& judgement,
-             CachedValueMap* out) {
+void RestoreValue(const std::wstring& key, const _variant_t& data, const Judgement& judgement,
+                  CachedValueMap* out) {
   CachedValue& restored = out->try_emplace(out->end(), key)->second;
   if (data.vt == VT_I4 && data.lVal == -1) {
     restored.value = L"";
@@ -73,7 +73,7 @@ std::uint32_t FillFromPairs(const CachedValueMap& stored, DataMapSpec* spec, Cac
     const Judgement judgement = JudgePair(key, companion, &lifespans);
     if (judgement.verdict == CacheVerdict::kNeverStale ||
         judgement.verdict == CacheVerdict::kFresh) {
-      Restore(key, data, judgement, out);
+      RestoreValue(key, data, judgement, out);
     }
   });
   return 0;

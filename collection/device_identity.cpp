@@ -16,7 +16,7 @@ struct SerialNumberPlace {
   int useCache;
 };
 
-std::optional<SerialNumberPlace> PlaceOf(DataMapTypeEnum type) {
+std::optional<SerialNumberPlace> IdentityPlaceOf(DataMapTypeEnum type) {
   switch (type) {
     case DataMapTypeQUARN:
       return SerialNumberPlace{L"quarn:zqQuarnProductConfigDyn", L"//dd:SerialNumber", 0};
@@ -40,7 +40,7 @@ std::wstring WithoutUrn(std::wstring_view identity) {
 }  // namespace
 
 std::optional<std::wstring> IdentityOf(IXMLProvider* provider, DataMapTypeEnum type) {
-  const std::optional<SerialNumberPlace> place = PlaceOf(type);
+  const std::optional<SerialNumberPlace> place = IdentityPlaceOf(type);
   if (!place) return std::nullopt;
   wchar_t buffer[kMaxIdentityChars] = {};
   std::uint32_t required = 0;

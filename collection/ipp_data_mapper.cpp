@@ -33,12 +33,12 @@ std::pair<std::wstring_view, std::size_t> WithoutNumber(std::wstring_view name) 
   return {name.substr(0, name.size() - kSuffix), number};
 }
 
-std::wstring Numbered(const std::wstring& key, std::size_t number) {
+std::wstring NumberedAttribute(const std::wstring& key, std::size_t number) {
   const std::wstring digits = std::to_wstring(1000 + number);
   return key + L'.' + digits.substr(1);
 }
 
-_variant_t Converted(const IPPDataItemSpec& item, const std::string& text) {
+_variant_t ConvertedAttribute(const IPPDataItemSpec& item, const std::string& text) {
   VARIANT value;
   VariantInit(&value);
   value.bstrVal = BstrFromUtf8(text).Release();
@@ -136,10 +136,10 @@ HRESULT IPPDataMapper::Read(const IPPDataItemSpec& item, Values* values) {
   std::string joined;
   for (const std::string& text : texts) {
     joined += text + ',';
-    values->each.push_back(Converted(item, text));
+    values->each.push_back(ConvertedAttribute(item, text));
   }
   joined.pop_back();
-  values->all = Converted(item, joined);
+  values->all = ConvertedAttribute(item, joined);
   return S_OK;
 }
 
@@ -167,10 +167,10 @@ void IPPDataMapper::Keep(const IPPDataItemSpec& item, const std::wstring& key,
   const std::size_t count = values.each.size() > 1 ? std::min(values.each.size(), kMaxNumbered) : 0;
   std::size_t number = 1;
   for (; number <= count; ++number) {
-    m_values.insert_or_assign(Numbered(key, number),
+    m_values.insert_or_assign(NumberedAttribute(key, number),
                               CachedValue{values.each[number - 1], timestamp, lifespan});
   }
-  while (m_values.erase(Numbered(key, number)) > 0) ++number;
+  while (m_values.erase(NumberedAttribute(key, number)) > 0) ++number;
 }
 
 }  // namespace Corvane

@@ -21,18 +21,18 @@ bool IsGroupMember(OIDDataItemSpec& item) {
 }
 
 // What no store or cache could give back as a value.
-bool IsNothing(const VARIANT& value) {
+bool IsNoOidValue(const VARIANT& value) {
   return value.vt == VT_EMPTY || value.vt == VT_NULL || value.vt == VT_ERROR;
 }
 
-std::wstring StepKey(const std::wstring& base, int step) {
+std::wstring WalkStepKey(const std::wstring& base, int step) {
   std::wstring digits = std::to_wstring(step);
   digits.insert(0, 3 - std::min<std::size_t>(digits.size(), 3), L'0');
   return base + L'.' + digits;
 }
 
 // The number of three digits, or 0.
-int StepOf(std::wstring_view suffix) {
+int WalkStepOf(std::wstring_view suffix) {
   if (suffix.size() != 3) return 0;
   int step = 0;
   for (const wchar_t c : suffix) {
@@ -131,7 +131,7 @@ OIDDataItemSpec* OIDDataMapper::FindItem(Request* request) {
 }
 
 bool OIDDataMapper::Keep(const OIDDataItemSpec& item, const std::wstring& key, _variant_t* value) {
-  if (IsNothing(*value)) return false;
+  if (IsNoOidValue(*value)) return false;
   *value = item.ConvertValue(std::move(*value));
   if (!item.IsTransient()) {
     StoreValue(key.c_str(), value, static_cast<unsigned int>(item.GetLifespan()));
@@ -189,10 +189,10 @@ HRESULT OIDDataMapper::ReadGroup(const OIDDataItemSpec& item, _variant_t* value)
 HRESULT OIDDataMapper::GetStep(NextOIDDataItemSpec& item, const Request& request,
                                _variant_t* value) {
   const std::wstring base(request.prefixAndName);
-  const int wanted = request.suffix ? StepOf(*request.suffix) : 1;
+  const int wanted = request.suffix ? WalkStepOf(*request.suffix) : 1;
   if (wanted == 0) return E_FAIL;
   const bool isStored =
-      !request.suffix && DataCollectionImpl::GetValue(StepKey(base, 1).c_str(), value) == S_OK;
+      !request.suffix && DataCollectionImpl::GetValue(WalkStepKey(base, 1).c_str(), value) == S_OK;
   return isStored ? S_OK : Walk(item, base, wanted, value);
 }
 
@@ -222,7 +222,7 @@ HRESULT OIDDataMapper::Walk(NextOIDDataItemSpec& item, const std::wstring& base,
     if (*oid <= last) return result;
     current = next.data();
     last = *std::move(oid);
-    const bool kept = Keep(item, StepKey(base, step), &fetched);
+    const bool kept = Keep(item, WalkStepKey(base, step), &fetched);
     if (step != wanted || !kept) continue;
     *value = std::move(fetched);
     result = S_OK;
@@ -233,7 +233,7 @@ HRESULT OIDDataMapper::Walk(NextOIDDataItemSpec& item, const std::wstring& base,
 
 // What an earlier, longer walk left.
 void OIDDataMapper::ForgetStepsFrom(int step, const std::wstring& base) {
-  while (m_values.erase(StepKey(base, step)) > 0) ++step;
+  while (m_values.erase(WalkStepKey(base, step)) > 0) ++step;
 }
 
 }  // namespace Corvane

@@ -8,12 +8,12 @@
 namespace Corvane {
 
 // For std::lock_guard.
-class CriticalSection {
+class SystemLock {
  public:
-  CriticalSection() { InitializeCriticalSection(&m_section); }
-  CriticalSection(const CriticalSection&) = delete;
-  CriticalSection& operator=(const CriticalSection&) = delete;
-  ~CriticalSection() { DeleteCriticalSection(&m_section); }
+  SystemLock() { InitializeCriticalSection(&m_section); }
+  SystemLock(const SystemLock&) = delete;
+  SystemLock& operator=(const SystemLock&) = delete;
+  ~SystemLock() { DeleteCriticalSection(&m_section); }
 
   void lock() { EnterCriticalSection(&m_section); }
   void unlock() { LeaveCriticalSection(&m_section); }

@@ -19,7 +19,7 @@ constexpr wchar_t kMediaType[] = L"application/ipp";
 
 UniqueBstr WideOrEmpty(const char* text) { return BstrFromUtf8(text ? text : ""); }
 
-bool HasBody(HTTPResponse* response) {
+bool ResponseHasBody(HTTPResponse* response) {
   return response->GetContentLength() > 0 && response->GetContent();
 }
 
@@ -93,7 +93,7 @@ HRESULT IPPOperations::ExchangeOnce(int operation, HTTPResponse** response,
   }
   if (!answer) return E_FAIL;
   const std::uint32_t status = answer->GetStatusCode();
-  if (status == kHttpOk && HasBody(answer)) {
+  if (status == kHttpOk && ResponseHasBody(answer)) {
     *response = answer;
     return S_OK;
   }
@@ -179,7 +179,7 @@ HRESULT IPPOperations::ReadPrintJobResponse(HTTPResponse** response) {
   if (!answer) return E_FAIL;
   const std::uint32_t status = answer->GetStatusCode();
   if (status == kHttpUnauthorized) return IPPStatus::kNotAuthenticated;
-  if (status != kHttpOk || !HasBody(answer)) {
+  if (status != kHttpOk || !ResponseHasBody(answer)) {
     SetLastError(status);
     return E_FAIL;
   }

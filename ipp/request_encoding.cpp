@@ -36,11 +36,11 @@ std::string_view BoundedText(const char (&text)[Size]) {
   return {text, strnlen(text, Size)};
 }
 
-IPPWriter WriterOf(char* buffer, int* position) {
+IPPWriter RequestWriter(char* buffer, int* position) {
   return IPPWriter({buffer, std::size_t{kIPPRequestSize}}, position);
 }
 
-std::string_view ViewOf(const char* text) {
+std::string_view AttributeView(const char* text) {
   return text ? std::string_view(text) : std::string_view();
 }
 
@@ -73,14 +73,14 @@ int AddCallersAttribute(const IPPAttributeStruct& attribute, IPPWriter body) {
   }
 }
 
-HRESULT ResultOf(bool isWritten) { return isWritten ? S_OK : E_FAIL; }
+HRESULT EncodingResult(bool isWritten) { return isWritten ? S_OK : E_FAIL; }
 
 // What the request of a job may carry. Each is written if it is set, and false when there is no
 // room for it.
 class JobFields {
  public:
   JobFields(IPPRequestBase* request, char* buffer, int* position)
-      : m_request(*request), m_body(WriterOf(buffer, position)) {}
+      : m_request(*request), m_body(RequestWriter(buffer, position)) {}
 
   bool PrinterUri() { return Text(IPPTag::kUri, "printer-uri", m_request.GetPrinterURI()); }
   bool User() {
@@ -147,7 +147,7 @@ HRESULT IPPOperations::FormIPPRequestBasedOnOperation(char* buffer, int operatio
   if (operation == IPPOperation::kGetJobAttributes || operation == IPPOperation::kCancelJob) {
     SetJobOperations();
   }
-  if (WriterOf(buffer, &position).Delimiter(IPPTag::kEndOfAttributes) != kIPPWritten) {
+  if (RequestWriter(buffer, &position).Delimiter(IPPTag::kEndOfAttributes) != kIPPWritten) {
     result = E_FAIL;
   }
   *length = position;
@@ -188,7 +188,7 @@ HRESULT IPPOperations::FormIPPReqestHeader(char* buffer, int operation, int* pos
   const auto header = MakeIPPHeader(operation);
   const char* const charset = m_charset.Get();
   const char* const language = m_language.Get();
-  IPPWriter body = WriterOf(buffer, position);
+  IPPWriter body = RequestWriter(buffer, position);
   const bool isWritten =
       // With the group's tag behind it, or not at all.
       body.Encoded(std::string(header.begin(), header.end()) + '\1') == kIPPWritten &&
@@ -197,18 +197,19 @@ HRESULT IPPOperations::FormIPPReqestHeader(char* buffer, int operation, int* pos
       body.Attribute(IPPTag::kNaturalLanguage, "attributes-natural-language",
                      language ? language : "en") == kIPPWritten &&
       (operation == IPPOperation::kCancelJob ||
-       body.Attribute(IPPTag::kUri, "printer-uri", ViewOf(m_resourceUri.Get())) == kIPPWritten);
-  return ResultOf(isWritten);
+       body.Attribute(IPPTag::kUri, "printer-uri", AttributeView(m_resourceUri.Get())) ==
+           kIPPWritten);
+  return EncodingResult(isWritten);
 }
 
 HRESULT IPPOperations::AddGetJobAttr(char* buffer, int* position) {
   TraceScope trace(L"Corvane::IPPOperations::AddGetJobAttr");
-  IPPWriter body = WriterOf(buffer, position);
+  IPPWriter body = RequestWriter(buffer, position);
   const auto add = [&](int tag, const char* name, const char* value) {
     return !value || body.Attribute(tag, name, value) == kIPPWritten;
   };
-  return ResultOf(add(IPPTag::kUri, "job-uri", m_jobUri.Get()) &&
-                  add(IPPTag::kKeyword, "requested-attributes", m_attributeName.Get()));
+  return EncodingResult(add(IPPTag::kUri, "job-uri", m_jobUri.Get()) &&
+                        add(IPPTag::kKeyword, "requested-attributes", m_attributeName.Get()));
 }
 
 HRESULT IPPOperations::AddGetPrinterAttr(char* buffer, int* position) {
@@ -219,8 +220,8 @@ HRESULT IPPOperations::AddGetPrinterAttr(char* buffer, int* position) {
     return E_FAIL;
   }
   const std::string names = std::string("printer-name,") + name;
-  return ResultOf(
-      WriterOf(buffer, position).Attributes(IPPTag::kKeyword, "requested-attributes", names) ==
+  return EncodingResult(
+      RequestWriter(buffer, position).Attributes(IPPTag::kKeyword, "requested-attributes", names) ==
       kIPPWritten);
 }
 
@@ -229,7 +230,7 @@ HRESULT IPPOperations::AddGetPrinterAttr(char* buffer, int* position) {
 HRESULT IPPOperations::AddGetJobs(char* buffer, int* position) {
   TraceScope trace(L"Corvane::IPPOperations::AddGetJobs");
   if (!m_requestedUserName.Get()) return E_FAIL;
-  IPPWriter body = WriterOf(buffer, position);
+  IPPWriter body = RequestWriter(buffer, position);
   const int user =
       body.Attributes(IPPTag::kName, "requesting-user-name", m_requestedUserName.Get());
   const int mine = body.Boolean("my-jobs", 1);
@@ -238,43 +239,43 @@ HRESULT IPPOperations::AddGetJobs(char* buffer, int* position) {
     body.Attribute(IPPTag::kKeyword, "which-jobs", completed ? "completed" : "not-completed");
   }
   const int all = body.Attribute(IPPTag::kKeyword, "requested-attributes", "all");
-  return ResultOf(all == kIPPWritten || user == kIPPWritten || mine == kIPPWritten);
+  return EncodingResult(all == kIPPWritten || user == kIPPWritten || mine == kIPPWritten);
 }
 
 HRESULT IPPOperations::AddCancelJobAttr(char* buffer, int* position, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPOperations::AddCancelJobAttr");
   if (!request) return E_FAIL;
   JobFields job(request, buffer, position);
-  return ResultOf(job.JobUri() && job.User());
+  return EncodingResult(job.JobUri() && job.User());
 }
 
 HRESULT IPPOperations::AddPrintURIAttr(char* buffer, int* position, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPOperations::AddPrintURIAttr");
   if (!request) return E_FAIL;
   JobFields job(request, buffer, position);
-  return ResultOf(job.PrinterUri() && job.User() && job.DocumentUri() && job.JobName() &&
-                  job.Fidelity() && job.DocumentName() && job.JobGroup() &&
-                  job.Copies(request->GetCopy() != 0) && job.Sides() &&
-                  job.OrientationAndQuality() && job.Color());
+  return EncodingResult(job.PrinterUri() && job.User() && job.DocumentUri() && job.JobName() &&
+                        job.Fidelity() && job.DocumentName() && job.JobGroup() &&
+                        job.Copies(request->GetCopy() != 0) && job.Sides() &&
+                        job.OrientationAndQuality() && job.Color());
 }
 
 HRESULT IPPOperations::AddCreateJobAttr(char* buffer, int* position, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPOperations::AddCreateJobAttr");
   if (!request) return E_FAIL;
   JobFields job(request, buffer, position);
-  return ResultOf(job.User() && job.JobName() && job.Fidelity() && job.JobGroup() &&
-                  job.Copies(request->GetCopy() > 0) && job.Sides() && job.DocumentHandling() &&
-                  job.OrientationAndQuality());
+  return EncodingResult(job.User() && job.JobName() && job.Fidelity() && job.JobGroup() &&
+                        job.Copies(request->GetCopy() > 0) && job.Sides() &&
+                        job.DocumentHandling() && job.OrientationAndQuality());
 }
 
 HRESULT IPPOperations::AddSendURIAttr(char* buffer, int* position, IPPRequestBase* request) {
   TraceScope trace(L"Corvane::IPPOperations::AddSendURIAttr");
   if (!request) return E_FAIL;
   JobFields job(request, buffer, position);
-  return ResultOf(job.User() && job.DocumentUri() && job.JobName() && job.Fidelity() &&
-                  job.DocumentName() && job.LastDocument() && job.JobGroup() &&
-                  job.DocumentHandling() && job.Copies(request->GetCopy() != 0) && job.Sides() &&
-                  job.OrientationAndQuality());
+  return EncodingResult(job.User() && job.DocumentUri() && job.JobName() && job.Fidelity() &&
+                        job.DocumentName() && job.LastDocument() && job.JobGroup() &&
+                        job.DocumentHandling() && job.Copies(request->GetCopy() != 0) &&
+                        job.Sides() && job.OrientationAndQuality());
 }
 
 // What the caller adds and does not fit is left out, and the job printed without it.
@@ -303,7 +304,7 @@ HRESULT IPPOperations::AddIPPAttributesToIPPHeader(char* buffer, IPPRequestBase*
   TraceScope trace(L"Corvane::IPPOperations::AddIPPAttributesToIPPHeader");
   const auto* const attributes = dynamic_cast<IPPRequestAttributes*>(request);
   if (!buffer || !attributes) return S_FALSE;
-  IPPWriter body = WriterOf(buffer, position);
+  IPPWriter body = RequestWriter(buffer, position);
   for (const IPPAttributeStruct& attribute : attributes->GetAttributesVector()) {
     if (attribute.group != group) continue;
     if (AddCallersAttribute(attribute, body) != kIPPWritten) return E_FAIL;
@@ -331,8 +332,8 @@ HRESULT IPPOperations::AddAttributeBasedOnType(const char* name, char* buffer, i
   TraceScope trace(L"Corvane::IPPOperations::AddAttributeBasedOnType");
   int tag = 0;
   GetTypeOfAttribute(name, &tag);
-  return ResultOf(AddStringToIPPRequest(buffer, tag, "requested-attributes", name, position) ==
-                  kIPPWritten);
+  return EncodingResult(
+      AddStringToIPPRequest(buffer, tag, "requested-attributes", name, position) == kIPPWritten);
 }
 
 int IPPOperations::GetTypeOfAttribute(const char* name, int* tag) {
@@ -349,33 +350,33 @@ int IPPOperations::GetTypeOfAttribute(const char* name, int* tag) {
 
 int IPPOperations::AddStringToIPPRequest(char* buffer, int tag, const char* name, const char* value,
                                          int* position) {
-  return WriterOf(buffer, position).Attribute(tag, ViewOf(name), ViewOf(value));
+  return RequestWriter(buffer, position).Attribute(tag, AttributeView(name), AttributeView(value));
 }
 
 int IPPOperations::AddStringsToIPPRequest(char* buffer, int tag, const char* name, const char* list,
                                           int* position) {
-  return WriterOf(buffer, position).Attributes(tag, ViewOf(name), ViewOf(list));
+  return RequestWriter(buffer, position).Attributes(tag, AttributeView(name), AttributeView(list));
 }
 
 int IPPOperations::AddIntegerToIPPRequest(char* buffer, int tag, const char* name,
                                           std::int32_t value, int* position) {
-  return WriterOf(buffer, position).Integer(tag, ViewOf(name), value);
+  return RequestWriter(buffer, position).Integer(tag, AttributeView(name), value);
 }
 
 int IPPOperations::AddBooleanToIPPRequest(char* buffer, const char* name, unsigned char value,
                                           int* position) {
-  return WriterOf(buffer, position).Boolean(ViewOf(name), value);
+  return RequestWriter(buffer, position).Boolean(AttributeView(name), value);
 }
 
 int IPPOperations::AddRangeToIPPRequest(char* buffer, const char* name, std::int32_t lower,
                                         std::int32_t upper, int* position) {
-  return WriterOf(buffer, position).Range(ViewOf(name), lower, upper);
+  return RequestWriter(buffer, position).Range(AttributeView(name), lower, upper);
 }
 
 int IPPOperations::AddResolutionToIPPRequest(char* buffer, const char* name, unsigned char units,
                                              std::int32_t crossFeed, std::int32_t feed,
                                              int* position) {
-  return WriterOf(buffer, position).Resolution(ViewOf(name), units, crossFeed, feed);
+  return RequestWriter(buffer, position).Resolution(AttributeView(name), units, crossFeed, feed);
 }
 
 }  // namespace Corvane

@@ -17,7 +17,7 @@
 namespace Corvane {
 namespace {
 
-_variant_t ArrayOf(const std::vector<std::string>& texts) {
+_variant_t DecodedArray(const std::vector<std::string>& texts) {
   VARIANT array;
   VariantInit(&array);
   array.parray = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
@@ -29,7 +29,7 @@ _variant_t ArrayOf(const std::vector<std::string>& texts) {
   return owned;
 }
 
-_variant_t TextOf(const std::string& text) {
+_variant_t DecodedText(const std::string& text) {
   VARIANT value;
   VariantInit(&value);
   value.bstrVal = BstrFromUtf8(text).Release();
@@ -114,7 +114,7 @@ bool IPPOperations::GetValueFromIPPMap(const char* name, VARIANT* out) const {
   if (!name || !*name || !out) return false;
   const std::vector<std::string> values = ValuesOf(name);
   if (values.empty()) return false;
-  MoveTo(values.size() == 1 ? TextOf(values.front()) : ArrayOf(values), out);
+  MoveTo(values.size() == 1 ? DecodedText(values.front()) : DecodedArray(values), out);
   return true;
 }
 

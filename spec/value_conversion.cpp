@@ -21,7 +21,7 @@ std::wstring LoweredText(const VARIANT& value) {
 
 // Whether `holds` is true of every word between the commas of `list`, or of any.
 template <typename Predicate>
-bool AnyWord(std::wstring_view list, Predicate holds) {
+bool AnyConversionWord(std::wstring_view list, Predicate holds) {
   for (;;) {
     const std::size_t comma = list.find(L',');
     if (holds(list.substr(0, comma))) return true;
@@ -31,12 +31,12 @@ bool AnyWord(std::wstring_view list, Predicate holds) {
 }
 
 bool HasEveryWordOf(std::wstring_view raw, std::wstring_view list) {
-  return !AnyWord(
+  return !AnyConversionWord(
       list, [raw](std::wstring_view word) { return raw.find(word) == std::wstring_view::npos; });
 }
 
-bool IsWordOf(std::wstring_view word, std::wstring_view list) {
-  return AnyWord(list, [word](std::wstring_view candidate) { return candidate == word; });
+bool IsConversionWord(std::wstring_view word, std::wstring_view list) {
+  return AnyConversionWord(list, [word](std::wstring_view candidate) { return candidate == word; });
 }
 
 bool IsList(std::wstring_view text) { return text.find(L',') != std::wstring_view::npos; }
@@ -58,7 +58,7 @@ _variant_t NexoDataItem::ConvertValue(_variant_t value) const {
   for (const auto& [match, candidate] : m_conversions) {
     if (IsList(match)) {
       if (HasEveryWordOf(raw, match)) replacement = &candidate;
-    } else if (raw == match || (rawIsList && IsWordOf(match, raw))) {
+    } else if (raw == match || (rawIsList && IsConversionWord(match, raw))) {
       replacement = &candidate;
       break;
     }

@@ -33,7 +33,7 @@ std::string_view TakeUntil(std::string_view* text, const char* ends) {
   return taken;
 }
 
-void Skip(std::string_view* text, const char* what) {
+void SkipSeparators(std::string_view* text, const char* what) {
   text->remove_prefix(std::min(text->find_first_not_of(what), text->size()));
 }
 
@@ -55,18 +55,18 @@ std::string TakeQuoted(std::string_view* text) {
 }
 
 // RFC 9110, 11.3 and 11.6.1. The "=" distinguishes a parameter from a scheme.
-std::vector<Challenge> Parse(std::string_view text) {
+std::vector<Challenge> ParseChallenge(std::string_view text) {
   std::vector<Challenge> challenges;
-  for (Skip(&text, " \t,"); !text.empty(); Skip(&text, " \t,")) {
+  for (SkipSeparators(&text, " \t,"); !text.empty(); SkipSeparators(&text, " \t,")) {
     std::string token = LowerAscii(TakeUntil(&text, " \t,=\""));
-    Skip(&text, " \t");
+    SkipSeparators(&text, " \t");
     if (!text.starts_with('=')) {
       if (token.empty()) break;
       challenges.push_back({std::move(token), {}});
       continue;
     }
     text.remove_prefix(1);
-    Skip(&text, " \t");
+    SkipSeparators(&text, " \t");
     std::string value =
         text.starts_with('"') ? TakeQuoted(&text) : std::string(TakeUntil(&text, " \t,"));
     if (!challenges.empty()) challenges.back().parameters.emplace(token, std::move(value));
@@ -74,14 +74,14 @@ std::vector<Challenge> Parse(std::string_view text) {
   return challenges;
 }
 
-bool Lists(const std::string& list, std::string_view wanted) {
-  for (std::string_view rest = list; !rest.empty(); Skip(&rest, " \t,")) {
+bool ListsQop(const std::string& list, std::string_view wanted) {
+  for (std::string_view rest = list; !rest.empty(); SkipSeparators(&rest, " \t,")) {
     if (LowerAscii(TakeUntil(&rest, " \t,")) == wanted) return true;
   }
   return false;
 }
 
-std::string Hex(std::string_view bytes) {
+std::string DigestHex(std::string_view bytes) {
   constexpr char kDigits[] = "0123456789abcdef";
   std::string text;
   for (const char c : bytes) {
@@ -91,7 +91,7 @@ std::string Hex(std::string_view bytes) {
   return text;
 }
 
-std::string Quoted(std::string_view text) {
+std::string QuotedForDigest(std::string_view text) {
   std::string quoted = "\"";
   for (const char c : text) {
     if (c == '"' || c == '\\') quoted += '\\';
@@ -101,7 +101,7 @@ std::string Quoted(std::string_view text) {
 }
 
 // RFC 7616, 3.3, without "-sess".
-const EVP_MD* HashNamed(std::string_view name) {
+const EVP_MD* DigestHashNamed(std::string_view name) {
   if (name.empty() || name == "md5") return EVP_md5();
   if (name == "sha-256") return EVP_sha256();
   return name == "sha-512-256" ? EVP_sha512_256() : nullptr;
@@ -113,13 +113,13 @@ class Digest {
     std::string name = LowerAscii(challenge["algorithm"]);
     m_session = name.ends_with("-sess");
     if (m_session) name.resize(name.size() - 5);
-    m_hash = HashNamed(name);
+    m_hash = DigestHashNamed(name);
   }
 
   bool IsKnown() const {
     const std::string qop = m_challenge["qop"];
     return m_hash && m_challenge.parameters.contains("nonce") &&
-           (qop.empty() || Lists(qop, "auth") || Lists(qop, "auth-int"));
+           (qop.empty() || ListsQop(qop, "auth") || ListsQop(qop, "auth-int"));
   }
 
   // RFC 7616, 3.4.
@@ -129,7 +129,7 @@ class Digest {
     const std::string nonce = m_challenge["nonce"];
     const std::string algorithm = m_challenge["algorithm"];
     std::string qop = m_challenge["qop"];
-    if (!qop.empty()) qop = Lists(qop, "auth") ? "auth" : "auth-int";
+    if (!qop.empty()) qop = ListsQop(qop, "auth") ? "auth" : "auth-int";
     const bool hidesName = LowerAscii(m_challenge["userhash"]) == "true";
 
     std::string secret = Hash(request.userName + ':' + realm + ':' + request.password);
@@ -141,13 +141,14 @@ class Digest {
 
     std::string answer =
         "Digest username=" +
-        Quoted(hidesName ? Hash(request.userName + ':' + realm) : request.userName) +
-        ", realm=" + Quoted(realm) + ", nonce=" + Quoted(nonce) + ", uri=" + Quoted(target);
-    if (!qop.empty() || m_session) answer += ", cnonce=" + Quoted(clientNonce);
+        QuotedForDigest(hidesName ? Hash(request.userName + ':' + realm) : request.userName) +
+        ", realm=" + QuotedForDigest(realm) + ", nonce=" + QuotedForDigest(nonce) +
+        ", uri=" + QuotedForDigest(target);
+    if (!qop.empty() || m_session) answer += ", cnonce=" + QuotedForDigest(clientNonce);
     if (!qop.empty()) answer += ", nc=00000001, qop=" + qop;
-    answer += ", response=" + Quoted(response);
+    answer += ", response=" + QuotedForDigest(response);
     if (m_challenge.parameters.contains("opaque")) {
-      answer += ", opaque=" + Quoted(m_challenge["opaque"]);
+      answer += ", opaque=" + QuotedForDigest(m_challenge["opaque"]);
     }
     if (!algorithm.empty()) answer += ", algorithm=" + algorithm;
     return hidesName ? answer + ", userhash=true" : answer;
@@ -158,7 +159,7 @@ class Digest {
     std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
     unsigned int size = 0;
     EVP_Digest(text.data(), text.size(), bytes.data(), &size, m_hash, nullptr);
-    return Hex({reinterpret_cast<const char*>(bytes.data()), size});
+    return DigestHex({reinterpret_cast<const char*>(bytes.data()), size});
   }
 
   const Challenge& m_challenge;
@@ -174,13 +175,13 @@ std::string AnswerChallenge(std::string_view challenges, const WireRequest& requ
       1) {
     return {};
   }
-  return AnswerChallenge(challenges, request, again, Hex(nonce));
+  return AnswerChallenge(challenges, request, again, DigestHex(nonce));
 }
 
 std::string AnswerChallenge(std::string_view challenges, const WireRequest& request, bool again,
                             const std::string& clientNonce) {
   if (request.userName.empty() && request.password.empty()) return {};
-  const std::vector<Challenge> parsed = Parse(challenges);
+  const std::vector<Challenge> parsed = ParseChallenge(challenges);
   for (const Challenge& challenge : parsed) {
     if (challenge.scheme != "digest") continue;
     const Digest digest(challenge);

@@ -8,7 +8,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-std::wstring Ms(std::int64_t limit) { return std::to_wstring(limit) + L" ms"; }
+std::wstring ClockMilliseconds(std::int64_t limit) { return std::to_wstring(limit) + L" ms"; }
 
 }  // namespace
 
@@ -35,14 +35,17 @@ void ExchangeClock::Received() {
 
 ExchangeClock::Limit ExchangeClock::Next() const {
   if (m_limits.totalMs != 0) {
-    return {m_begin + milliseconds(m_limits.totalMs), L"timed out after " + Ms(m_limits.totalMs)};
+    return {m_begin + milliseconds(m_limits.totalMs),
+            L"timed out after " + ClockMilliseconds(m_limits.totalMs)};
   }
   if (!m_moved) return {Time::max(), {}};  // connecting has a limit of its own
   const Time silent = *m_moved + milliseconds(m_limits.silenceMs);
-  if (!m_awaited) return {silent, L"the device took nothing for " + Ms(m_limits.silenceMs)};
+  if (!m_awaited)
+    return {silent, L"the device took nothing for " + ClockMilliseconds(m_limits.silenceMs)};
   const Time late = *m_awaited + milliseconds(m_limits.responseMs);
-  if (late <= silent) return {late, L"no whole response within " + Ms(m_limits.responseMs)};
-  return {silent, L"the device was silent for " + Ms(m_limits.silenceMs)};
+  if (late <= silent)
+    return {late, L"no whole response within " + ClockMilliseconds(m_limits.responseMs)};
+  return {silent, L"the device was silent for " + ClockMilliseconds(m_limits.silenceMs)};
 }
 
 std::optional<std::wstring> ExchangeClock::Over() const {

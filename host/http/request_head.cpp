@@ -10,7 +10,7 @@
 namespace Corvane::Host {
 namespace {
 
-void AddLine(std::string_view name, std::string_view value, std::string* head) {
+void AddHeadLine(std::string_view name, std::string_view value, std::string* head) {
   head->append(name).append(value.empty() ? ":" : ": ").append(value).append("\r\n");
 }
 
@@ -18,10 +18,10 @@ void AddLine(std::string_view name, std::string_view value, std::string* head) {
 std::string BeginHead(const WireRequest& request, const std::string& authorization) {
   const UrlInHead url = SplitUrl(request.url);
   std::string head = request.verb + ' ' + url.target + " HTTP/1.1\r\n";
-  AddLine("Host", url.host, &head);
-  if (!authorization.empty()) AddLine("Authorization", authorization, &head);
-  for (const auto& [name, value] : request.headers) AddLine(name, value, &head);
-  if (!request.contentType.empty()) AddLine("Content-Type", request.contentType, &head);
+  AddHeadLine("Host", url.host, &head);
+  if (!authorization.empty()) AddHeadLine("Authorization", authorization, &head);
+  for (const auto& [name, value] : request.headers) AddHeadLine(name, value, &head);
+  if (!request.contentType.empty()) AddHeadLine("Content-Type", request.contentType, &head);
   return head;
 }
 
@@ -36,7 +36,7 @@ std::string BuildHead(const WireRequest& request, const std::string& authorizati
     whole.headers.insert(whole.headers.begin(), {"Accept", "*/*"});
   }
   std::string head = BeginHead(whole, authorization);
-  if (request.hasBody) AddLine("Content-Length", std::to_string(request.body.size()), &head);
+  if (request.hasBody) AddHeadLine("Content-Length", std::to_string(request.body.size()), &head);
   return head + "\r\n";
 }
 
@@ -53,7 +53,7 @@ const wchar_t* BuildStreamedHead(const WireRequest& request, std::string* head) 
     if (authorization.empty()) return L"a colon in the user name";
   }
   *head = BeginHead(request, authorization);
-  if (request.CountHeaders("connection") == 0) AddLine("Connection", "close", head);
+  if (request.CountHeaders("connection") == 0) AddHeadLine("Connection", "close", head);
   head->append("\r\n");
   return nullptr;
 }

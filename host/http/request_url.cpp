@@ -40,7 +40,7 @@ std::optional<std::string> UrlHostOfIpv6(std::string_view literal) {
   return '[' + address + "%25" + std::string(zone) + ']';
 }
 
-std::string Part(const CurlUrl& url, CURLUPart part, unsigned int flags = 0) {
+std::string UrlPart(const CurlUrl& url, CURLUPart part, unsigned int flags = 0) {
   char* text = nullptr;
   if (curl_url_get(url.get(), part, &text, flags) != CURLUE_OK) return {};
   const CurlText owned(text);
@@ -59,7 +59,7 @@ CurlUrl ParseUrl(const std::string& base, const std::string& relative) {
   return url;
 }
 
-std::size_t PathBegin(const std::string& url) { return url.find('/', url.find("//") + 2); }
+std::size_t UrlPathBegin(const std::string& url) { return url.find('/', url.find("//") + 2); }
 
 }  // namespace
 
@@ -76,7 +76,7 @@ std::string Origin(std::string_view urlHost, std::uint32_t port, bool tls) {
   return (tls ? "https://" : "http://") + std::string(urlHost) + ':' + std::to_string(port);
 }
 
-std::string OriginOf(const std::string& url) { return url.substr(0, PathBegin(url)); }
+std::string OriginOf(const std::string& url) { return url.substr(0, UrlPathBegin(url)); }
 
 std::string EncodeTarget(std::string_view path) {
   constexpr std::string_view kPlain = "-._~!$&'()*+,;=:@/?";  // RFC 3986, 3.3 and 3.4
@@ -102,10 +102,10 @@ UrlInHead SplitUrl(const std::string& url) {
   UrlInHead split;
   const CurlUrl parsed = ParseUrl(url, url);
   if (!parsed) return split;
-  split.host = Part(parsed, CURLUPART_HOST);
-  const std::string port = Part(parsed, CURLUPART_PORT, CURLU_NO_DEFAULT_PORT);
+  split.host = UrlPart(parsed, CURLUPART_HOST);
+  const std::string port = UrlPart(parsed, CURLUPART_PORT, CURLU_NO_DEFAULT_PORT);
   if (!port.empty()) split.host += ':' + port;
-  split.target = url.substr(PathBegin(url));
+  split.target = url.substr(UrlPathBegin(url));
   return split;
 }
 
@@ -115,17 +115,18 @@ std::optional<std::string> RedirectWithinOrigin(const std::string& url,
   const CurlUrl target = ParseUrl(url, location);
   if (!source || !target) return std::nullopt;
   for (const CURLUPart part : {CURLUPART_SCHEME, CURLUPART_HOST, CURLUPART_PORT}) {
-    if (!EqualsIgnoreAsciiCase(Part(source, part, CURLU_DEFAULT_PORT),
-                               Part(target, part, CURLU_DEFAULT_PORT))) {
+    if (!EqualsIgnoreAsciiCase(UrlPart(source, part, CURLU_DEFAULT_PORT),
+                               UrlPart(target, part, CURLU_DEFAULT_PORT))) {
       return std::nullopt;
     }
   }
-  if (!Part(target, CURLUPART_USER).empty() || !Part(target, CURLUPART_PASSWORD).empty()) {
+  if (!UrlPart(target, CURLUPART_USER).empty() || !UrlPart(target, CURLUPART_PASSWORD).empty()) {
     return std::nullopt;
   }
   // Only the path and the query are the device's word; the rest stays as it was.
-  std::string path = Part(target, CURLUPART_PATH);
-  if (const std::string query = Part(target, CURLUPART_QUERY); !query.empty()) path += '?' + query;
+  std::string path = UrlPart(target, CURLUPART_PATH);
+  if (const std::string query = UrlPart(target, CURLUPART_QUERY); !query.empty())
+    path += '?' + query;
   return OriginOf(url) + EncodeTarget(path);
 }
 

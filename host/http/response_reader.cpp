@@ -30,7 +30,7 @@ int HexValue(char c) {
   return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
-std::string_view Trim(std::string_view text) {
+std::string_view TrimFieldValue(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t");
   if (first == text.npos) return {};
   return text.substr(first, text.find_last_not_of(" \t") - first + 1);
@@ -206,12 +206,12 @@ void ResponseReader::OnStatusLine(std::string_view line) {
 
 void ResponseReader::OnField(std::string_view line) {
   const std::size_t colon = line.find(':');
-  if (colon == line.npos || colon == 0 || Trim(line.substr(0, colon)).size() != colon) {
+  if (colon == line.npos || colon == 0 || TrimFieldValue(line.substr(0, colon)).size() != colon) {
     Malformed(L"a malformed header line");  // RFC 9112, 5.1 and 5.2: a folded one, too
     return;
   }
   const std::wstring name = LowerAscii(WideFromLatin1(line.substr(0, colon)));
-  const std::wstring value = WideFromLatin1(Trim(line.substr(colon + 1)));
+  const std::wstring value = WideFromLatin1(TrimFieldValue(line.substr(colon + 1)));
   const auto [field, added] = m_result.headers.emplace(name, value);
   if (added) return;
   if (name != L"content-length") {

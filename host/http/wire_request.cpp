@@ -9,7 +9,7 @@
 namespace Corvane::Host {
 namespace {
 
-bool IsToken(std::string_view text) {
+bool IsHeaderToken(std::string_view text) {
   static constexpr std::string_view kPunctuation = "!#$%&'*+-.^_`|~";
   return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
@@ -17,7 +17,7 @@ bool IsToken(std::string_view text) {
   });
 }
 
-bool HasControl(std::string_view text) {
+bool HeaderHasControl(std::string_view text) {
   return std::any_of(text.begin(), text.end(), [](char c) {
     return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
   });
@@ -37,7 +37,7 @@ const wchar_t* TakeCredentials(const RequestSettings& settings, const DeviceSett
       !settings.password.empty() || (device.userName.empty() && device.password.empty());
   request->userName = ToUtf8(own ? settings.userName : device.userName);
   request->password = ToUtf8(own ? settings.password : device.password);
-  return HasControl(request->userName) || HasControl(request->password)
+  return HeaderHasControl(request->userName) || HeaderHasControl(request->password)
              ? L"a control character in the credentials"
              : nullptr;
 }
@@ -59,8 +59,8 @@ void DropSecrets(WireRequest* request) {
 const wchar_t* CheckHeader(std::wstring_view name, std::wstring_view value,
                            std::pair<std::string, std::string>* header) {
   *header = {ToUtf8(name), ToUtf8(value)};
-  if (!IsToken(header->first)) return L"a header name that is no token";
-  if (HasControl(header->second)) return L"a control character in a header";
+  if (!IsHeaderToken(header->first)) return L"a header name that is no token";
+  if (HeaderHasControl(header->second)) return L"a control character in a header";
   if (FramesMessage(name, value)) return L"a header that is the host's to write";
   return nullptr;
 }
@@ -75,7 +75,7 @@ std::ptrdiff_t WireRequest::CountHeaders(std::string_view name) const {
 const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSettings& device,
                                 bool forIPP, WireRequest* request) {
   request->verb = ToUtf8(settings.verb);
-  if (!IsToken(request->verb)) return L"a verb that is no token";
+  if (!IsHeaderToken(request->verb)) return L"a verb that is no token";
   const bool expectsBody = settings.verb == L"POST" || settings.verb == L"PUT";
   request->body = settings.body;
   request->hasBody = expectsBody || !settings.body.empty();
@@ -88,7 +88,7 @@ const wchar_t* BuildWireRequest(const RequestSettings& settings, const DeviceSet
     }
   }
   request->contentType = ToUtf8(settings.contentType);
-  if (HasControl(request->contentType)) return L"a control character in a header";
+  if (HeaderHasControl(request->contentType)) return L"a control character in a header";
   if (SplitUrl(request->url).host.empty()) return L"a resource that makes no URL";
   if (request->CountHeaders("authorization") != 0) DropCredentials(request);
   if (request->IsOverTls()) return nullptr;

@@ -12,7 +12,7 @@ constexpr std::uint32_t kOk = 200;
 constexpr std::uint32_t kNotFound = 404;
 constexpr std::uint32_t kMethodNotAllowed = 405;
 
-Outcome Status(std::uint32_t status, std::string body = {}) {
+Outcome RecordedStatus(std::uint32_t status, std::string body = {}) {
   return {std::make_unique<BufferedResponse>(status, BufferedResponse::Headers(), std::move(body)),
           0,
           {}};
@@ -29,13 +29,13 @@ std::wstring RecordedRequest::Describe(const RequestSettings& settings) const {
 }
 
 Outcome RecordedRequest::Perform(const RequestSettings& settings) {
-  if (settings.verb != L"GET" && settings.verb != L"POST") return Status(kMethodNotAllowed);
+  if (settings.verb != L"GET" && settings.verb != L"POST") return RecordedStatus(kMethodNotAllowed);
   std::string body;
   switch (m_recording->Read(m_port, settings.uri, &body)) {
     case Recording::Result::kFound:
-      return Status(kOk, std::move(body));
+      return RecordedStatus(kOk, std::move(body));
     case Recording::Result::kMissing:
-      return Status(kNotFound);
+      return RecordedStatus(kNotFound);
     case Recording::Result::kTooLarge:
       return {nullptr, kErrorResponseTooLarge, L"the file is larger than 64 MB"};
     case Recording::Result::kUnreadable:

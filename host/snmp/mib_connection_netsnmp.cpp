@@ -98,17 +98,17 @@ const netsnmp_variable_list* OnlyVariable(const SnmpReply& reply) {
 }
 
 // None for what no message can carry.
-std::optional<Oid> ParseName(std::wstring_view text) {
+std::optional<Oid> ParseOidName(std::wstring_view text) {
   std::optional<Oid> name = ParseOid(text);
   if (name && !IsEncodable(*name)) name.reset();
   return name;
 }
 
-Oid NameOf(const netsnmp_variable_list& variable) {
+Oid OidNameOf(const netsnmp_variable_list& variable) {
   return {variable.name, variable.name + variable.name_length};
 }
 
-HRESULT Outcome(const SnmpReply& reply) {
+HRESULT SnmpOutcome(const SnmpReply& reply) {
   if (FAILED(reply.result) || reply.errorStatus == SNMP_ERR_NOERROR) return reply.result;
   return ResultFromErrorStatus(reply.errorStatus);
 }
@@ -129,7 +129,7 @@ template <typename Operation>
 HRESULT NetSnmpConnection::RunOn(const wchar_t* oid, const wchar_t* verb,
                                  Operation operation) noexcept {
   return Run([&](std::wstring* failure) {
-    const std::optional<Oid> name = ParseName(oid);
+    const std::optional<Oid> name = ParseOidName(oid);
     const HRESULT result = name ? operation(*name) : E_INVALIDARG;
     if (result != S_OK) *failure = Sentence(std::wstring(verb) + L' ' + oid, result);
     return result;
@@ -174,9 +174,9 @@ HRESULT NetSnmpConnection::GetValue(const wchar_t* oid, VARIANT* value) {
 
 HRESULT NetSnmpConnection::GetOne(const Oid& oid, VARIANT* value) {
   const SnmpReply reply = m_session.Exchange({SNMP_MSG_GET, {&oid}}, Patience(kRequestsOfOne));
-  if (const HRESULT outcome = Outcome(reply); FAILED(outcome)) return outcome;
+  if (const HRESULT outcome = SnmpOutcome(reply); FAILED(outcome)) return outcome;
   const netsnmp_variable_list* const variable = OnlyVariable(reply);
-  if (!variable || NameOf(*variable) != oid) return ResultFromError(kErrorInvalidResponse);
+  if (!variable || OidNameOf(*variable) != oid) return ResultFromError(kErrorInvalidResponse);
   const SnmpDatum datum = DatumOf(*variable);
   return FAILED(datum.result) ? datum.result : StoreDatum(datum, value);
 }
@@ -193,12 +193,12 @@ HRESULT NetSnmpConnection::GetNext(const Oid& oid, wchar_t* nextOid, std::size_t
   const SnmpReply reply = m_session.Exchange({SNMP_MSG_GETNEXT, {&oid}}, Patience(kRequestsOfOne));
   // How version 1 says that nothing follows (RFC 1157, 4.1.3).
   if (m_isVersion1 && reply.errorStatus == SNMP_ERR_NOSUCHNAME) return kSnmpEndOfMibView;
-  if (const HRESULT outcome = Outcome(reply); FAILED(outcome)) return outcome;
+  if (const HRESULT outcome = SnmpOutcome(reply); FAILED(outcome)) return outcome;
   const netsnmp_variable_list* const variable = OnlyVariable(reply);
   if (!variable) return ResultFromError(kErrorInvalidResponse);
   const SnmpDatum datum = DatumOf(*variable);
   if (FAILED(datum.result)) return datum.result;
-  const Oid next = NameOf(*variable);
+  const Oid next = OidNameOf(*variable);
   if (next <= oid) return ResultFromError(kErrorInvalidResponse);
   const std::wstring text = FormatOid(next);
   if (text.size() >= nextOidChars) return E_OUTOFMEMORY;
@@ -215,7 +215,7 @@ HRESULT NetSnmpConnection::SetValue(const wchar_t* oid, VARIANT* value) {
     // Sent once: an agent whose answer was lost would do it again.
     SnmpPatience patience = Patience(kRequestsOfOne);
     patience.timeout *= std::exchange(patience.tries, 1);
-    return Outcome(m_session.Exchange({SNMP_MSG_SET, {&name}, &setting}, patience));
+    return SnmpOutcome(m_session.Exchange({SNMP_MSG_SET, {&name}, &setting}, patience));
   });
 }
 
@@ -230,7 +230,7 @@ HRESULT NetSnmpConnection::GetGroup(const wchar_t** oids, VARIANT* values, std::
                                     std::wstring* failure) {
   std::vector<std::optional<Oid>> names;
   std::vector<const Oid*> wanted;
-  for (std::size_t i = 0; i < count; ++i) names.push_back(ParseName(OrEmpty(oids[i])));
+  for (std::size_t i = 0; i < count; ++i) names.push_back(ParseOidName(OrEmpty(oids[i])));
   for (const std::optional<Oid>& name : names) {
     if (name) wanted.push_back(&*name);
   }

@@ -33,7 +33,7 @@ bool IsAboutOneName(long status) {
          status == SNMP_ERR_AUTHORIZATIONERROR;
 }
 
-const netsnmp_variable_list* Find(const SnmpReply& reply, const Oid& name) {
+const netsnmp_variable_list* FindInGroup(const SnmpReply& reply, const Oid& name) {
   const netsnmp_variable_list* variable = reply.variables.get();
   while (variable && !std::equal(name.begin(), name.end(), variable->name,
                                  variable->name + variable->name_length)) {
@@ -114,7 +114,7 @@ bool SnmpGroupRead::Take(const SnmpReply& reply, Part part) {
   if (reply.errorStatus != SNMP_ERR_NOERROR) return Resolve(reply, part);
   std::vector<std::size_t> missing;
   for (const std::size_t index : part) {
-    if (const netsnmp_variable_list* const variable = Find(reply, *m_wanted[index])) {
+    if (const netsnmp_variable_list* const variable = FindInGroup(reply, *m_wanted[index])) {
       m_data[index] = DatumOf(*variable);
     } else {
       missing.push_back(index);

@@ -18,11 +18,11 @@ constexpr std::size_t kMinPassphraseBytes = 8;   // RFC 3414, 11.2
 constexpr const char* kAuthNames[] = {"MD5", "SHA", "SHA-224", "SHA-256", "SHA-384", "SHA-512"};
 constexpr const char* kPrivacyNames[] = {"DES", "AES", "AES-192", "AES-256"};
 
-bool HasNul(const std::string& text) { return text.find('\0') != std::string::npos; }
+bool SecretHasNul(const std::string& text) { return text.find('\0') != std::string::npos; }
 
 // -1 when this net-snmp has no such protocol.
 template <std::size_t kCount, typename Enum>
-int Protocol(const char* const (&names)[kCount], Enum which, int (*lookUp)(const char*)) {
+int UsmProtocol(const char* const (&names)[kCount], Enum which, int (*lookUp)(const char*)) {
   const auto index = static_cast<std::size_t>(which);
   return index < kCount ? lookUp(names[index]) : -1;
 }
@@ -70,22 +70,22 @@ std::wstring SnmpIdentity::Set(const SnmpOptions& options) {
 }
 
 std::wstring SnmpIdentity::SetUser(const SnmpOptions& options) {
-  if (m_user.empty() || m_user.size() > kMaxUserBytes || HasNul(m_user)) {
+  if (m_user.empty() || m_user.size() > kMaxUserBytes || SecretHasNul(m_user)) {
     return L"the user name does not have 1 to 32 bytes";
   }
-  if (m_contextName.size() > kMaxContextBytes || HasNul(m_contextName)) {
+  if (m_contextName.size() > kMaxContextBytes || SecretHasNul(m_contextName)) {
     return L"the context name is longer than 255 bytes";
   }
   if (options.authPassphrase.empty()) {
     return options.privacyPassphrase.empty() ? L"" : L"privacy without authentication";
   }
   m_level = SNMP_SEC_LEVEL_AUTHNOPRIV;
-  m_authentication = Protocol(kAuthNames, options.auth, &usm_lookup_auth_type);
+  m_authentication = UsmProtocol(kAuthNames, options.auth, &usm_lookup_auth_type);
   if (m_authentication < 0) return L"unknown authentication protocol";
   std::wstring fault = m_authKey.Make(m_authentication, ToUtf8(options.authPassphrase));
   if (!fault.empty() || options.privacyPassphrase.empty()) return fault;
   m_level = SNMP_SEC_LEVEL_AUTHPRIV;
-  m_privacy = Protocol(kPrivacyNames, options.privacy, &usm_lookup_priv_type);
+  m_privacy = UsmProtocol(kPrivacyNames, options.privacy, &usm_lookup_priv_type);
   if (m_privacy < 0) return L"unknown privacy protocol";
   return m_privacyKey.Make(m_authentication, ToUtf8(options.privacyPassphrase));
 }

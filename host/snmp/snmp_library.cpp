@@ -10,7 +10,7 @@ std::mutex& LibraryMutex() {
   return mutex;
 }
 
-bool SetUp() {
+bool SetUpNetSnmp() {
   for (const int flag :
        {NETSNMP_DS_LIB_DONT_READ_CONFIGS, NETSNMP_DS_LIB_DONT_PERSIST_STATE,
         NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES, NETSNMP_DS_LIB_ALARM_DONT_USE_SIG,
@@ -32,7 +32,7 @@ bool SetUp() {
 }  // namespace
 
 SnmpLock::SnmpLock() : m_lock(LibraryMutex()) {
-  [[maybe_unused]] static const bool ready = SetUp();
+  [[maybe_unused]] static const bool ready = SetUpNetSnmp();
 }
 
 }  // namespace Corvane::Host

@@ -26,7 +26,7 @@ bool ConnectToPeer(int socket, const SocketAddress& peer) {
 }
 
 // With SnmpLock held.
-netsnmp_pdu* MakeRequest(const SnmpRequest& request) {
+netsnmp_pdu* MakeSnmpRequest(const SnmpRequest& request) {
   netsnmp_pdu* const pdu = snmp_pdu_create(request.command);
   if (!pdu) return nullptr;
   for (const Oid* const name : request.oids) {
@@ -47,7 +47,7 @@ netsnmp_pdu* MakeRequest(const SnmpRequest& request) {
 
 // A message without a user, which the agent answers with a report that has its engine ID (RFC 3414,
 // 4). With SnmpLock held.
-netsnmp_pdu* MakeProbe(const SnmpRequest&) {
+netsnmp_pdu* MakeSnmpProbe(const SnmpRequest&) {
   netsnmp_pdu* const pdu = snmp_pdu_create(SNMP_MSG_GET);
   if (!pdu) return nullptr;
   pdu->version = SNMP_VERSION_3;
@@ -180,13 +180,13 @@ SnmpReply SnmpSession::Exchange(const SnmpRequest& request, const SnmpPatience& 
 SnmpReply SnmpSession::ExchangeOpen(const SnmpRequest& request, const SnmpPatience& patience) {
   SnmpReply reply;
   if (m_identity->IsVersion3() && !m_user.IsMade()) reply.result = DiscoverEngine(patience);
-  if (SUCCEEDED(reply.result)) reply = Transact(&MakeRequest, request, patience);
+  if (SUCCEEDED(reply.result)) reply = Transact(&MakeSnmpRequest, request, patience);
   if (FAILED(reply.result)) Close();
   return reply;
 }
 
 HRESULT SnmpSession::DiscoverEngine(const SnmpPatience& patience) {
-  const SnmpReply reply = Transact(&MakeProbe, {}, patience);
+  const SnmpReply reply = Transact(&MakeSnmpProbe, {}, patience);
   if (!m_handle) return reply.result;
   const SnmpLock lock;
   if (m_session->securityEngineIDLen == 0) {

@@ -22,7 +22,7 @@ bool IsControl(wchar_t c) {
   return c < 0x20 || (c >= 0x7F && c < 0xA0);
 }
 
-bool IsReadable(std::wstring_view text) {
+bool IsReadableOctets(std::wstring_view text) {
   return std::none_of(text.begin(), text.end(), IsControl);
 }
 
@@ -31,7 +31,8 @@ bool LooksLikeLatin1(std::string_view octets) {
   const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
   const auto ascii = static_cast<std::size_t>(std::count_if(octets.begin(), octets.end(), isAscii));
   return ascii >= octets.size() - octets.size() / 4 &&
-         std::any_of(octets.begin(), octets.end(), isLetter) && IsReadable(WideFromLatin1(octets));
+         std::any_of(octets.begin(), octets.end(), isLetter) &&
+         IsReadableOctets(WideFromLatin1(octets));
 }
 
 std::wstring Hexadecimal(std::string_view octets) {
@@ -45,7 +46,7 @@ std::wstring Hexadecimal(std::string_view octets) {
   return text;
 }
 
-std::wstring AddressText(std::string_view octets) {
+std::wstring IpAddressText(std::string_view octets) {
   if (octets.size() != kAddressOctets) return Hexadecimal(octets);
   std::wstring text;
   for (const char c : octets) {
@@ -68,7 +69,7 @@ SnmpDatum NumberOrText(Integer number) {
   return {S_OK, static_cast<std::int32_t>(number)};
 }
 
-std::uint64_t Joined(const counter64& halves) {
+std::uint64_t JoinedSubidentifiers(const counter64& halves) {
   return (std::uint64_t{halves.high} << 32) | (halves.low & 0xFFFFFFFFU);
 }
 
@@ -77,7 +78,7 @@ std::uint64_t Joined(const counter64& halves) {
 std::wstring OctetsToText(std::string_view octets) {
   const std::string_view text = octets.substr(0, octets.find_last_not_of('\0') + 1);
   const std::optional<std::wstring> wide = ToWideStrictly(text);
-  if (wide && IsReadable(*wide)) return *wide;
+  if (wide && IsReadableOctets(*wide)) return *wide;
   return !wide && LooksLikeLatin1(text) ? WideFromLatin1(text) : Hexadecimal(octets);
 }
 
@@ -96,7 +97,7 @@ SnmpDatum DatumOf(const variable_list& variable) {
     case ASN_OPAQUE:
       return {S_OK, OctetsToText(octets)};
     case ASN_IPADDRESS:
-      return {S_OK, AddressText(octets)};
+      return {S_OK, IpAddressText(octets)};
     default:
       break;
   }
@@ -113,9 +114,9 @@ SnmpDatum DatumOf(const variable_list& variable) {
     case ASN_COUNTER64:
     case ASN_OPAQUE_COUNTER64:
     case ASN_OPAQUE_U64:
-      return NumberOrText(Joined(*variable.val.counter64));
+      return NumberOrText(JoinedSubidentifiers(*variable.val.counter64));
     case ASN_OPAQUE_I64:
-      return NumberOrText(static_cast<std::int64_t>(Joined(*variable.val.counter64)));
+      return NumberOrText(static_cast<std::int64_t>(JoinedSubidentifiers(*variable.val.counter64)));
     case ASN_OBJECT_ID:
       return {S_OK,
               FormatOid({variable.val.objid, variable.val.objid + variable.val_len / sizeof(oid)})};

@@ -38,13 +38,13 @@ struct Descriptor {
   const int number;
 };
 
-bool IsName(std::string_view text) {
+bool IsPinnedName(std::string_view text) {
   return text.find(':') != std::string_view::npos &&
          std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c <= '~'; });
 }
 
 // 32 bytes in RFC 4648, 4.
-bool IsKey(std::string_view text) {
+bool IsPinnedKey(std::string_view text) {
   constexpr std::string_view kScheme = "sha256//";
   constexpr std::size_t kDigits = 43;
   if (!text.starts_with(kScheme) || text.size() != kScheme.size() + kDigits + 1) return false;
@@ -56,7 +56,7 @@ bool IsKey(std::string_view text) {
 }
 
 // Up to a byte more than a pin file may have; false with errno.
-bool ReadAll(int file, std::string* text) {
+bool ReadPins(int file, std::string* text) {
   text->resize(kMaxPinFileBytes + 1);
   std::size_t size = 0;
   for (ssize_t bytes = 1; bytes > 0 && size < text->size();) {
@@ -72,7 +72,7 @@ bool ReadAll(int file, std::string* text) {
 }
 
 // Behind `size` bytes, durably, or not at all.
-bool Append(int file, std::size_t size, std::string_view text) {
+bool AppendPin(int file, std::size_t size, std::string_view text) {
   const auto end = static_cast<off_t>(size);
   const ssize_t written = pwrite(file, text.data(), text.size(), end);
   if (written == static_cast<ssize_t>(text.size()) && fsync(file) == 0) return true;
@@ -122,7 +122,7 @@ PinLookup PinFile::FindIn(const std::string& text, const std::string& name) cons
     if (line.empty() || line.starts_with('#')) continue;
     const std::size_t space = std::min(line.find(' '), line.size());
     const std::string_view key = line.substr(std::min(space + 1, line.size()));
-    if (!IsName(line.substr(0, space)) || !IsKey(key)) {
+    if (!IsPinnedName(line.substr(0, space)) || !IsPinnedKey(key)) {
       return Fault("is broken: line " + std::to_string(number) +
                    " is not \"HOST:PORT sha256//BASE64\"");
     }
@@ -152,7 +152,7 @@ PinLookup PinFile::Access(const std::string& name, const std::string& newKey, st
   PinLookup locked = Lock(file.number, writes ? LOCK_EX : LOCK_SH, waitMs, cancelled);
   if (locked.error != 0) return locked;
   std::string text;
-  if (!ReadAll(file.number, &text)) return SystemFault("cannot be read");
+  if (!ReadPins(file.number, &text)) return SystemFault("cannot be read");
   if (text.size() > kMaxPinFileBytes) {
     return Fault("is larger than " + std::to_string(kMaxPinFileBytes) + " bytes");
   }
@@ -162,7 +162,7 @@ PinLookup PinFile::Access(const std::string& name, const std::string& newKey, st
       (text.empty() || text.ends_with('\n') ? "" : "\n") + name + ' ' + newKey + '\n';
   if (text.size() + added.size() > kMaxPinFileBytes) return Fault("has no room for another key");
   known = FindIn(text + added, name);  // what others will read
-  if (known.pin && !Append(file.number, text.size(), added)) {
+  if (known.pin && !AppendPin(file.number, text.size(), added)) {
     return SystemFault("cannot be written");
   }
   return known;

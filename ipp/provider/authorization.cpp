@@ -8,7 +8,7 @@
 namespace Corvane {
 namespace {
 
-HRESULT Fail(DWORD error) {
+HRESULT RefuseAuthorization(DWORD error) {
   SetLastError(error);
   return E_FAIL;
 }
@@ -20,27 +20,27 @@ HRESULT IPPProviderImpl::CheckAuthorization(HTTPRequest* httpRequest, IPPRequest
   m_watch.End();  // a half-sent document goes
   m_jobOperations = std::make_unique<IPPOperations>(m_address.Get());
   if (m_jobOperations->SetResourceURI(ToUtf8(m_resourceUri).c_str()) != S_OK) {
-    return Fail(kIPPPathTooShort);
+    return RefuseAuthorization(kIPPPathTooShort);
   }
   m_jobOperations->SetPrinterURI(m_printerUri.c_str());
   if (m_jobOperations->PrinterUri().find(L"ipps") == std::wstring::npos)
-    return Fail(kIPPNoSecureUri);
+    return RefuseAuthorization(kIPPNoSecureUri);
 
   HTTPResponse* response = nullptr;
   const HRESULT sent = m_jobOperations->SendIPPRequest(
       httpRequest, request, IPPOperation::kPrintJobWithCredentials, &response);
   if (FAILED(sent)) return sent;
   if (FAILED(m_jobOperations->ParseIPPResponse(response, nullptr)))
-    return Fail(kIPPUnexpectedAnswer);
+    return RefuseAuthorization(kIPPUnexpectedAnswer);
   const std::wstring authorization = request->GetAuthorizationHeader();
   if (!authorization.empty()) httpRequest->AddHeader(L"Authorization", authorization.c_str());
   switch (response->GetStatusCode()) {
     case kHttpOk:
       return S_OK;
     case kHttpUnauthorized:
-      return Fail(kIPPNotAuthorized);
+      return RefuseAuthorization(kIPPNotAuthorized);
     default:
-      return Fail(kIPPUnexpectedAnswer);
+      return RefuseAuthorization(kIPPUnexpectedAnswer);
   }
 }
 

@@ -14,17 +14,17 @@ namespace Corvane {
 namespace {
 
 // Probes take the host's text by value: the first changes what it is given.
-bool Answers(std::wstring host, std::wstring port) {
+bool AnswersIpp(std::wstring host, std::wstring port) {
   return IPPProviderImpl::DeviceExists(host, port);
 }
 
-bool HasIpp(const wchar_t* host, const TraceScope& trace) {
+bool HasIppRequests(const wchar_t* host, const TraceScope& trace) {
   if (IPPProviderImpl::IsUsbPort(host)) return true;
   const std::wstring text = host ? host : L"";
-  if (Answers(text, L"631")) return true;
+  if (AnswersIpp(text, L"631")) return true;
   trace.Message(kTraceInfo, L"IPP support is not present in the device");
   trace.Message(kTraceInfo, L"Failed with error %d", WSAGetLastError());
-  SetLastError(Answers(text, L"80") ? kIPPNotOnDevice : kIPPDeviceSilent);
+  SetLastError(AnswersIpp(text, L"80") ? kIPPNotOnDevice : kIPPDeviceSilent);
   return false;
 }
 
@@ -34,7 +34,7 @@ IPPProviderImpl* IPPProviderImpl::Create(Address* address, const char* resourceU
                                          std::uint32_t flags) {
   TraceScope trace(L"Corvane::IPPProviderImpl::Create");
   if (!address || !resourceUri) return nullptr;
-  if (!HasIpp(address->GetAddress(), trace)) return nullptr;
+  if (!HasIppRequests(address->GetAddress(), trace)) return nullptr;
   auto operations = std::make_unique<IPPOperations>(address);
   operations->SetTimeout(kDefaultTimeoutMs);
   if (secure) operations->SetConnectionFlags(flags);
@@ -119,8 +119,8 @@ void IPPProviderImpl::SetTimeouts(std::uint32_t connectMs, std::uint32_t sendMs,
 namespace {
 
 // Of a URI of that kind alone.
-Corvane::IPPProvider* CreateFor(Corvane::PrinterUriKind kind, Corvane::Address* address,
-                                const wchar_t* printerUri, std::uint32_t flags) {
+Corvane::IPPProvider* CreateProviderFor(Corvane::PrinterUriKind kind, Corvane::Address* address,
+                                        const wchar_t* printerUri, std::uint32_t flags) {
   if (Corvane::KindOfPrinterUri(printerUri) == kind) {
     return Corvane::IPPProviderImpl::Create2(address, printerUri, flags);
   }
@@ -137,11 +137,11 @@ Corvane::IPPProvider* CreateIPPProvider(Corvane::Address* address, const char* r
 
 Corvane::IPPProvider* CreateIPPPrintProvider(Corvane::Address* address, const wchar_t* printerUri) {
   Corvane::TraceScope trace(L"Corvane::CreateIPPPrintProvider");
-  return CreateFor(Corvane::PrinterUriKind::kIpp, address, printerUri, 0);
+  return CreateProviderFor(Corvane::PrinterUriKind::kIpp, address, printerUri, 0);
 }
 
 Corvane::IPPProvider* CreateSecureIPPPrintProvider(Corvane::Address* address,
                                                    const wchar_t* printerUri, std::uint32_t flags) {
   Corvane::TraceScope trace(L"Corvane::CreateSecureIPPPrintProvider");
-  return CreateFor(Corvane::PrinterUriKind::kIpps, address, printerUri, flags);
+  return CreateProviderFor(Corvane::PrinterUriKind::kIpps, address, printerUri, flags);
 }

@@ -42,7 +42,7 @@ class CurrentJob {
 
   bool CanBe(const IPPJob& job) const;
 
-  mutable CriticalSection m_lock;  // guards everything below
+  mutable SystemLock m_lock;  // guards everything below
   std::optional<Clock::time_point> m_begin;
   std::string m_user;
   std::string m_account;

@@ -70,7 +70,7 @@ bool IsIPv4Literal(const std::wstring& host) {
 
 // `text` is not const for the system's sake, which does not change it.
 template <typename SocketAddress>
-bool Convert(std::wstring& text, int family, SocketAddress* address) {
+bool ConvertDeviceText(std::wstring& text, int family, SocketAddress* address) {
   int size = sizeof(*address);
   return WSAStringToAddressW(text.data(), family, nullptr, reinterpret_cast<sockaddr*>(address),
                              &size) == 0;
@@ -87,11 +87,11 @@ bool IPPProviderImpl::DeviceExists(std::wstring& host, std::wstring& port) {
   if (isIPv6) {
     host = L'[' + host + L"]:" + port;
     sockaddr_in6 address{};
-    return Convert(host, AF_INET6, &address) &&
+    return ConvertDeviceText(host, AF_INET6, &address) &&
            Socket(AF_INET6).Connect(reinterpret_cast<const sockaddr*>(&address), sizeof(address));
   }
   sockaddr_in address{};
-  if (!Convert(host, AF_INET, &address)) return false;
+  if (!ConvertDeviceText(host, AF_INET, &address)) return false;
   address.sin_port = htons(static_cast<std::uint16_t>(port == L"80" ? kHttpPort : kIppPort));
   return Socket(AF_INET).Connect(reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }

@@ -10,28 +10,28 @@ constexpr wchar_t kPrintStatusName[] = L"PrintJobStatus";
 constexpr DWORD kRoomSliceMs = 200;
 constexpr DWORD kCancelSliceMs = 20;
 
-UniqueHandle ManualEvent(const wchar_t* name = nullptr) {
+UniqueHandle MakeWatchEvent(const wchar_t* name = nullptr) {
   return UniqueHandle(CreateEventW(nullptr, TRUE, FALSE, name));
 }
 
-UniqueHandle Start(unsigned(__stdcall* thread)(void*), IPPProviderImpl* provider) {
+UniqueHandle StartWatchThread(unsigned(__stdcall* thread)(void*), IPPProviderImpl* provider) {
   const std::uintptr_t handle = _beginthreadex(nullptr, 0, thread, provider, 0, nullptr);
   // NOLINTNEXTLINE(performance-no-int-to-ptr): the system's own type for a handle
   return UniqueHandle(reinterpret_cast<HANDLE>(handle));
 }
 
-void Signal(const UniqueHandle& event) {
+void SignalWatch(const UniqueHandle& event) {
   if (event) SetEvent(event.Get());
 }
 
-void WaitFor(const UniqueHandle& event, DWORD milliseconds) {
+void WaitForWatch(const UniqueHandle& event, DWORD milliseconds) {
   if (WaitForSingleObject(event.Get(), milliseconds) == WAIT_FAILED) Sleep(milliseconds);
 }
 
 }  // namespace
 
 JobWatch::JobWatch(IPPProviderImpl* provider)
-    : m_provider(provider), m_pollingEndEvent(ManualEvent()), m_cancelEvent(ManualEvent()) {}
+    : m_provider(provider), m_pollingEndEvent(MakeWatchEvent()), m_cancelEvent(MakeWatchEvent()) {}
 
 void JobWatch::Begin(IPPRequestBase* request) {
   m_job.Begin(request->GetRequestingUserName(), request->GetUsername(), request->GetJobName());
@@ -51,12 +51,12 @@ bool JobWatch::BeginSending() {
 }
 
 void JobWatch::OpenReadyEvent() {
-  m_readyEvent = ManualEvent();
-  Signal(m_readyEvent);
+  m_readyEvent = MakeWatchEvent();
+  SignalWatch(m_readyEvent);
 }
 
 void JobWatch::StartThreads() {
-  m_statusEvent = ManualEvent(kPrintStatusName);
+  m_statusEvent = MakeWatchEvent(kPrintStatusName);
   if (m_statusEvent) ResetEvent(m_statusEvent.Get());
   StartJobsThread();
   if (!m_readyEvent) {
@@ -64,12 +64,12 @@ void JobWatch::StartThreads() {
           L"Unable to create PrintJobSignaled event (%d)", GetLastError());
     return;
   }
-  m_printerThread = Start(GetPrinterStatusPollingThread, m_provider);
+  m_printerThread = StartWatchThread(GetPrinterStatusPollingThread, m_provider);
 }
 
 void JobWatch::StartJobsThread() {
   Trace(kTraceInfo, L"Corvane::IPPProviderImpl::StartJobsThread", L"_beginthreadex starts");
-  m_jobsThread = Start(GetJobsPollingThread, m_provider);
+  m_jobsThread = StartWatchThread(GetJobsPollingThread, m_provider);
 }
 
 // The event is of all jobs of the system: when another one ends, this one's thread ends, too.
@@ -92,7 +92,9 @@ bool JobWatch::AwaitRoom(std::uint32_t limitMs) {
   return true;
 }
 
-void JobWatch::Pause(std::uint32_t milliseconds) const { WaitFor(m_cancelEvent, milliseconds); }
+void JobWatch::Pause(std::uint32_t milliseconds) const {
+  WaitForWatch(m_cancelEvent, milliseconds);
+}
 
 void JobWatch::End() {
   {
@@ -118,7 +120,7 @@ bool JobWatch::BeginCancelling(IPPRequestBase* request) {
   request->GetExtraHTTPHeader() = m_headers;
   m_isCancelled = true;
   ++m_cancelling;
-  Signal(m_cancelEvent);
+  SignalWatch(m_cancelEvent);
   return true;
 }
 
@@ -134,7 +136,7 @@ void JobWatch::MarkEnded(DeviceEnd end) {
     const std::lock_guard lock(m_statusLock);
     m_deviceEnd = end;
   }
-  Signal(m_statusEvent);
+  SignalWatch(m_statusEvent);
 }
 
 void JobWatch::SetPrintStatus() {
@@ -155,7 +157,7 @@ void JobWatch::SetPrintReadyStatus() {
     const std::lock_guard lock(m_pollLock);
     m_pollPrinter = 0;
   }
-  Signal(m_pollingEndEvent);
+  SignalWatch(m_pollingEndEvent);
 }
 
 HANDLE JobWatch::GetPrintStatusEventHandle() const {
@@ -169,14 +171,14 @@ HANDLE JobWatch::GetPrintReadyStatusEventHandle() const {
 }
 
 void JobWatch::PauseBetweenPolls(std::uint32_t milliseconds) const {
-  WaitFor(m_pollingEndEvent, milliseconds);
+  WaitForWatch(m_pollingEndEvent, milliseconds);
 }
 
 void JobWatch::StopAllThreadsRunning() {
   TraceScope trace(L"Corvane::IPPProviderImpl::StopAllThreadsRunning");
   SetPrintReadyStatus();
   SetPrintStatus();
-  Signal(m_statusEvent);
+  SignalWatch(m_statusEvent);
   for (UniqueHandle* const thread : {&m_jobsThread, &m_printerThread}) {
     if (*thread) WaitForSingleObject(thread->Get(), INFINITE);
     thread->Reset();

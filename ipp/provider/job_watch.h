@@ -96,7 +96,7 @@ class JobWatch {
   UniqueHandle m_statusEvent;  // the job has ended, or the threads must stop
   UniqueHandle m_readyEvent;   // the printer's spool has room
 
-  mutable CriticalSection m_statusLock;  // guards the next ones
+  mutable SystemLock m_statusLock;  // guards the next ones
   Phase m_phase = Phase::kNone;
   std::uint32_t m_printStatus = 0;  // the job has ended, or the threads must stop
   DeviceEnd m_deviceEnd = DeviceEnd::kNone;
@@ -104,7 +104,7 @@ class JobWatch {
   int m_cancelling = 0;    // threads between BeginCancelling and EndCancelling
   IPPHeaderMap m_headers;  // of the job's request
 
-  mutable CriticalSection m_pollLock;  // guards the next one
+  mutable SystemLock m_pollLock;  // guards the next one
   std::uint32_t m_pollPrinter = 1;
 };
 

@@ -36,9 +36,9 @@ struct Outcome {
 constexpr Outcome kGood;
 constexpr Outcome kCancelled{S_DEVICECANCELED, kIPPJobCancelled};
 
-Outcome Failure(DWORD error) { return {E_FAIL, error}; }
+Outcome PrintJobFailure(DWORD error) { return {E_FAIL, error}; }
 
-bool IsAborted(IPPResponseBase* response) {
+bool PrintJobIsAborted(IPPResponseBase* response) {
   return response->GetJobState() && std::string_view(response->GetJobState()) == "Aborted";
 }
 
@@ -48,7 +48,7 @@ DWORD ErrorOfChunk() {
   return error == kHttpUnauthorized ? kIPPNotAuthenticated : error;
 }
 
-HRESULT Leave(const TraceScope& trace, const wchar_t* operation, const Outcome& outcome) {
+HRESULT LeavePrintJob(const TraceScope& trace, const wchar_t* operation, const Outcome& outcome) {
   trace.Message(kTraceInfo, L"%ls exits with result 0x%08X", operation, outcome.result);
   if (!outcome.IsGood()) SetLastError(outcome.error);
   return outcome.result;
@@ -67,8 +67,9 @@ class IPPProviderImpl::Sending {
         m_response(response) {}
 
   Outcome Print(const void* buffer, std::int32_t length, bool chunked) {
-    if (length == 0) return Failure(kIPPDocumentEmpty);
-    if (!m_request || !m_response || !buffer || length < 0) return Failure(kIPPInvalidArgument);
+    if (length == 0) return PrintJobFailure(kIPPDocumentEmpty);
+    if (!m_request || !m_response || !buffer || length < 0)
+      return PrintJobFailure(kIPPInvalidArgument);
     if (const Outcome begun = Begin(buffer, length); !begun.IsGood()) {
       m_operations.reset();
       return begun;
@@ -80,8 +81,10 @@ class IPPProviderImpl::Sending {
   Outcome Write(const void* buffer, std::int32_t length) {
     const bool isPiece = length == 0 || (length > 0 && buffer);
     const bool isSending = m_operations && m_operations->IsSendingChunks();
-    if (!m_request || !m_response || !isPiece || !isSending) return Failure(kIPPInvalidArgument);
-    if (length > 0 && !m_watch.AwaitRoom(kMaxWaitMs)) return End(Failure(kIPPPrinterNotReady));
+    if (!m_request || !m_response || !isPiece || !isSending)
+      return PrintJobFailure(kIPPInvalidArgument);
+    if (length > 0 && !m_watch.AwaitRoom(kMaxWaitMs))
+      return End(PrintJobFailure(kIPPPrinterNotReady));
     if (!m_watch.BeginSending()) return End(kCancelled);
     const bool isEnded = m_watch.EndAtDevice() != JobWatch::DeviceEnd::kNone;
     if (isEnded) Trace(kTraceInfo, kPrintJobWrite, L"PrintJobWrite Cancelled from Device end");
@@ -97,10 +100,10 @@ class IPPProviderImpl::Sending {
   Outcome Begin(const void* buffer, std::int32_t length) {
     m_watch.End();
     m_operations = m_provider.NewExchange();
-    if (m_provider.m_printerUri.empty()) return Failure(kIPPNoPrinterUri);
+    if (m_provider.m_printerUri.empty()) return PrintJobFailure(kIPPNoPrinterUri);
     if (const HRESULT kept = m_operations->SetPrinterFileBufferContent(buffer, length);
         kept != S_OK) {
-      return Failure(kept == E_OUTOFMEMORY ? ERROR_OUTOFMEMORY : kIPPInvalidArgument);
+      return PrintJobFailure(kept == E_OUTOFMEMORY ? ERROR_OUTOFMEMORY : kIPPInvalidArgument);
     }
     const std::wstring authorization = m_request->GetAuthorizationHeader();
     if (!authorization.empty()) {
@@ -117,8 +120,8 @@ class IPPProviderImpl::Sending {
       const HRESULT sent = m_operations->SendPrintJobRequest(&answer, m_request, false, 0, nullptr,
                                                              m_provider.IsSecure());
       if (sent == S_FALSE) return AnswerIsLost(GetLastError());
-      if (sent == IPPStatus::kNotAuthenticated) return Failure(kIPPNotAuthenticated);
-      if (sent != S_OK) return Failure(GetLastError());
+      if (sent == IPPStatus::kNotAuthenticated) return PrintJobFailure(kIPPNotAuthenticated);
+      if (sent != S_OK) return PrintJobFailure(GetLastError());
       const Outcome outcome = ReadAnswer(answer);
       if (outcome.IsGood()) return Confirm();
       if (outcome.error != kIPPPrinterBusy || attempt == kMaxBusyAttempts) return outcome;
@@ -135,7 +138,7 @@ class IPPProviderImpl::Sending {
     if (FAILED(SendChunk(&answer, length))) {
       const DWORD error = ErrorOfChunk();
       const Outcome refused = JudgeStatus();
-      return refused.IsGood() ? Failure(error) : refused;
+      return refused.IsGood() ? PrintJobFailure(error) : refused;
     }
     m_watch.StartThreads();
     return kGood;
@@ -144,9 +147,9 @@ class IPPProviderImpl::Sending {
   Outcome AwaitIdlePrinter() {
     for (DWORD waited = 0; !m_watch.IsCancelled(); waited += kRetryMs) {
       const int ready = m_provider.CheckForPrinterReadyState();
-      if (ready == 2) return Failure(kIPPPrinterStateUnknown);
+      if (ready == 2) return PrintJobFailure(kIPPPrinterStateUnknown);
       if (ready == 1) break;
-      if (waited >= kMaxWaitMs) return Failure(kIPPPrinterNotReady);
+      if (waited >= kMaxWaitMs) return PrintJobFailure(kIPPPrinterNotReady);
       m_watch.Pause(kRetryMs);
     }
     return kGood;
@@ -159,7 +162,7 @@ class IPPProviderImpl::Sending {
 
   Outcome SendPiece(const void* buffer, std::int32_t length) {
     if (m_operations->SetPrinterFileBufferContent(buffer, length) != S_OK) {
-      return Failure(ERROR_OUTOFMEMORY);
+      return PrintJobFailure(ERROR_OUTOFMEMORY);
     }
     HTTPResponse* answer = nullptr;
     if (SUCCEEDED(SendChunk(&answer, length))) return kGood;
@@ -175,7 +178,7 @@ class IPPProviderImpl::Sending {
     const DWORD error = ErrorOfChunk();
     Trace(kTraceInfo, kPrintJobWrite, L"Failed while sending last chunk data");
     if (sent == S_FALSE) return AnswerIsLost(error);
-    if (sent == IPPStatus::kNotAuthenticated) return Failure(kIPPNotAuthenticated);
+    if (sent == IPPStatus::kNotAuthenticated) return PrintJobFailure(kIPPNotAuthenticated);
     return DocumentIsCut(error);
   }
 
@@ -208,7 +211,7 @@ class IPPProviderImpl::Sending {
     if (status <= IPPStatus::kLastSuccess) return kGood;
     if (status == IPPStatus::kServerErrorBusy) {
       Trace(kTraceInfo, kPrintJob, L"server-error-busy..Please restart the job");
-      return Failure(kIPPPrinterBusy);
+      return PrintJobFailure(kIPPPrinterBusy);
     }
     if (status == IPPStatus::kServerErrorJobCanceled) {
       Trace(kTraceInfo, kPrintJob, L"server-error-job-canceled");
@@ -216,7 +219,7 @@ class IPPProviderImpl::Sending {
     }
     Trace(kTraceInfo, kPrintJob, L"Failed: some error occured IPP status code=%ls",
           BstrFromUtf8(statuses.front()).Get());
-    return Failure(static_cast<DWORD>(status));
+    return PrintJobFailure(static_cast<DWORD>(status));
   }
 
   // The printer has every byte, and what it made of them is to be found out.
@@ -228,8 +231,9 @@ class IPPProviderImpl::Sending {
       m_watch.Pause(kRetryMs);
       search = LookUpJob(true);
     }
-    if (search == JobSearch::kUnknown) return Failure(kIPPPerhapsPrinted);
-    if (search == JobSearch::kNotFound || IsAborted(m_response)) return Failure(error);
+    if (search == JobSearch::kUnknown) return PrintJobFailure(kIPPPerhapsPrinted);
+    if (search == JobSearch::kNotFound || PrintJobIsAborted(m_response))
+      return PrintJobFailure(error);
     return {IsCancelled(m_response) ? S_DEVICECANCELED : S_OK, error};
   }
 
@@ -247,7 +251,7 @@ class IPPProviderImpl::Sending {
     if (search != JobSearch::kFound) return kGood;
     m_response->SetSuccess(status.c_str());  // of the document, not of the list
     if (IsCancelled(m_response)) return kCancelled;
-    return IsAborted(m_response) ? Failure(kIPPJobAborted) : kGood;
+    return PrintJobIsAborted(m_response) ? PrintJobFailure(kIPPJobAborted) : kGood;
   }
 
   // Among the jobs that go on, then among those that have ended.
@@ -273,7 +277,7 @@ class IPPProviderImpl::Sending {
     if (end == JobWatch::DeviceEnd::kCancelled) {
       outcome = kCancelled;
     } else if (end == JobWatch::DeviceEnd::kAborted && outcome.IsGood()) {
-      outcome = Failure(kIPPJobAborted);
+      outcome = PrintJobFailure(kIPPJobAborted);
     } else if (m_watch.IsCancelled() && !outcome.IsGood() && outcome.error != kIPPPerhapsPrinted) {
       outcome = kCancelled;
     }
@@ -293,13 +297,15 @@ class IPPProviderImpl::Sending {
 HRESULT IPPProviderImpl::PrintJob(IPPRequestBase* request, IPPResponseBase* response,
                                   const void* buffer, std::int32_t length, bool chunked) {
   TraceScope trace(kPrintJob);
-  return Leave(trace, L"PrintJob", Sending(this, request, response).Print(buffer, length, chunked));
+  return LeavePrintJob(trace, L"PrintJob",
+                       Sending(this, request, response).Print(buffer, length, chunked));
 }
 
 HRESULT IPPProviderImpl::PrintJobWrite(IPPRequestBase* request, IPPResponseBase* response,
                                        const void* buffer, std::int32_t length) {
   TraceScope trace(kPrintJobWrite);
-  return Leave(trace, L"PrintJobWrite", Sending(this, request, response).Write(buffer, length));
+  return LeavePrintJob(trace, L"PrintJobWrite",
+                       Sending(this, request, response).Write(buffer, length));
 }
 
 }  // namespace Corvane

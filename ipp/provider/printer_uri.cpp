@@ -13,7 +13,7 @@ constexpr DWORD kMaxScheme = 32;
 constexpr DWORD kMaxHost = 256;
 constexpr DWORD kMaxPath = 2048;
 
-bool Refuse(DWORD error) {
+bool RefusePrinterUri(DWORD error) {
   SetLastError(error);
   return false;
 }
@@ -31,18 +31,18 @@ PrinterUriKind KindOfPrinterUri(const wchar_t* uri) {
 }
 
 bool SplitPrinterUri(const wchar_t* uri, std::wstring* resourcePath, std::wstring* wholeUri) {
-  if (!*uri) return Refuse(kIPPPathTooShort);
+  if (!*uri) return RefusePrinterUri(kIPPPathTooShort);
   URL_COMPONENTSW parts{};
   parts.dwStructSize = sizeof(parts);
   parts.dwSchemeLength = kMaxScheme;
   parts.dwHostNameLength = kMaxHost;
   parts.dwUrlPathLength = kMaxPath;
-  if (!InternetCrackUrlW(uri, 0, 0, &parts)) return Refuse(kIPPInvalidArgument);
+  if (!InternetCrackUrlW(uri, 0, 0, &parts)) return RefusePrinterUri(kIPPInvalidArgument);
   if (parts.nPort != kIppPort && parts.nPort != kIppsPort && parts.nPort != 0) {
-    return Refuse(kIPPUnknownPort);
+    return RefusePrinterUri(kIPPUnknownPort);
   }
-  if (parts.dwUrlPathLength == 0) return Refuse(kIPPNoResourcePath);
-  if (parts.dwUrlPathLength < 4) return Refuse(kIPPPathTooShort);
+  if (parts.dwUrlPathLength == 0) return RefusePrinterUri(kIPPNoResourcePath);
+  if (parts.dwUrlPathLength < 4) return RefusePrinterUri(kIPPPathTooShort);
   resourcePath->assign(parts.lpszUrlPath);
   wholeUri->assign(parts.lpszScheme);
   return true;

@@ -13,7 +13,7 @@ constexpr wchar_t kSpoolFull[] = L"spool-area-full";
 constexpr DWORD kJobPollMs = 1000;
 constexpr DWORD kPrinterPollMs = 5000;
 
-bool Contains(const std::wstring& text, const wchar_t* part) {
+bool ReasonsContain(const std::wstring& text, const wchar_t* part) {
   return text.find(part) != std::wstring::npos;
 }
 
@@ -34,7 +34,7 @@ void PollPrinter(IPPProviderImpl* provider, HANDLE ready, const TraceScope& trac
     std::wstring state;
     std::wstring reasons;
     if (provider->GetPrinterState(&state, &reasons) != S_OK) return;
-    if (Contains(state, L"5") && Contains(reasons, kSpoolFull)) {
+    if (ReasonsContain(state, L"5") && ReasonsContain(reasons, kSpoolFull)) {
       ResetEvent(ready);
     } else {
       SetEvent(ready);
@@ -94,7 +94,7 @@ int IPPProviderImpl::CheckForPrinterReadyState() {
     trace.Message(kTraceInfo, L"RetrievePrinterState fails with %d", GetLastError());
     return 2;
   }
-  if (state == L"3" && !Contains(reasons, kSpoolFull)) return 1;
+  if (state == L"3" && !ReasonsContain(reasons, kSpoolFull)) return 1;
   trace.Message(kTraceInfo, L"Printer State: %ls", state.c_str());
   return 0;
 }

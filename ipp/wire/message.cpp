@@ -38,7 +38,7 @@ constexpr auto kSizes = [] {
 }();
 
 template <typename Each>
-std::span<const Each> Run(const std::vector<Each>& all, std::size_t first, std::size_t end) {
+std::span<const Each> MessageRun(const std::vector<Each>& all, std::size_t first, std::size_t end) {
   return std::span(all).subspan(first, end - first);
 }
 
@@ -109,13 +109,14 @@ void IPPMessage::TakeCharset() {
 
 std::span<const IPPAttribute> IPPMessage::AttributesOf(const IPPGroup& group) const {
   const bool isLast = &group == &m_groups.back();
-  return Run(m_attributes, group.firstAttribute,
-             isLast ? m_attributes.size() : (&group)[1].firstAttribute);
+  return MessageRun(m_attributes, group.firstAttribute,
+                    isLast ? m_attributes.size() : (&group)[1].firstAttribute);
 }
 
 std::span<const IPPValue> IPPMessage::ValuesOf(const IPPAttribute& attribute) const {
   const bool isLast = &attribute == &m_attributes.back();
-  return Run(m_values, attribute.firstValue, isLast ? m_values.size() : (&attribute)[1].firstValue);
+  return MessageRun(m_values, attribute.firstValue,
+                    isLast ? m_values.size() : (&attribute)[1].firstValue);
 }
 
 const IPPAttribute* IPPMessage::Find(const IPPGroup& group, std::string_view name) const {

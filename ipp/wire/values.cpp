@@ -13,7 +13,7 @@ namespace {
 
 // ISO 8601 with the offset from UTC (RFC 2579, DateAndTime); fields as they are, also where no
 // calendar has them.
-std::string DateTime(std::string_view bytes) {
+std::string DateTimeText(std::string_view bytes) {
   const auto field = [bytes](std::size_t index) {
     return unsigned{static_cast<unsigned char>(bytes[index])};
   };
@@ -25,7 +25,7 @@ std::string DateTime(std::string_view bytes) {
 }
 
 // "600,600,3" of a resolution's two numbers and units, "1,99" of a range's two, "5" of one.
-std::string Numbers(std::string_view bytes) {
+std::string NumbersText(std::string_view bytes) {
   std::string text;
   for (ByteReader in(OctetsOf(bytes)); in.Left() > 0;) {
     if (!text.empty()) text += ',';
@@ -155,7 +155,7 @@ class ValuePicker {
   std::string m_set;        // of an open set below them, as far as it is picked
 };
 
-std::vector<std::string_view> Split(std::string_view path) {
+std::vector<std::string_view> SplitValues(std::string_view path) {
   std::vector<std::string_view> names;
   for (std::size_t dot = 0; dot != std::string_view::npos;) {
     dot = path.find('.');
@@ -174,11 +174,11 @@ std::string IPPTextOf(const IPPMessage& message, const IPPValue& value) {
     case IPPTag::kEnum:
     case IPPTag::kResolution:
     case IPPTag::kRangeOfInteger:
-      return Numbers(bytes);
+      return NumbersText(bytes);
     case IPPTag::kBoolean:
       return bytes[0] ? "1" : "0";
     case IPPTag::kDateTime:
-      return DateTime(bytes);
+      return DateTimeText(bytes);
     case IPPTag::kOctetString:
       return WithCommas(bytes);
     case IPPTag::kBegCollection:
@@ -215,7 +215,7 @@ std::optional<std::int32_t> IPPNumberOf(const IPPMessage& message, const IPPAttr
 }
 
 std::vector<std::string> IPPValuesAt(const IPPMessage& message, std::string_view path) {
-  const std::vector<std::string_view> names = Split(path);
+  const std::vector<std::string_view> names = SplitValues(path);
   std::vector<std::string> values;
   if (names.front().empty()) return values;  // that of values before any name
   for (const IPPAttribute& attribute : message.Attributes()) {

@@ -17,7 +17,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string TypeName(DWORD type) {
+std::string ValueTypeName(DWORD type) {
   static constexpr struct {
     DWORD type;
     const char* name;
@@ -33,16 +33,18 @@ std::string TypeName(DWORD type) {
 }
 
 // Of a VT_BSTR.
-std::wstring_view TextOf(const VARIANT& text) { return {text.bstrVal, SysStringLen(text.bstrVal)}; }
+std::wstring_view ListedText(const VARIANT& text) {
+  return {text.bstrVal, SysStringLen(text.bstrVal)};
+}
 
 std::string TextOrNumber(const VARIANT& value) {
-  return value.vt == VT_I4 ? std::to_string(value.lVal) : EscapeText(TextOf(value));
+  return value.vt == VT_I4 ? std::to_string(value.lVal) : EscapeText(ListedText(value));
 }
 
 std::string ValueText(const CacheEntry& entry) {
   if (entry.verdict == CacheVerdict::kNoValue) return "-";
   if (entry.value.vt != VT_EMPTY) return TextOrNumber(entry.value);
-  return TypeName(entry.type) + ", " + std::to_string(entry.bytes) + " bytes";
+  return ValueTypeName(entry.type) + ", " + std::to_string(entry.bytes) + " bytes";
 }
 
 std::string AgeText(const CacheEntry& entry) {
@@ -74,33 +76,33 @@ std::string ListingText(const CacheContents& contents, bool hasSpecification) {
   return text.empty() ? "The cache is empty.\n" : text;
 }
 
-Json JsonOf(const VARIANT& value) {
+Json ListedJson(const VARIANT& value) {
   if (value.vt == VT_I4) return value.lVal;
-  return value.vt == VT_BSTR ? Json(ToUtf8(TextOf(value))) : Json(nullptr);
+  return value.vt == VT_BSTR ? Json(ToUtf8(ListedText(value))) : Json(nullptr);
 }
 
 template <typename T>
-Json JsonOf(const std::optional<T>& value) {
+Json ListedJson(const std::optional<T>& value) {
   return value ? Json(*value) : Json(nullptr);
 }
 
-Json JsonOf(const CacheEntry& entry, bool hasSpecification) {
+Json ListedJson(const CacheEntry& entry, bool hasSpecification) {
   const VerdictWords words = WordsOf(entry.verdict);
   const bool hasValue = entry.verdict != CacheVerdict::kNoValue;
   Json json = {{"key", ToUtf8(entry.key)},
                {"kind", words.kind},
-               {"type", hasValue ? Json(TypeName(entry.type)) : Json(nullptr)},
-               {"value", JsonOf(entry.value)},
+               {"type", hasValue ? Json(ValueTypeName(entry.type)) : Json(nullptr)},
+               {"value", ListedJson(entry.value)},
                {"bytes", hasValue ? Json(entry.bytes) : Json(nullptr)},
-               {"expires", JsonOf(entry.companion)}};
+               {"expires", ListedJson(entry.companion)}};
   if (entry.companion.vt == VT_EMPTY) return json;
   json["neverGoesStale"] = entry.fetchTime && !entry.age;
-  json["timestamp"] = JsonOf(entry.fetchTime);
-  json["age"] = JsonOf(entry.age);
+  json["timestamp"] = ListedJson(entry.fetchTime);
+  json["age"] = ListedJson(entry.age);
   if (!words.isPair) return json;
   json["passedOver"] = entry.isPassedOver;
   if (!hasSpecification) return json;
-  json["lifespan"] = JsonOf(entry.lifespan);
+  json["lifespan"] = ListedJson(entry.lifespan);
   json["freshness"] = words.text;
   return json;
 }
@@ -112,7 +114,7 @@ std::string ListingJson(const CacheLocation& location, const CacheContents& cont
   for (const CacheSection& section : contents.sections) {
     Json values = Json::array();
     for (const CacheEntry& entry : section.entries) {
-      values.push_back(JsonOf(entry, hasSpecification));
+      values.push_back(ListedJson(entry, hasSpecification));
     }
     const bool isOfADevice = !section.protocol.empty();
     const auto ifOfADevice = [isOfADevice](const std::wstring& name) {

@@ -13,7 +13,8 @@ namespace {
 using namespace std::string_literals;
 
 // Null for a number that has no name.
-const char* NameOf(std::span<const char* const> names, std::int32_t first, std::int32_t number) {
+const char* AttributeNameOf(std::span<const char* const> names, std::int32_t first,
+                            std::int32_t number) {
   const std::int64_t index = std::int64_t{number} - first;
   const bool isKnown = index >= 0 && index < static_cast<std::int64_t>(names.size());
   return isKnown ? names[static_cast<std::size_t>(index)] : nullptr;
@@ -37,12 +38,12 @@ const char* JobStateName(std::int32_t state) {
   static constexpr const char* kNames[] = {
       "pending",  "pending-held", "processing", "processing-stopped",
       "canceled", "aborted",      "completed"};
-  return NameOf(kNames, kFirstState, state);
+  return AttributeNameOf(kNames, kFirstState, state);
 }
 
 const char* PrinterStateName(std::int32_t state) {
   static constexpr const char* kNames[] = {"idle", "processing", "stopped"};
-  return NameOf(kNames, kFirstState, state);
+  return AttributeNameOf(kNames, kFirstState, state);
 }
 
 std::string ErrorStatusName(std::int32_t status) {
@@ -57,8 +58,10 @@ std::string ErrorStatusName(std::int32_t status) {
       {"internal-error", "operation-not-supported", "service-unavailable", "version-not-supported",
        "device-error", "temporary-error", "not-accepting-jobs", "busy", "job-canceled",
        "multiple-document-jobs-not-supported"});
-  if (const char* const name = NameOf(kClient, 0x0400, status)) return "client-error-"s + name;
-  if (const char* const name = NameOf(kServer, 0x0500, status)) return "server-error-"s + name;
+  if (const char* const name = AttributeNameOf(kClient, 0x0400, status))
+    return "client-error-"s + name;
+  if (const char* const name = AttributeNameOf(kServer, 0x0500, status))
+    return "server-error-"s + name;
   return {};
 }
 

@@ -24,7 +24,7 @@ using Json = nlohmann::ordered_json;
 constexpr std::string_view kState = "job-state";
 constexpr std::string_view kReasons = "job-state-reasons";
 
-IPPMessage Ask(const Options& options) {
+IPPMessage AskForJob(const Options& options) {
   const PrinterUri uri = ParsePrinterUri(options.printerUri);
   const std::string user = RequestingUser(options.user);
   const RefPtr<Address> device = OpenDevice(ReachPrinter(options, uri));
@@ -36,14 +36,14 @@ IPPMessage Ask(const Options& options) {
 }
 
 // Null for what the printer does not tell.
-Json JsonOf(const IPPMessage& answer, const IPPValue* value) {
+Json JobJson(const IPPMessage& answer, const IPPValue* value) {
   if (!value) return nullptr;
   if (const auto text = TextOf(answer, *value)) return *text;
   if (const auto number = IPPNumberOf(answer, *value)) return *number;
   return nullptr;
 }
 
-Json JobOf(const IPPMessage& answer, const IPPGroup& group) {
+Json ListedJobOf(const IPPMessage& answer, const IPPGroup& group) {
   Json job = Json::object();
   for (const std::string_view name : kJobAttributes) {
     const IPPAttribute* const attribute = answer.Find(group, name);
@@ -51,9 +51,9 @@ Json JobOf(const IPPMessage& answer, const IPPGroup& group) {
     Json& told = job[std::string(name)];
     if (name == kReasons && attribute) {
       told = Json::array();
-      for (const IPPValue& value : values) told.push_back(JsonOf(answer, &value));
+      for (const IPPValue& value : values) told.push_back(JobJson(answer, &value));
     } else {
-      told = JsonOf(answer, values.empty() ? nullptr : &values.front());
+      told = JobJson(answer, values.empty() ? nullptr : &values.front());
     }
     const char* const state =
         name == kState && told.is_number() ? JobStateName(told.get<std::int32_t>()) : nullptr;
@@ -62,24 +62,24 @@ Json JobOf(const IPPMessage& answer, const IPPGroup& group) {
   return job;
 }
 
-std::string FieldOf(const Json& value) {
+std::string JobFieldOf(const Json& value) {
   std::string field;
   if (value.is_string()) field = EscapeText(value.get_ref<const std::string&>());
   if (value.is_number()) field = value.dump();
   if (value.is_array()) {
     for (const Json& each : value) {
       if (!field.empty()) field += ',';
-      field += FieldOf(each);
+      field += JobFieldOf(each);
     }
   }
   return field.empty() ? "-" : field;
 }
 
-std::string LineOf(const Json& job) {
+std::string JobListLine(const Json& job) {
   std::string line;
   for (const Json& value : job) {
     if (!line.empty()) line += '\t';
-    line += FieldOf(value);
+    line += JobFieldOf(value);
   }
   return line + '\n';
 }
@@ -87,7 +87,7 @@ std::string LineOf(const Json& job) {
 }  // namespace
 
 CommandResult ListJobs(const Options& options) {
-  const IPPMessage answer = Ask(options);
+  const IPPMessage answer = AskForJob(options);
   CommandResult result;
   for (const char* const choice : {"my-jobs", "which-jobs"}) {
     if (answer.Find(IPPTag::kUnsupportedAttributes, choice)) {
@@ -99,9 +99,9 @@ CommandResult ListJobs(const Options& options) {
   for (const IPPGroup& group : answer.Groups()) {
     if (group.tag != IPPTag::kJobAttributes) continue;
     if (options.json) {
-      jobs.push_back(JobOf(answer, group));
+      jobs.push_back(ListedJobOf(answer, group));
     } else {
-      result.output += LineOf(JobOf(answer, group));
+      result.output += JobListLine(ListedJobOf(answer, group));
     }
   }
   if (options.json) result.output = JsonText(jobs);

@@ -65,31 +65,32 @@ constexpr Protocol kProtocols[] = {
          </OIDDataMap></DataMaps>)"},
 };
 
-std::string Identity(std::string_view text) {
+std::string ProbedIdentity(std::string_view text) {
   constexpr std::string_view kUrn = "urn:uuid:";
   if (text.starts_with(kUrn)) text.remove_prefix(kUrn.size());
   return text.size() <= kMaxIdentityChars ? std::string(text) : std::string();
 }
 
 // Nothing when the device does not answer any more.
-std::optional<std::string> Read(DataCollection& values, const wchar_t* item) {
+std::optional<std::string> ReadProbeValue(DataCollection& values, const wchar_t* item) {
   UniqueVariant value;
   const HRESULT result = values.GetValue(item, value.Receive());
   if (FAILED(result)) return std::nullopt;
-  return Identity(result == S_OK ? ToUtf8(TextOf(value.Get())) : std::string());
+  return ProbedIdentity(result == S_OK ? ToUtf8(TextOf(value.Get())) : std::string());
 }
 
 // Items that the protocol's specification lacks have no value, and cost no exchange.
 void ReadIdentity(DataCollection& values, Finding* finding) {
   // Each question may take the time-out of a device that fell silent: the first such ends it.
-  auto text = Read(values, L"Model");
+  auto text = ReadProbeValue(values, L"Model");
   if (!text) return;
   finding->model = *std::move(text);
-  text = Read(values, L"Serial");
+  text = ReadProbeValue(values, L"Serial");
   if (!text) return;
   finding->serial = *std::move(text);
-  if (finding->serial.empty()) finding->serial = Read(values, L"VendorSerial").value_or("");
-  finding->name = Read(values, L"Name").value_or("");
+  if (finding->serial.empty())
+    finding->serial = ReadProbeValue(values, L"VendorSerial").value_or("");
+  finding->name = ReadProbeValue(values, L"Name").value_or("");
 }
 
 Finding ProbeLibrary(const Protocol& protocol, Address& device) {
@@ -132,7 +133,7 @@ Finding ProbeIpp(Address& device) {
     return answer->Find(IPPTag::kPrinterAttributes, name);
   };
   const auto textOf = [&](const char* name) {
-    return Identity(TextOf(*answer, find(name)).value_or(""));
+    return ProbedIdentity(TextOf(*answer, find(name)).value_or(""));
   };
   finding.model = textOf("printer-make-and-model");
   finding.uuid = textOf("printer-uuid");

@@ -13,19 +13,19 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 // `text` is escaped.
-std::string Field(const std::string& text) { return '\t' + (text.empty() ? "-" : text); }
+std::string ProbeField(const std::string& text) { return '\t' + (text.empty() ? "-" : text); }
 
-std::string LineOf(const Finding& finding) {
+std::string ProbeLine(const Finding& finding) {
   std::string line = std::string(finding.protocol) + '\t' + std::to_string(finding.port);
   line += finding.answers ? "\tyes" : "\tno";
   for (const std::string* const text :
        {&finding.model, &finding.serial, &finding.uuid, &finding.name}) {
-    line += Field(EscapeText(*text));
+    line += ProbeField(EscapeText(*text));
   }
-  return line + Field(finding.problem.empty() ? finding.state : finding.problem) + '\n';
+  return line + ProbeField(finding.problem.empty() ? finding.state : finding.problem) + '\n';
 }
 
-Json ObjectOf(const Finding& finding) {
+Json ProbeJson(const Finding& finding) {
   Json object = {
       {"protocol", finding.protocol}, {"port", finding.port}, {"answers", finding.answers}};
   const auto add = [&object](const char* key, const std::string& text) {
@@ -52,10 +52,10 @@ CommandResult ListFindings(const std::vector<Finding>& findings, bool json) {
   }
   if (json) {
     Json array = Json::array();
-    for (const Finding& finding : findings) array.push_back(ObjectOf(finding));
+    for (const Finding& finding : findings) array.push_back(ProbeJson(finding));
     result.output = JsonText(array);
   } else {
-    for (const Finding& finding : findings) result.output += LineOf(finding);
+    for (const Finding& finding : findings) result.output += ProbeLine(finding);
   }
   return result;
 }

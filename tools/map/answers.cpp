@@ -11,7 +11,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json JsonOf(const VARIANT& value) {
+Json AnswerJson(const VARIANT& value) {
   switch (value.vt) {
     case VT_I1:
     case VT_UI1:
@@ -58,7 +58,7 @@ std::string FormatJson(const std::vector<NamedValue>& answers) {
   Json object = Json::object();
   for (const NamedValue& answer : answers) {
     object[ToUtf8(answer.name)] =
-        answer.result == S_OK ? JsonOf(answer.value.Get()) : Json(nullptr);
+        answer.result == S_OK ? AnswerJson(answer.value.Get()) : Json(nullptr);
   }
   return JsonText(object);
 }

@@ -21,7 +21,7 @@ namespace {
 std::wstring TextOrEmpty(const wchar_t* text) { return text ? text : L""; }
 
 // The protocol, or the element when it names none.
-std::string LabelOf(const DataMap& map) {
+std::string DataMapLabel(const DataMap& map) {
   const std::wstring protocol = map.spec->GetProtocolType();
   return EscapeText(protocol.empty() ? map.element : protocol);
 }
@@ -36,7 +36,7 @@ Session::Session(Address& address, std::vector<DataMap> maps, ICacheProvider* ca
     m_items = ItemsOf(*map.spec.Get());
     m_type = map.spec->GetDataMapType();
     if (TryDataMap(*map.spec.Get())) return;
-    problems += "\ndata map " + std::to_string(map.number) + " (" + LabelOf(map) + "): ";
+    problems += "\ndata map " + std::to_string(map.number) + " (" + DataMapLabel(map) + "): ";
     problems += WhyNotUsed(map);
   }
   throw Failure(kNoAnswer, "no data map fits the device " +

@@ -10,7 +10,7 @@ namespace {
 constexpr std::string_view kRegistryPrefix = "registry:";
 constexpr std::string_view kPrinterPrefix = "printer:";
 
-[[noreturn]] void Refuse(std::string_view text, const std::string& why) {
+[[noreturn]] void RefuseCacheLocation(std::string_view text, const std::string& why) {
   ThrowUsage("--cache " + std::string(text) + ": " + why);
 }
 
@@ -21,11 +21,12 @@ std::string_view WithoutTrailingBackslashes(std::string_view path) {
 
 CacheLocation ParseRegistry(std::string_view text) {
   const std::string_view path = WithoutTrailingBackslashes(text.substr(kRegistryPrefix.size()));
-  if (path.empty()) Refuse(text, "the path of a key is missing");
+  if (path.empty()) RefuseCacheLocation(text, "the path of a key is missing");
   // Taken for the name of a key it would lie beside the one that was meant.
   for (const std::string_view root : {"HKEY_", "HKLM\\", "\\"}) {
     if (path.starts_with(root)) {
-      Refuse(text, "the path begins below HKEY_LOCAL_MACHINE, as in registry:SOFTWARE\\Corvane");
+      RefuseCacheLocation(
+          text, "the path begins below HKEY_LOCAL_MACHINE, as in registry:SOFTWARE\\Corvane");
     }
   }
   return {CacheKind::kRegistry, ToWide(path)};
@@ -35,13 +36,13 @@ CacheLocation ParseRegistry(std::string_view text) {
 
 CacheLocation ParseCacheLocation(std::string_view text) {
   // An argument has none, but it could reach this from elsewhere; the system would cut there.
-  if (text.find('\0') != std::string_view::npos) Refuse(text, "a NUL stands in it");
+  if (text.find('\0') != std::string_view::npos) RefuseCacheLocation(text, "a NUL stands in it");
   if (text.starts_with(kRegistryPrefix)) return ParseRegistry(text);
   if (!text.starts_with(kPrinterPrefix)) {
-    Refuse(text, "expected registry:PATH or printer:NAME");
+    RefuseCacheLocation(text, "expected registry:PATH or printer:NAME");
   }
   const std::string_view printer = text.substr(kPrinterPrefix.size());
-  if (printer.empty()) Refuse(text, "the name of a printer is missing");
+  if (printer.empty()) RefuseCacheLocation(text, "the name of a printer is missing");
   return {CacheKind::kPrinter, ToWide(printer)};
 }
 

@@ -42,7 +42,7 @@ RefPtr<Address> OpenRecorded(const Options& options) {
 #if CORVANE_HOST_NETWORK
 
 // The host text without the brackets of an IPv6 literal.
-std::string HostOf(const std::string& device) {
+std::string DeviceHostOf(const std::string& device) {
   if (device.empty() || device.find_first_of("/@?# \t\r\n") != std::string::npos) {
     RefuseDevice(device, "expected an IP address, a host name or recorded:FOLDER");
   }
@@ -53,8 +53,8 @@ std::string HostOf(const std::string& device) {
   return device;
 }
 
-std::wstring LiteralOf(const std::string& device, const std::string& host,
-                       std::uint32_t timeoutMs) {
+std::wstring AddressLiteralOf(const std::string& device, const std::string& host,
+                              std::uint32_t timeoutMs) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
   const std::vector<Host::SocketAddress> found = Host::LookUp(host, 0, deadline);
   char text[NI_MAXHOST];
@@ -67,7 +67,7 @@ std::wstring LiteralOf(const std::string& device, const std::string& host,
 
 RefPtr<Address> OpenOnNetwork(const Options& options) {
   Host::NetworkOptions network;
-  network.host = ToWide(HostOf(options.device));
+  network.host = ToWide(DeviceHostOf(options.device));
   const NetworkArguments& given = options.network;
   network.portMap = given.portMap;
   network.tlsPorts.insert(given.tlsPorts.begin(), given.tlsPorts.end());
@@ -83,7 +83,8 @@ RefPtr<Address> OpenOnNetwork(const Options& options) {
   if (given.maxResponseBytes) network.maxResponseBytes = *given.maxResponseBytes;
   network.snmp = SnmpOptionsOf(given.snmp, timeoutMs);
   // The library looks up no names; where it wants an IP literal, as of a printer, it has one.
-  network.addressText = LiteralOf(options.device, ToUtf8(network.host), network.connectTimeoutMs);
+  network.addressText =
+      AddressLiteralOf(options.device, ToUtf8(network.host), network.connectTimeoutMs);
   RefPtr<Address> address(Host::CreateNetworkAddress(network));
   if (!address) RefuseDevice(options.device, "no such address");
   return address;

@@ -52,7 +52,7 @@ constexpr Secret kSecrets[] = {
 };
 
 // Without regard to case and hyphens: "sha256" is SHA-256.
-std::string Folded(std::string_view word) {
+std::string FoldedOption(std::string_view word) {
   std::string folded;
   for (const char c : word) {
     if (c != '-') folded += c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
@@ -62,12 +62,12 @@ std::string Folded(std::string_view word) {
 
 // `value` stays what it is for an empty text.
 template <typename Value, std::size_t kCount>
-void Choose(const Word<Value> (&words)[kCount], const std::string& text, const std::string& option,
-            Value* value) {
+void ChooseSnmpOption(const Word<Value> (&words)[kCount], const std::string& text,
+                      const std::string& option, Value* value) {
   if (text.empty()) return;
   std::string known;
   for (const Word<Value>& each : words) {
-    if (Folded(each.word) == Folded(text)) {
+    if (FoldedOption(each.word) == FoldedOption(text)) {
       *value = each.value;
       return;
     }
@@ -83,7 +83,7 @@ void RequirePassphrase(const std::wstring& passphrase, const std::string& kind) 
 }
 
 // Where a secret is to be written, for a message.
-std::string PlacesOf(const std::string& variable, const std::string& word) {
+std::string SecretPlacesOf(const std::string& variable, const std::string& word) {
   return "set " + variable + ", or write " + word + " into the file of --snmp-secrets";
 }
 
@@ -103,11 +103,11 @@ void RequireUser(const SnmpArguments& arguments, const Host::SnmpOptions& option
   const bool encrypts = !options.privacyPassphrase.empty();
   if (!signs && (encrypts || !arguments.auth.empty() || !arguments.privacy.empty())) {
     ThrowUsage("SNMP has no authentication passphrase: " +
-               PlacesOf("CORVANE_SNMP_AUTH_PASSPHRASE", "auth-passphrase"));
+               SecretPlacesOf("CORVANE_SNMP_AUTH_PASSPHRASE", "auth-passphrase"));
   }
   if (!encrypts && !arguments.privacy.empty()) {
     ThrowUsage("SNMP has no privacy passphrase: " +
-               PlacesOf("CORVANE_SNMP_PRIV_PASSPHRASE", "priv-passphrase"));
+               SecretPlacesOf("CORVANE_SNMP_PRIV_PASSPHRASE", "priv-passphrase"));
   }
 }
 
@@ -136,9 +136,9 @@ void TakeSecrets(const SnmpArguments& arguments, Host::SnmpOptions* options) {
 Host::SnmpOptions SnmpOptionsOf(const SnmpArguments& arguments,
                                 std::optional<std::uint32_t> timeoutMs) {
   Host::SnmpOptions options;
-  Choose(kVersions, arguments.version, "--snmp-version", &options.version);
-  Choose(kAuths, arguments.auth, "--snmp-auth", &options.auth);
-  Choose(kPrivacies, arguments.privacy, "--snmp-priv", &options.privacy);
+  ChooseSnmpOption(kVersions, arguments.version, "--snmp-version", &options.version);
+  ChooseSnmpOption(kAuths, arguments.auth, "--snmp-auth", &options.auth);
+  ChooseSnmpOption(kPrivacies, arguments.privacy, "--snmp-priv", &options.privacy);
   if (options.version != SnmpVersion::kV3) RequireVersion3(arguments);
   TakeSecrets(arguments, &options);
   if (options.version == SnmpVersion::kV3) RequireUser(arguments, options);

@@ -21,7 +21,7 @@ std::string LevelName(std::uint32_t level) {
   }
 }
 
-std::string Escaped(const wchar_t* text) {
+std::string EscapedTrace(const wchar_t* text) {
   return text ? EscapeText(std::wstring_view(text)) : std::string();
 }
 
@@ -48,19 +48,19 @@ void TracePrinter::Print(const TraceEvent& event) {
   std::string line = "trace: " + std::string(2 * depth, ' ');
   switch (event.kind) {
     case TraceKind::kEnter:
-      line += "> " + Escaped(event.function);
+      line += "> " + EscapedTrace(event.function);
       ++depth;
       break;
     case TraceKind::kExit: {
       char elapsed[40];
       std::snprintf(elapsed, sizeof elapsed, " %.3f ms",
                     static_cast<double>(event.elapsedMicroseconds) / 1000);
-      line += "< " + Escaped(event.function) + elapsed;
+      line += "< " + EscapedTrace(event.function) + elapsed;
       break;
     }
     case TraceKind::kMessage:
-      line += LevelName(event.level) + ": " + Escaped(event.message);
-      if (event.function) line += " [" + Escaped(event.function) + "]";
+      line += LevelName(event.level) + ": " + EscapedTrace(event.message);
+      if (event.function) line += " [" + EscapedTrace(event.function) + "]";
       break;
   }
   m_out << line << '\n' << std::flush;

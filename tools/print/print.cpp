@@ -172,8 +172,9 @@ RefPtr<IPPRequestBase> MakeRequest(const Options& options, const std::string& us
 
 // Whether it is printed, else it was cancelled. Throws Failure. A document that cannot be read on
 // is cancelled, or the printer might print what it has.
-bool Send(IPPProvider& provider, IPPRequestBase& request, IPPResponseBase& response,
-          Address& address, Document& document, const Beginning& beginning, PrintWatch& watch) {
+bool SendDocument(IPPProvider& provider, IPPRequestBase& request, IPPResponseBase& response,
+                  Address& address, Document& document, const Beginning& beginning,
+                  PrintWatch& watch) {
   std::string piece = beginning.bytes;
   bool isLast = !beginning.chunked;
   watch.Enter(isLast ? PrintStep::kFinishing : PrintStep::kBeginning);
@@ -220,8 +221,8 @@ CommandResult PrintDocument(const Options& options) {
                (document.Size() ? ", " + FormatBytes(*document.Size()) : std::string()) + " at " +
                EscapeText(uri.text) + PrinterStateOf(*provider.Get()));
   PrintWatch watch(interruption, *provider.Get(), *address.Get(), progress);
-  const bool isPrinted = Send(*provider.Get(), *request.Get(), *response.Get(), *address.Get(),
-                              document, beginning, watch);
+  const bool isPrinted = SendDocument(*provider.Get(), *request.Get(), *response.Get(),
+                                      *address.Get(), document, beginning, watch);
   const std::optional<Cancellation> cancellation = watch.Finish();
   CommandResult result;
   if (isPrinted) {

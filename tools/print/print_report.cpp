@@ -38,7 +38,7 @@ std::string ExchangeText(std::uint32_t error, Address& address) {
 }
 
 // The state in the words of RFC 8011, 5.3.7: "pending-held" for "Pending_held".
-std::string StateOf(IPPResponseBase& response) {
+std::string JobStateText(IPPResponseBase& response) {
   const char* const state = response.GetJobState();
   std::string text = state ? state : "";
   for (char& c : text) {
@@ -48,12 +48,12 @@ std::string StateOf(IPPResponseBase& response) {
   return EscapeText(text);
 }
 
-std::string ReasonsOf(IPPResponseBase& response) {
+std::string JobReasonsText(IPPResponseBase& response) {
   const char* const reasons = response.GetJobStateReasons();
   return reasons && *reasons ? " (" + EscapeText(std::string_view(reasons)) + ")" : std::string();
 }
 
-std::string JobOf(IPPResponseBase& response) {
+std::string ReportedJob(IPPResponseBase& response) {
   const std::int32_t id = response.GetJobID();
   return id > 0 ? "job " + std::to_string(id) : "a job without a number";
 }
@@ -65,7 +65,7 @@ std::string FailureText(std::uint32_t error, IPPResponseBase& response, Address&
     case kIPPPrinterNotReady:
       return "the printer was not idle, or had no room, for an hour";
     case kIPPJobAborted:
-      return "the printer has aborted the job" + ReasonsOf(response);
+      return "the printer has aborted the job" + JobReasonsText(response);
     case kIPPNotAuthenticated:
     case kIPPNotAuthorized:
       return kWantsAccount;
@@ -89,7 +89,7 @@ Cancellation Cancel(IPPProvider& provider, Address& address) {
   const HRESULT result = CancelPrintJob(&provider, response.Get(), kCancelTimeoutMs);
   const std::uint32_t error = result == E_OUTOFMEMORY ? kErrorOutOfMemory : GetLastError();
   if (result == S_FALSE) return {CancelResult::kNoJob, "the document has ended"};
-  const std::string job = JobOf(*response.Get());
+  const std::string job = ReportedJob(*response.Get());
   if (result == S_OK) return {CancelResult::kCancelled, "the printer has cancelled " + job};
   if (error == kIPPJobNotListed) return {CancelResult::kNoJob, "the printer lists no job of it"};
   const std::string status = StatusText(error);
@@ -142,16 +142,16 @@ Failure PrintFailure(std::uint32_t error, IPPResponseBase& response, Address& ad
 }
 
 std::string JobText(IPPResponseBase& response) {
-  const std::string state = StateOf(response);
-  return JobOf(response) + (state.empty() ? "" : ", " + state);
+  const std::string state = JobStateText(response);
+  return ReportedJob(response) + (state.empty() ? "" : ", " + state);
 }
 
 std::string JobLine(IPPResponseBase& response) {
   const auto orDash = [](std::string text) { return text.empty() ? "-" : text; };
   const char* const uri = response.GetJobURI();
   return (response.GetJobID() > 0 ? std::to_string(response.GetJobID()) : "-") + '\t' +
-         orDash(StateOf(response)) + '\t' + orDash(EscapeText(std::string_view(uri ? uri : ""))) +
-         '\n';
+         orDash(JobStateText(response)) + '\t' +
+         orDash(EscapeText(std::string_view(uri ? uri : ""))) + '\n';
 }
 
 }  // namespace Corvane::Tool

@@ -16,7 +16,7 @@ constexpr milliseconds kPatience{5'000};
 // Where the sender waits for something that a cancelled job does not end.
 constexpr milliseconds kShortPatience{500};
 
-const char* NameOf(PrintStep step) {
+const char* WatchedJobName(PrintStep step) {
   switch (step) {
     case PrintStep::kBeginning:
       return "waiting for the printer";
@@ -52,7 +52,7 @@ std::optional<Cancellation> PrintWatch::Finish() {
 void PrintWatch::Run() {
   for (bool isPressed = false; !isPressed;) {
     isPressed = m_interruption.Wait(kPollPause);
-    m_progress.Tell(m_sentBytes, NameOf(m_step));
+    m_progress.Tell(m_sentBytes, WatchedJobName(m_step));
     const std::lock_guard lock(m_mutex);
     if (m_hasFinished) return;
   }

@@ -11,7 +11,7 @@ constexpr std::chrono::seconds kLinePause{10};
 constexpr std::size_t kBarColumns = 20;
 
 // "[#####---------------]  25%  "
-std::string Bar(std::uint64_t sent, std::uint64_t total) {
+std::string ProgressBar(std::uint64_t sent, std::uint64_t total) {
   const double part = static_cast<double>(sent) / static_cast<double>(total);
   const auto filled = static_cast<std::size_t>(part * kBarColumns);
   char percent[16];
@@ -70,7 +70,7 @@ void Progress::DrawLocked(const std::string& line) {
 std::string Progress::LineLocked(std::uint64_t sentBytes, const char* doing) const {
   // A file may have grown since.
   const bool isPart = m_total && *m_total > 0 && sentBytes <= *m_total;
-  std::string line = m_isTerminal && isPart ? Bar(sentBytes, *m_total) : std::string();
+  std::string line = m_isTerminal && isPart ? ProgressBar(sentBytes, *m_total) : std::string();
   if (sentBytes == 0) return line + doing;
   line += FormatBytes(sentBytes);
   if (isPart) line += " of " + FormatBytes(*m_total);

@@ -14,7 +14,7 @@ constexpr std::size_t kTerminatorBytes = 2 * sizeof(wchar_t) - 1;
 constexpr std::size_t kMaxTextBytes = UINT32_MAX - sizeof(ByteCount) - kTerminatorBytes;
 
 // `bytes` of `text`, or zeros when it is NULL.
-BSTR Allocate(const void* text, std::size_t bytes) {
+BSTR AllocateBstr(const void* text, std::size_t bytes) {
   if (bytes > kMaxTextBytes) return nullptr;
   char* block = static_cast<char*>(std::malloc(sizeof(ByteCount) + bytes + kTerminatorBytes));
   if (block == nullptr) return nullptr;
@@ -35,14 +35,16 @@ BSTR Allocate(const void* text, std::size_t bytes) {
 extern "C" {
 
 BSTR WINAPI SysAllocString(const OLECHAR* text) {
-  return text == nullptr ? nullptr : Allocate(text, std::wcslen(text) * sizeof(OLECHAR));
+  return text == nullptr ? nullptr : AllocateBstr(text, std::wcslen(text) * sizeof(OLECHAR));
 }
 
 BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT chars) {
-  return Allocate(text, std::size_t{chars} * sizeof(OLECHAR));
+  return AllocateBstr(text, std::size_t{chars} * sizeof(OLECHAR));
 }
 
-BSTR WINAPI SysAllocStringByteLen(const char* text, UINT bytes) { return Allocate(text, bytes); }
+BSTR WINAPI SysAllocStringByteLen(const char* text, UINT bytes) {
+  return AllocateBstr(text, bytes);
+}
 
 void WINAPI SysFreeString(BSTR text) {
   if (text != nullptr) std::free(reinterpret_cast<char*>(text) - sizeof(ByteCount));

@@ -15,7 +15,7 @@ struct Block {
   alignas(std::max_align_t) SAFEARRAY array;
 };
 
-VARTYPE TypeOf(const SAFEARRAY& array) {
+VARTYPE ArrayTypeOf(const SAFEARRAY& array) {
   const char* block = reinterpret_cast<const char*>(&array) - offsetof(Block, array);
   VARTYPE type;
   std::memcpy(&type, block + offsetof(Block, type), sizeof(type));
@@ -23,7 +23,7 @@ VARTYPE TypeOf(const SAFEARRAY& array) {
 }
 
 // Elements are texts, which the array owns, or numbers.
-bool HoldsTexts(const SAFEARRAY& array) { return TypeOf(array) == VT_BSTR; }
+bool HoldsTexts(const SAFEARRAY& array) { return ArrayTypeOf(array) == VT_BSTR; }
 
 char* ElementAt(const SAFEARRAY& array, ULONG position) {
   return static_cast<char*>(array.pvData) + std::size_t{position} * array.cbElements;
@@ -101,7 +101,7 @@ HRESULT WINAPI SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
   *copy = nullptr;
   if (array == nullptr) return S_OK;
   const SAFEARRAYBOUND bound = array->rgsabound[0];
-  SAFEARRAY* result = SafeArrayCreateVector(TypeOf(*array), bound.lLbound, bound.cElements);
+  SAFEARRAY* result = SafeArrayCreateVector(ArrayTypeOf(*array), bound.lLbound, bound.cElements);
   if (result == nullptr) return E_OUTOFMEMORY;
   for (ULONG i = 0; i < bound.cElements; ++i) {
     const HRESULT status = CopyElement(*array, ElementAt(*array, i), ElementAt(*result, i));
@@ -132,7 +132,7 @@ HRESULT WINAPI SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound)
 
 HRESULT WINAPI SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {
   if (array == nullptr || type == nullptr) return E_INVALIDARG;
-  *type = TypeOf(*array);
+  *type = ArrayTypeOf(*array);
   return S_OK;
 }
 

@@ -24,7 +24,7 @@ bool IsInteger(VARTYPE type) {
 }
 
 // None when `source` is neither number nor boolean nor VT_EMPTY.
-std::optional<Number> NumberOf(const VARIANT& source) {
+std::optional<Number> VariantNumberOf(const VARIANT& source) {
   switch (source.vt) {
     case VT_EMPTY:
       return 0;
@@ -57,7 +57,7 @@ std::optional<Number> NumberOf(const VARIANT& source) {
 }
 
 template <typename Integer>
-HRESULT Round(Number number, Integer* result) {
+HRESULT RoundToEven(Number number, Integer* result) {
   using Limits = std::numeric_limits<Integer>;
   const Number rounded = std::nearbyint(number);  // halves to even
   if (!(rounded >= Limits::min() && rounded <= Limits::max())) return DISP_E_OVERFLOW;
@@ -68,23 +68,23 @@ HRESULT Round(Number number, Integer* result) {
 HRESULT StoreNumber(Number number, VARTYPE type, VARIANT* result) {
   switch (type) {
     case VT_I1:
-      return Round(number, &result->cVal);
+      return RoundToEven(number, &result->cVal);
     case VT_UI1:
-      return Round(number, &result->bVal);
+      return RoundToEven(number, &result->bVal);
     case VT_I2:
-      return Round(number, &result->iVal);
+      return RoundToEven(number, &result->iVal);
     case VT_UI2:
-      return Round(number, &result->uiVal);
+      return RoundToEven(number, &result->uiVal);
     case VT_I4:
     case VT_INT:
-      return Round(number, &result->lVal);
+      return RoundToEven(number, &result->lVal);
     case VT_UI4:
     case VT_UINT:
-      return Round(number, &result->ulVal);
+      return RoundToEven(number, &result->ulVal);
     case VT_I8:
-      return Round(number, &result->llVal);
+      return RoundToEven(number, &result->llVal);
     case VT_UI8:
-      return Round(number, &result->ullVal);
+      return RoundToEven(number, &result->ullVal);
     case VT_R4:
       if (std::fabs(number) > std::numeric_limits<float>::max()) return DISP_E_OVERFLOW;
       result->fltVal = static_cast<float>(number);
@@ -197,7 +197,7 @@ HRESULT BytesToText(SAFEARRAY* array, BSTR* text) {
 }
 
 // `source` is a view without VT_BYREF; result->vt is still to be set.
-HRESULT Convert(const VARIANT& source, VARTYPE type, USHORT flags, VARIANT* result) {
+HRESULT ConvertVariant(const VARIANT& source, VARTYPE type, USHORT flags, VARIANT* result) {
   if (source.vt == type) return Duplicate(source, result);
   if (source.vt == (VT_ARRAY | VT_UI1) && type == VT_BSTR) {
     return BytesToText(source.parray, &result->bstrVal);
@@ -208,7 +208,7 @@ HRESULT Convert(const VARIANT& source, VARTYPE type, USHORT flags, VARIANT* resu
   if (type == VT_EMPTY || type == VT_NULL) return S_OK;
   if (source.vt == VT_DISPATCH && source.pdispVal == nullptr) return DISP_E_BADVARTYPE;
   if (source.vt == VT_BSTR) return ConvertText(source.bstrVal, type, result);
-  const std::optional<Number> number = NumberOf(source);
+  const std::optional<Number> number = VariantNumberOf(source);
   if (!number) return DISP_E_TYPEMISMATCH;
   return type == VT_BSTR ? WriteNumber(source, *number, flags, &result->bstrVal)
                          : ConvertNumber(source, *number, type, result);
@@ -227,7 +227,7 @@ HRESULT WINAPI VariantChangeType(VARIANTARG* destination, const VARIANTARG* sour
   if (FAILED(status)) return status;
   if (!IsKnownType(view.vt)) return DISP_E_BADVARTYPE;
   VARIANT result{};
-  status = Convert(view, type, flags, &result);
+  status = ConvertVariant(view, type, flags, &result);
   if (FAILED(status)) return status;
   result.vt = type;
   return Replace(destination, result);

@@ -11,7 +11,7 @@ namespace {
 using Corvane::Conversion;
 using Corvane::Malformed;
 
-int Fail(DWORD code) {
+int RefuseText(DWORD code) {
   SetLastError(code);
   return 0;
 }
@@ -27,15 +27,16 @@ DWORD CheckArguments(UINT codePage, DWORD flags, DWORD strictFlag, const void* i
 }
 
 template <typename From, typename To>
-int Translate(std::basic_string_view<From> input, bool strict, To* output, int outputSize) {
+int TranslateText(std::basic_string_view<From> input, bool strict, To* output, int outputSize) {
   const Malformed policy = strict ? Malformed::kRefuse : Malformed::kReplace;
   const Conversion done =
       outputSize == 0
           ? Corvane::Measure(input, policy)
           : Corvane::Convert(input, policy, {output, static_cast<std::size_t>(outputSize)});
-  if (done.malformed) return Fail(ERROR_NO_UNICODE_TRANSLATION);
-  if (done.read < input.size()) return Fail(ERROR_INSUFFICIENT_BUFFER);
-  return done.written > INT_MAX ? Fail(ERROR_INVALID_PARAMETER) : static_cast<int>(done.written);
+  if (done.malformed) return RefuseText(ERROR_NO_UNICODE_TRANSLATION);
+  if (done.read < input.size()) return RefuseText(ERROR_INSUFFICIENT_BUFFER);
+  return done.written > INT_MAX ? RefuseText(ERROR_INVALID_PARAMETER)
+                                : static_cast<int>(done.written);
 }
 
 }  // namespace
@@ -46,10 +47,10 @@ int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, const char* input, in
                                wchar_t* output, int outputSize) {
   const DWORD wrong =
       CheckArguments(codePage, flags, MB_ERR_INVALID_CHARS, input, inputBytes, output, outputSize);
-  if (wrong != ERROR_SUCCESS) return Fail(wrong);
+  if (wrong != ERROR_SUCCESS) return RefuseText(wrong);
   const std::size_t bytes =
       inputBytes < 0 ? std::strlen(input) + 1 : static_cast<std::size_t>(inputBytes);
-  return Translate(std::string_view(input, bytes), flags != 0, output, outputSize);
+  return TranslateText(std::string_view(input, bytes), flags != 0, output, outputSize);
 }
 
 int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* input, int inputChars,
@@ -57,11 +58,12 @@ int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* input,
                                BOOL* usedDefaultChar) {
   const DWORD wrong =
       CheckArguments(codePage, flags, WC_ERR_INVALID_CHARS, input, inputChars, output, outputSize);
-  if (wrong != ERROR_SUCCESS) return Fail(wrong);
-  if (defaultChar != nullptr || usedDefaultChar != nullptr) return Fail(ERROR_INVALID_PARAMETER);
+  if (wrong != ERROR_SUCCESS) return RefuseText(wrong);
+  if (defaultChar != nullptr || usedDefaultChar != nullptr)
+    return RefuseText(ERROR_INVALID_PARAMETER);
   const std::size_t chars =
       inputChars < 0 ? std::wcslen(input) + 1 : static_cast<std::size_t>(inputChars);
-  return Translate(std::wstring_view(input, chars), flags != 0, output, outputSize);
+  return TranslateText(std::wstring_view(input, chars), flags != 0, output, outputSize);
 }
 
 }  // extern "C"

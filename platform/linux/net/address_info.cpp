@@ -9,7 +9,7 @@
 namespace Corvane::Net {
 namespace {
 
-DWORD CodeOf(int result) {
+DWORD AddressInfoError(int result) {
   switch (result) {
     case EAI_SYSTEM:
       return WsaError(errno);
@@ -40,7 +40,8 @@ std::string WithoutBrackets(std::string_view node) {
   return std::string(bracketed ? node.substr(1, close - 1) : node);
 }
 
-int Resolve(const char* node, const char* service, const addrinfo* hints, addrinfo** result) {
+int ResolveAddressInfo(const char* node, const char* service, const addrinfo* hints,
+                       addrinfo** result) {
   addrinfo wanted = hints != nullptr ? *hints : addrinfo{};
   // For any type the system would give each address once a type, Windows gives it once.
   const bool anyType = wanted.ai_socktype == 0 && wanted.ai_protocol == 0;
@@ -62,10 +63,10 @@ int GetAddrInfo(const char* node, const char* service, const addrinfo* hints, ad
   *result = nullptr;
   if (!RequireStartup()) return WSANOTINITIALISED;
   int failure = EAI_MEMORY;
-  BehindWall([&] { return failure = Resolve(node, service, hints, result); });
+  BehindWall([&] { return failure = ResolveAddressInfo(node, service, hints, result); });
   if (failure == 0) return 0;
   *result = nullptr;
-  const DWORD code = CodeOf(failure);
+  const DWORD code = AddressInfoError(failure);
   SetLastError(code);
   return static_cast<int>(code);
 }

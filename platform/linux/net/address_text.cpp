@@ -42,7 +42,7 @@ bool HoldsOnly(std::string_view text, std::string_view allowed) {
   return text.find_first_not_of(allowed) == std::string_view::npos;
 }
 
-bool Parse(std::string_view text, sockaddr_in* result) {
+bool ParseAddressText(std::string_view text, sockaddr_in* result) {
   result->sin_family = AF_INET;
   const std::size_t colon = text.find(':');
   if (colon != std::string_view::npos) {
@@ -53,7 +53,7 @@ bool Parse(std::string_view text, sockaddr_in* result) {
          inet_aton(std::string(text).c_str(), &result->sin_addr) != 0;
 }
 
-bool Parse(std::string_view text, sockaddr_in6* result) {
+bool ParseAddressText(std::string_view text, sockaddr_in6* result) {
   result->sin6_family = AF_INET6;
   if (text.starts_with('[')) {
     const std::size_t close = text.find(']');
@@ -75,7 +75,7 @@ bool Parse(std::string_view text, sockaddr_in6* result) {
 }
 
 template <typename Address>
-LSTATUS Convert(std::wstring_view text, sockaddr* address, INT* length) {
+LSTATUS ConvertAddressText(std::wstring_view text, sockaddr* address, INT* length) {
   constexpr INT kSize = sizeof(Address);
   if (*length < kSize) {
     *length = kSize;
@@ -84,16 +84,16 @@ LSTATUS Convert(std::wstring_view text, sockaddr* address, INT* length) {
   Address result{};
   const auto isAscii = [](wchar_t c) { return c < 0x80; };
   if (!std::all_of(text.begin(), text.end(), isAscii)) return WSAEINVAL;
-  if (!Parse(std::string(text.begin(), text.end()), &result)) return WSAEINVAL;
+  if (!ParseAddressText(std::string(text.begin(), text.end()), &result)) return WSAEINVAL;
   std::memcpy(address, &result, sizeof(result));
   *length = kSize;
   return ERROR_SUCCESS;
 }
 
-LSTATUS Convert(const wchar_t* text, INT family, sockaddr* address, INT* length) {
+LSTATUS ConvertAddressText(const wchar_t* text, INT family, sockaddr* address, INT* length) {
   if (text == nullptr || address == nullptr || length == nullptr) return WSAEINVAL;
-  if (family == AF_INET) return Convert<sockaddr_in>(text, address, length);
-  return family == AF_INET6 ? Convert<sockaddr_in6>(text, address, length) : WSAEINVAL;
+  if (family == AF_INET) return ConvertAddressText<sockaddr_in>(text, address, length);
+  return family == AF_INET6 ? ConvertAddressText<sockaddr_in6>(text, address, length) : WSAEINVAL;
 }
 
 }  // namespace
@@ -105,7 +105,8 @@ INT WINAPI WSAStringToAddressW(wchar_t* text, INT family, WSAPROTOCOL_INFOW*, so
                                INT* length) {
   using namespace Corvane::Net;
   if (!RequireStartup()) return SOCKET_ERROR;
-  const LSTATUS code = Corvane::BehindWall([&] { return Convert(text, family, address, length); });
+  const LSTATUS code =
+      Corvane::BehindWall([&] { return ConvertAddressText(text, family, address, length); });
   return code == ERROR_SUCCESS ? 0 : Fail(static_cast<DWORD>(code));
 }
 

@@ -70,7 +70,7 @@ bool ParseAuthority(std::wstring_view authority, Parts* parts) {
   return authority.front() == L':' && ParsePort(authority.substr(1), &parts->port);
 }
 
-DWORD Parse(std::wstring_view url, Parts* parts) {
+DWORD ParseUrlParts(std::wstring_view url, Parts* parts) {
   const auto schemeEnd = std::find_if_not(url.begin(), url.end(), IsSchemeCharacter);
   if (schemeEnd == url.begin() || schemeEnd == url.end() || *schemeEnd != L':') {
     return ERROR_INTERNET_UNRECOGNIZED_SCHEME;
@@ -93,7 +93,7 @@ DWORD Parse(std::wstring_view url, Parts* parts) {
 }
 
 // Windows' structure gives away writable pointers into the URL.
-void Fill(std::wstring_view part, wchar_t** place, DWORD* length) {
+void FillUrlPart(std::wstring_view part, wchar_t** place, DWORD* length) {
   if (*length == 0) return;
   *place = const_cast<wchar_t*>(part.data());
   *length = static_cast<DWORD>(part.size());
@@ -106,7 +106,7 @@ bool WantsMore(const URL_COMPONENTSW& c) {
   return buffer || c.dwUserNameLength != 0 || c.dwPasswordLength != 0 || c.dwExtraInfoLength != 0;
 }
 
-DWORD Crack(const wchar_t* url, DWORD urlChars, DWORD flags, URL_COMPONENTSW* components) {
+DWORD CrackUrl(const wchar_t* url, DWORD urlChars, DWORD flags, URL_COMPONENTSW* components) {
   if (url == nullptr || *url == L'\0' || flags != 0 || components == nullptr ||
       components->dwStructSize != sizeof(URL_COMPONENTSW)) {
     return ERROR_INVALID_PARAMETER;
@@ -114,13 +114,13 @@ DWORD Crack(const wchar_t* url, DWORD urlChars, DWORD flags, URL_COMPONENTSW* co
   if (WantsMore(*components)) return ERROR_NOT_SUPPORTED;
   Parts parts;
   const std::wstring_view text(url, urlChars == 0 ? std::wcslen(url) : wcsnlen(url, urlChars));
-  const DWORD code = Parse(text, &parts);
+  const DWORD code = ParseUrlParts(text, &parts);
   if (code != ERROR_SUCCESS) return code;
-  Fill(parts.scheme, &components->lpszScheme, &components->dwSchemeLength);
+  FillUrlPart(parts.scheme, &components->lpszScheme, &components->dwSchemeLength);
   components->nScheme = parts.kind;
-  Fill(parts.host, &components->lpszHostName, &components->dwHostNameLength);
+  FillUrlPart(parts.host, &components->lpszHostName, &components->dwHostNameLength);
   components->nPort = parts.port;
-  Fill(parts.path, &components->lpszUrlPath, &components->dwUrlPathLength);
+  FillUrlPart(parts.path, &components->lpszUrlPath, &components->dwUrlPathLength);
   return ERROR_SUCCESS;
 }
 
@@ -131,7 +131,7 @@ extern "C" {
 
 BOOL WINAPI InternetCrackUrlW(const wchar_t* url, DWORD urlChars, DWORD flags,
                               URL_COMPONENTSW* components) {
-  const DWORD code = Corvane::Net::Crack(url, urlChars, flags, components);
+  const DWORD code = Corvane::Net::CrackUrl(url, urlChars, flags, components);
   if (code == ERROR_SUCCESS) return TRUE;
   SetLastError(code);
   return FALSE;

@@ -10,13 +10,13 @@ namespace Corvane::Net {
 namespace {
 
 // The process's calls of WSAStartup that no WSACleanup has undone.
-std::atomic<unsigned>& Startups() {
+std::atomic<unsigned>& WinsockStartups() {
   static std::atomic<unsigned> startups = 0;
   return startups;
 }
 
 // The highest version up to the one asked for.
-WORD Grant(unsigned major, unsigned minor) {
+WORD GrantWinsock(unsigned major, unsigned minor) {
   const unsigned highestMinor = major == 1 ? 1 : 2;
   return MAKEWORD(std::min(major, 2u), major > 2 ? highestMinor : std::min(minor, highestMinor));
 }
@@ -24,7 +24,7 @@ WORD Grant(unsigned major, unsigned minor) {
 }  // namespace
 
 bool RequireStartup() {
-  if (Startups() != 0) return true;
+  if (WinsockStartups() != 0) return true;
   SetLastError(WSANOTINITIALISED);
   return false;
 }
@@ -86,7 +86,7 @@ int WINAPI WSAStartup(WORD version, WSADATA* data) {
   using namespace Corvane::Net;
   if (data == nullptr) return WSAEFAULT;
   const unsigned major = version & 0xFF;
-  data->wVersion = Grant(major, version >> 8);
+  data->wVersion = GrantWinsock(major, version >> 8);
   data->wHighVersion = MAKEWORD(2, 2);
   if (major == 0) return WSAVERNOTSUPPORTED;
   // Meaningless since 2.0, and no limits of this platform: what Windows tells callers of 1.x.
@@ -94,12 +94,12 @@ int WINAPI WSAStartup(WORD version, WSADATA* data) {
   data->iMaxUdpDg = major == 1 ? 65467 : 0;
   std::strcpy(data->szDescription, "WinSock 2.0");
   std::strcpy(data->szSystemStatus, "Running");
-  ++Startups();
+  ++WinsockStartups();
   return 0;
 }
 
 int WINAPI WSACleanup() {
-  std::atomic<unsigned>& startups = Corvane::Net::Startups();
+  std::atomic<unsigned>& startups = Corvane::Net::WinsockStartups();
   unsigned count = startups;
   while (count != 0 && !startups.compare_exchange_weak(count, count - 1)) {
   }

@@ -39,7 +39,7 @@ LSTATUS GiveEmptyClass(wchar_t* text, DWORD* chars) {
 }
 
 // The rights that an open file allows of those that are asked for.
-LSTATUS Grant(Connection& connection, OpenMode mode, REGSAM* access) {
+LSTATUS GrantKey(Connection& connection, OpenMode mode, REGSAM* access) {
   const bool most = (*access & MAXIMUM_ALLOWED) != 0;
   const bool toWrite = (*access & kWritingRights) != 0;
   LSTATUS result = connection.Open(mode, most || toWrite);
@@ -57,7 +57,7 @@ struct Target {
   std::vector<Name> path;
 };
 
-LSTATUS FindTarget(HKEY key, const wchar_t* path, Target* target) {
+LSTATUS FindKeyTarget(HKEY key, const wchar_t* path, Target* target) {
   const LSTATUS code = RegistryKey::Find(key, 0, &target->key);
   return code == ERROR_SUCCESS ? SplitPath(path, &target->path) : code;
 }
@@ -66,7 +66,7 @@ LSTATUS FindTarget(HKEY key, const wchar_t* path, Target* target) {
 LSTATUS OpenKey(const Target& target, OpenMode mode, REGSAM access, HKEY* result, bool* made) {
   auto connection = std::make_shared<Connection>();
   connection->PinAs(*target.key->Way());
-  LSTATUS code = Grant(*connection, mode, &access);
+  LSTATUS code = GrantKey(*connection, mode, &access);
   if (code != ERROR_SUCCESS) return code;
   std::int64_t node = 0;
   code = connection->Read([&](Database& database) {
@@ -96,7 +96,7 @@ LSTATUS WINAPI RegCreateKeyExW(HKEY key, const wchar_t* path, DWORD reserved, wc
     if (path == nullptr) return ERROR_BADKEY;
     if (options != REG_OPTION_NON_VOLATILE) return ERROR_NOT_SUPPORTED;
     Target target;
-    LSTATUS code = FindTarget(key, path, &target);
+    LSTATUS code = FindKeyTarget(key, path, &target);
     bool made = false;
     if (code == ERROR_SUCCESS) code = OpenKey(target, OpenMode::kCreate, access, result, &made);
     if (code != ERROR_SUCCESS) return code;
@@ -112,7 +112,7 @@ LSTATUS WINAPI RegOpenKeyExW(HKEY key, const wchar_t* path, DWORD options, REGSA
     *result = nullptr;
     if (options != 0) return ERROR_NOT_SUPPORTED;
     Target target;
-    const LSTATUS code = FindTarget(key, path != nullptr ? path : L"", &target);
+    const LSTATUS code = FindKeyTarget(key, path != nullptr ? path : L"", &target);
     if (code != ERROR_SUCCESS) return code;
     if (target.path.empty() && RegistryKey::IsPredefined(key)) {
       *result = key;
@@ -133,7 +133,7 @@ LSTATUS WINAPI RegCloseKey(HKEY key) {
 LSTATUS WINAPI RegDeleteKeyW(HKEY key, const wchar_t* path) {
   return BehindWall([&]() -> LSTATUS {
     Target target;
-    LSTATUS code = FindTarget(key, path != nullptr ? path : L"", &target);
+    LSTATUS code = FindKeyTarget(key, path != nullptr ? path : L"", &target);
     if (code == ERROR_SUCCESS && path == nullptr) code = ERROR_INVALID_PARAMETER;
     return code == ERROR_SUCCESS ? target.key->DeleteSubkey(target.path) : code;
   });

@@ -13,10 +13,10 @@ using Corvane::Store::Data;
 using Corvane::Store::Enumeration;
 using Corvane::Store::Name;
 
-const wchar_t* OrDefault(const wchar_t* name) { return name != nullptr ? name : L""; }
+const wchar_t* ValueNameOrDefault(const wchar_t* name) { return name != nullptr ? name : L""; }
 
 // A name that no value can have is that of a missing one.
-bool CanBeThere(const wchar_t* name, Name* made) {
+bool RegistryNameCanExist(const wchar_t* name, Name* made) {
   using Corvane::Store::kMaxValueNameChars;
   const std::size_t chars = wcsnlen(name, kMaxValueNameChars + 1);
   return chars <= kMaxValueNameChars && MakeName({name, chars}, made);
@@ -62,8 +62,9 @@ LSTATUS WINAPI RegQueryValueExW(HKEY key, const wchar_t* name, DWORD* reserved, 
     DWORD foundType = REG_NONE;
     DWORD size = data != nullptr ? *dataBytes : 0;
     Name made;
-    code = CanBeThere(OrDefault(name), &made) ? opened->GetValue(made, {&foundType, data, &size})
-                                              : LSTATUS{ERROR_FILE_NOT_FOUND};
+    code = RegistryNameCanExist(ValueNameOrDefault(name), &made)
+               ? opened->GetValue(made, {&foundType, data, &size})
+               : LSTATUS{ERROR_FILE_NOT_FOUND};
     const bool found = code == ERROR_SUCCESS || code == ERROR_MORE_DATA;
     if (found && type != nullptr) *type = foundType;
     if (found && dataBytes != nullptr) *dataBytes = size;
@@ -80,10 +81,10 @@ LSTATUS WINAPI RegSetValueExW(HKEY key, const wchar_t* name, DWORD reserved, DWO
     LSTATUS code = RegistryKey::Find(key, KEY_SET_VALUE, &opened);
     if (code != ERROR_SUCCESS) return code;
     const Data value = {type, data, dataBytes};
-    code = CheckValue(OrDefault(name), value);
+    code = CheckValue(ValueNameOrDefault(name), value);
     if (code != ERROR_SUCCESS) return code;
     Name made;
-    if (!MakeName(OrDefault(name), &made)) return ERROR_INVALID_PARAMETER;
+    if (!MakeName(ValueNameOrDefault(name), &made)) return ERROR_INVALID_PARAMETER;
     return opened->SetValue(made, value);
   });
 }
@@ -94,8 +95,8 @@ LSTATUS WINAPI RegDeleteValueW(HKEY key, const wchar_t* name) {
     const LSTATUS code = RegistryKey::Find(key, KEY_SET_VALUE, &opened);
     if (code != ERROR_SUCCESS) return code;
     Name made;
-    return CanBeThere(OrDefault(name), &made) ? opened->DeleteValue(made)
-                                              : LSTATUS{ERROR_FILE_NOT_FOUND};
+    return RegistryNameCanExist(ValueNameOrDefault(name), &made) ? opened->DeleteValue(made)
+                                                                 : LSTATUS{ERROR_FILE_NOT_FOUND};
   });
 }
 

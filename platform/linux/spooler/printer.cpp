@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kMaxPrinterNameChars = 220;  // Windows' own limit
 
-LSTATUS Open(const wchar_t* name, const PRINTER_DEFAULTSW* defaults, HANDLE* printer) {
+LSTATUS OpenPrinterHandle(const wchar_t* name, const PRINTER_DEFAULTSW* defaults, HANDLE* printer) {
   if (printer == nullptr) return ERROR_INVALID_PARAMETER;
   *printer = nullptr;
   if (name == nullptr) return ERROR_NOT_SUPPORTED;
@@ -26,7 +26,7 @@ LSTATUS Open(const wchar_t* name, const PRINTER_DEFAULTSW* defaults, HANDLE* pri
   return ERROR_SUCCESS;
 }
 
-BOOL Report(LSTATUS result) {
+BOOL ReportPrinterError(LSTATUS result) {
   if (result == ERROR_SUCCESS) return TRUE;
   SetLastError(static_cast<DWORD>(result));
   return FALSE;
@@ -77,12 +77,12 @@ extern "C" {
 
 BOOL WINAPI OpenPrinterW(wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) {
   using namespace Corvane;
-  return Report(BehindWall([&] { return Open(name, defaults, printer); }));
+  return ReportPrinterError(BehindWall([&] { return OpenPrinterHandle(name, defaults, printer); }));
 }
 
 BOOL WINAPI ClosePrinter(HANDLE printer) {
   using namespace Corvane;
-  return Report(BehindWall([&]() -> LSTATUS {
+  return ReportPrinterError(BehindWall([&]() -> LSTATUS {
     const bool closed = HandleTable::OfProcess().Remove<Printer>(printer) != nullptr;
     return closed ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
   }));

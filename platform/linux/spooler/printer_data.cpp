@@ -19,8 +19,8 @@ struct Target {
   Name value;
 };
 
-LSTATUS FindTarget(HANDLE printer, const wchar_t* key, const wchar_t* value, ACCESS_MASK rights,
-                   Target* target) {
+LSTATUS FindPrinterDataTarget(HANDLE printer, const wchar_t* key, const wchar_t* value,
+                              ACCESS_MASK rights, Target* target) {
   target->printer = HandleTable::OfProcess().Find<Printer>(printer);
   if (target->printer == nullptr) return ERROR_INVALID_HANDLE;
   if (key == nullptr || value == nullptr) return ERROR_INVALID_PARAMETER;
@@ -31,7 +31,7 @@ LSTATUS FindTarget(HANDLE printer, const wchar_t* key, const wchar_t* value, ACC
 
 // The calls of the spooler give their codes as DWORDs.
 template <typename Operation>
-DWORD Call(Operation&& operation) {
+DWORD CallPrinterData(Operation&& operation) {
   return static_cast<DWORD>(BehindWall(operation));
 }
 
@@ -47,7 +47,7 @@ struct Room {
   }
 };
 
-constexpr std::size_t RoundUp(std::size_t bytes) { return (bytes + 7) & ~std::size_t{7}; }
+constexpr std::size_t RoundUpEntry(std::size_t bytes) { return (bytes + 7) & ~std::size_t{7}; }
 
 // What a buffer holds: the structures, the data of all of them, their names.
 struct Contents {
@@ -59,17 +59,18 @@ struct Contents {
 
   LSTATUS Count(const Enumeration::Item& item) {
     entryBytes += sizeof(PRINTER_ENUM_VALUESW);
-    dataBytes += RoundUp(item.data.size());
+    dataBytes += RoundUpEntry(item.data.size());
     nameBytes += (item.name.size() + 1) * sizeof(wchar_t);
     return ERROR_SUCCESS;
   }
 };
 
 // ERROR_REGISTRY_CORRUPT when there is more than was counted.
-LSTATUS WriteEntry(const Enumeration::Item& item, Room* entries, Room* datas, Room* names) {
+LSTATUS WritePrinterDataEntry(const Enumeration::Item& item, Room* entries, Room* datas,
+                              Room* names) {
   const std::size_t nameBytes = (item.name.size() + 1) * sizeof(wchar_t);
   BYTE* const entryAt = entries->Take(sizeof(PRINTER_ENUM_VALUESW));
-  BYTE* const dataAt = datas->Take(RoundUp(item.data.size()));
+  BYTE* const dataAt = datas->Take(RoundUpEntry(item.data.size()));
   BYTE* const nameAt = names->Take(nameBytes);
   if (entryAt == nullptr || dataAt == nullptr || nameAt == nullptr) return ERROR_REGISTRY_CORRUPT;
   const PRINTER_ENUM_VALUESW entry = {
@@ -92,14 +93,14 @@ extern "C" {
 
 DWORD WINAPI EnumPrinterDataExW(HANDLE printer, const wchar_t* key, BYTE* values, DWORD valuesBytes,
                                 DWORD* needed, DWORD* count) {
-  return Call([&]() -> LSTATUS {
+  return CallPrinterData([&]() -> LSTATUS {
     if (needed == nullptr || count == nullptr || (values == nullptr && valuesBytes != 0)) {
       return ERROR_INVALID_PARAMETER;
     }
     *needed = 0;
     *count = 0;
     Target target;
-    const LSTATUS code = FindTarget(printer, key, L"", 0, &target);
+    const LSTATUS code = FindPrinterDataTarget(printer, key, L"", 0, &target);
     if (code != ERROR_SUCCESS) return code;
     return target.printer->Way()->Read([&](Database& database) -> LSTATUS {
       std::int64_t node = 0;
@@ -117,7 +118,7 @@ DWORD WINAPI EnumPrinterDataExW(HANDLE printer, const wchar_t* key, BYTE* values
       Room datas{entries.end, entries.end + all.dataBytes};
       Room names{datas.end, datas.end + all.nameBytes};
       const auto write = [&](const Enumeration::Item& item) {
-        return WriteEntry(item, &entries, &datas, &names);
+        return WritePrinterDataEntry(item, &entries, &datas, &names);
       };
       result = target.printer->VisitLocked(node, write);
       if (result != ERROR_SUCCESS) return result;
@@ -129,11 +130,11 @@ DWORD WINAPI EnumPrinterDataExW(HANDLE printer, const wchar_t* key, BYTE* values
 
 DWORD WINAPI GetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* value,
                                DWORD* type, BYTE* data, DWORD dataBytes, DWORD* needed) {
-  return Call([&]() -> LSTATUS {
+  return CallPrinterData([&]() -> LSTATUS {
     if (needed == nullptr || (data == nullptr && dataBytes != 0)) return ERROR_INVALID_PARAMETER;
     *needed = 0;
     Target target;
-    const LSTATUS code = FindTarget(printer, key, value, 0, &target);
+    const LSTATUS code = FindPrinterDataTarget(printer, key, value, 0, &target);
     if (code != ERROR_SUCCESS) return code;
     DWORD foundType = 0;
     DWORD size = dataBytes;
@@ -152,10 +153,10 @@ DWORD WINAPI GetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t
 
 DWORD WINAPI SetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* value, DWORD type,
                                BYTE* data, DWORD dataBytes) {
-  return Call([&]() -> LSTATUS {
+  return CallPrinterData([&]() -> LSTATUS {
     Target target;
     const Data written = {type, data, dataBytes};
-    LSTATUS code = FindTarget(printer, key, value, PRINTER_ACCESS_ADMINISTER, &target);
+    LSTATUS code = FindPrinterDataTarget(printer, key, value, PRINTER_ACCESS_ADMINISTER, &target);
     if (code == ERROR_SUCCESS) code = CheckValue(value, written);
     return code == ERROR_SUCCESS ? target.printer->SetValue(target.key, target.value, written)
                                  : code;
@@ -163,9 +164,10 @@ DWORD WINAPI SetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t
 }
 
 DWORD WINAPI DeletePrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* value) {
-  return Call([&]() -> LSTATUS {
+  return CallPrinterData([&]() -> LSTATUS {
     Target target;
-    const LSTATUS code = FindTarget(printer, key, value, PRINTER_ACCESS_ADMINISTER, &target);
+    const LSTATUS code =
+        FindPrinterDataTarget(printer, key, value, PRINTER_ACCESS_ADMINISTER, &target);
     if (code != ERROR_SUCCESS) return code;
     return target.printer->Way()->Write(Store::OpenMode::kExisting, [&](Database& database) {
       std::int64_t node = 0;

@@ -31,7 +31,7 @@ bool IsEmptyOrMissing(const std::string& path) {
   return stat(path.c_str(), &status) != 0 || status.st_size == 0;
 }
 
-void Append(const std::string& path, bool withChanges, std::vector<std::int64_t>* state) {
+void AppendToSql(const std::string& path, bool withChanges, std::vector<std::int64_t>* state) {
   struct stat status {};
   if (lstat(path.c_str(), &status) != 0) return;
   state->insert(state->end(), {static_cast<std::int64_t>(status.st_dev),
@@ -43,8 +43,8 @@ void Append(const std::string& path, bool withChanges, std::vector<std::int64_t>
 // Differs when the file or what lies beside it is another, or the file has been changed.
 std::vector<std::int64_t> FileState(const std::string& path) {
   std::vector<std::int64_t> state;
-  Append(path, true, &state);
-  for (const char* const beside : {"-wal", "-shm"}) Append(path + beside, false, &state);
+  AppendToSql(path, true, &state);
+  for (const char* const beside : {"-wal", "-shm"}) AppendToSql(path + beside, false, &state);
   return state;
 }
 

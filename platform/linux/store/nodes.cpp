@@ -23,7 +23,7 @@ constexpr char kNodeInfo[] =
     "FROM node2 AS node WHERE id = ?";
 constexpr char kDataVersion[] = "PRAGMA data_version";
 
-std::int64_t Now() {
+std::int64_t NodeTimeNow() {
   SYSTEMTIME now{};
   GetSystemTime(&now);
   FILETIME time{};
@@ -44,7 +44,7 @@ LSTATUS AddChild(Database& database, std::int64_t parent, const Name& name, std:
   const LSTATUS result = TouchNode(database, parent);
   if (result != ERROR_SUCCESS) return result;
   Query query(database, kAddNode);
-  query.Bind(parent).Bind(name.folded).Bind(name.text).Bind(Now());
+  query.Bind(parent).Bind(name.folded).Bind(name.text).Bind(NodeTimeNow());
   const LSTATUS added = query.Step();
   if (added == ERROR_SUCCESS) *child = query.Integer(0);
   return added;
@@ -99,7 +99,7 @@ LSTATUS CheckNode(Database& database, std::int64_t node) {
 
 LSTATUS TouchNode(Database& database, std::int64_t node) {
   Query query(database, kTouchNode);
-  const LSTATUS result = query.Bind(Now()).Bind(node).Step(ERROR_SUCCESS);
+  const LSTATUS result = query.Bind(NodeTimeNow()).Bind(node).Step(ERROR_SUCCESS);
   return result == ERROR_SUCCESS && !query.Changed() ? LSTATUS{ERROR_KEY_DELETED} : result;
 }
 

@@ -14,7 +14,7 @@ struct Code {
 };
 
 template <std::size_t count>
-LSTATUS Find(const Code (&codes)[count], int from, LSTATUS otherwise) {
+LSTATUS FindResultCode(const Code (&codes)[count], int from, LSTATUS otherwise) {
   for (const Code& code : codes) {
     if (code.from == from) return code.to;
   }
@@ -61,15 +61,17 @@ LSTATUS FromSystemError(int error, sqlite3* database) {
 
 }  // namespace
 
-LSTATUS FromErrno(int error) { return Find(kErrnoCodes, error, ERROR_REGISTRY_IO_FAILED); }
+LSTATUS FromErrno(int error) {
+  return FindResultCode(kErrnoCodes, error, ERROR_REGISTRY_IO_FAILED);
+}
 
 LSTATUS FromSqlite(int result, sqlite3* database) {
   const int error = errno;
   const int primary = result & kPrimaryCode;
   const bool isSystems = primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR;
   const LSTATUS code = isSystems ? FromSystemError(error, database)
-                                 : Find(kPrimaryCodes, primary, ERROR_REGISTRY_IO_FAILED);
-  return Find(kExtendedCodes, result, code);
+                                 : FindResultCode(kPrimaryCodes, primary, ERROR_REGISTRY_IO_FAILED);
+  return FindResultCode(kExtendedCodes, result, code);
 }
 
 }  // namespace Corvane::Store

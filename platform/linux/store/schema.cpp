@@ -76,7 +76,7 @@ DROP TABLE value;
 DROP TABLE merged;
 )";
 
-void Fold(sqlite3_context* context, int, sqlite3_value** arguments) {
+void FoldInSql(sqlite3_context* context, int, sqlite3_value** arguments) {
   const auto* text = static_cast<const char*>(sqlite3_value_blob(arguments[0]));
   const auto bytes = static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]));
   const bool done = BehindWall(false, [&] {
@@ -87,7 +87,7 @@ void Fold(sqlite3_context* context, int, sqlite3_value** arguments) {
   if (!done) sqlite3_result_error_nomem(context);
 }
 
-int Run(sqlite3* sqlite, std::initializer_list<const char*> scripts) {
+int RunSchemaScripts(sqlite3* sqlite, std::initializer_list<const char*> scripts) {
   int result = SQLITE_OK;
   errno = 0;
   for (const char* script : scripts) {
@@ -99,20 +99,21 @@ int Run(sqlite3* sqlite, std::initializer_list<const char*> scripts) {
 }  // namespace
 
 int CreateStore(sqlite3* sqlite) {
-  return Run(sqlite, {"BEGIN", kCreateTables, kAddRoots, "COMMIT", "PRAGMA journal_mode = WAL"});
+  return RunSchemaScripts(
+      sqlite, {"BEGIN", kCreateTables, kAddRoots, "COMMIT", "PRAGMA journal_mode = WAL"});
 }
 
 int ShowOldVersion(sqlite3* sqlite) {
   constexpr int kFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
   const int result =
-      sqlite3_create_function(sqlite, "fold", 1, kFlags, nullptr, &Fold, nullptr, nullptr);
-  return result == SQLITE_OK ? Run(sqlite, {kShowOldVersion}) : result;
+      sqlite3_create_function(sqlite, "fold", 1, kFlags, nullptr, &FoldInSql, nullptr, nullptr);
+  return result == SQLITE_OK ? RunSchemaScripts(sqlite, {kShowOldVersion}) : result;
 }
 
-int HideOldVersion(sqlite3* sqlite) { return Run(sqlite, {kHideOldVersion}); }
+int HideOldVersion(sqlite3* sqlite) { return RunSchemaScripts(sqlite, {kHideOldVersion}); }
 
 int Migrate(sqlite3* sqlite) {
-  return Run(sqlite, {kHideOldVersion, kCreateTables, kCopyOldVersion});
+  return RunSchemaScripts(sqlite, {kHideOldVersion, kCreateTables, kCopyOldVersion});
 }
 
 }  // namespace Corvane::Store

@@ -20,7 +20,7 @@ namespace {
 constexpr mode_t kFolderMode = 0700;
 constexpr mode_t kFileMode = 0600;
 
-std::string Variable(const char* name) {
+std::string EnvironmentVariable(const char* name) {
   const char* value = std::getenv(name);
   return value != nullptr ? value : "";
 }
@@ -34,16 +34,16 @@ std::string HomeOfUser() {
   return failure == 0 && found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "";
 }
 
-std::string FolderOf(const std::string& path) {
+std::string StoreFolderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return ".";
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
 // `path` without symbolic links in its folders.
-LSTATUS Resolve(std::string* path) {
+LSTATUS ResolveStorePath(std::string* path) {
   const std::unique_ptr<char, decltype(&std::free)> folder(
-      realpath(FolderOf(*path).c_str(), nullptr), &std::free);
+      realpath(StoreFolderOf(*path).c_str(), nullptr), &std::free);
   if (folder == nullptr) return FromErrno(errno);
   *path = std::string(folder.get()) + "/" + path->substr(path->rfind('/') + 1);
   return ERROR_SUCCESS;
@@ -72,11 +72,11 @@ void SyncFolder(const std::string& folder) {
 }  // namespace
 
 LSTATUS StorePath(std::string* path) {
-  *path = Variable("CORVANE_STORE");
+  *path = EnvironmentVariable("CORVANE_STORE");
   if (!path->empty()) return ERROR_SUCCESS;
-  std::string state = Variable("XDG_STATE_HOME");
+  std::string state = EnvironmentVariable("XDG_STATE_HOME");
   if (!state.starts_with('/')) {
-    std::string home = Variable("HOME");
+    std::string home = EnvironmentVariable("HOME");
     if (home.empty()) home = HomeOfUser();
     if (home.empty()) return ERROR_REGISTRY_IO_FAILED;
     state = home + "/.local/state";
@@ -86,7 +86,7 @@ LSTATUS StorePath(std::string* path) {
 }
 
 LSTATUS FindStoreFile(std::string* path) {
-  if (const LSTATUS result = Resolve(path); result != ERROR_SUCCESS) return result;
+  if (const LSTATUS result = ResolveStorePath(path); result != ERROR_SUCCESS) return result;
   struct stat status {};
   if (lstat(path->c_str(), &status) != 0) return FromErrno(errno);
   return S_ISREG(status.st_mode) ? ERROR_SUCCESS : ERROR_NOT_REGISTRY_FILE;
@@ -94,7 +94,7 @@ LSTATUS FindStoreFile(std::string* path) {
 
 LSTATUS CreateStoreFile(const std::string& path,
                         const std::function<LSTATUS(const std::string&)>& fill) {
-  const std::string folder = FolderOf(path);
+  const std::string folder = StoreFolderOf(path);
   LSTATUS result = MakeFolders(folder);
   if (result != ERROR_SUCCESS) return result;
 
@@ -103,7 +103,7 @@ LSTATUS CreateStoreFile(const std::string& path,
   char suffix[32];
   std::snprintf(suffix, sizeof suffix, ".new-%016llx", static_cast<unsigned long long>(random));
   std::string fresh = path + suffix;
-  result = Resolve(&fresh);
+  result = ResolveStorePath(&fresh);
   if (result != ERROR_SUCCESS) return result;
   const int descriptor =
       open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kFileMode);

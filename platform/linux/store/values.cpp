@@ -40,7 +40,7 @@ bool IsPageReadable(std::uintptr_t address) {
 
 // False when some of the bytes are no memory of the process or may not be read. Asks the kernel and
 // touches nothing, where Windows would catch the fault.
-bool IsReadable(const void* memory, std::size_t bytes) {
+bool IsReadableValue(const void* memory, std::size_t bytes) {
   if (bytes == 0) return true;
   const auto first = reinterpret_cast<std::uintptr_t>(memory);
   // The first page is never mapped, and a null set would be no set.
@@ -59,7 +59,7 @@ bool IsReadable(const void* memory, std::size_t bytes) {
 LSTATUS CheckValue(const wchar_t* name, const Data& data) {
   if (wcsnlen(name, kMaxValueNameChars + 1) > kMaxValueNameChars) return ERROR_INVALID_PARAMETER;
   if (data.size > kMaxDataBytes) return ERROR_NO_SYSTEM_RESOURCES;
-  return IsReadable(data.bytes, data.size) ? ERROR_SUCCESS : ERROR_NOACCESS;
+  return IsReadableValue(data.bytes, data.size) ? ERROR_SUCCESS : ERROR_NOACCESS;
 }
 
 LSTATUS SetValue(Database& database, std::int64_t node, const Name& name, const Data& data) {

@@ -8,7 +8,7 @@ namespace {
 // Null for a handle that is not open, and for one that is in a group already: the outer one has the
 // writes.
 template <HandleKind kind>
-std::shared_ptr<Store::Connection> Begin(HANDLE handle) {
+std::shared_ptr<Store::Connection> BeginWriteGroup(HANDLE handle) {
   const auto opened = HandleTable::OfProcess().Find<Store::StoreHandle<kind>>(handle);
   if (opened == nullptr || !opened->Way()->BeginGroup()) return nullptr;
   return opened->Way();
@@ -16,9 +16,10 @@ std::shared_ptr<Store::Connection> Begin(HANDLE handle) {
 
 }  // namespace
 
-WriteGroup::WriteGroup(HKEY key) : m_connection(Begin<HandleKind::kRegistryKey>(key)) {}
+WriteGroup::WriteGroup(HKEY key) : m_connection(BeginWriteGroup<HandleKind::kRegistryKey>(key)) {}
 
-WriteGroup::WriteGroup(HANDLE printer) : m_connection(Begin<HandleKind::kPrinter>(printer)) {}
+WriteGroup::WriteGroup(HANDLE printer)
+    : m_connection(BeginWriteGroup<HandleKind::kPrinter>(printer)) {}
 
 WriteGroup::~WriteGroup() { End(false); }
 

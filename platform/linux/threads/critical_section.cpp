@@ -4,7 +4,7 @@
 
 namespace {
 
-std::recursive_mutex& MutexOf(CRITICAL_SECTION* section) {
+std::recursive_mutex& CriticalSectionMutex(CRITICAL_SECTION* section) {
   return *static_cast<std::recursive_mutex*>(section->mutex);
 }
 
@@ -16,12 +16,16 @@ void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section) {
   section->mutex = new std::recursive_mutex;
 }
 
-void WINAPI EnterCriticalSection(CRITICAL_SECTION* section) { MutexOf(section).lock(); }
+void WINAPI EnterCriticalSection(CRITICAL_SECTION* section) {
+  CriticalSectionMutex(section).lock();
+}
 
-void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section) { MutexOf(section).unlock(); }
+void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section) {
+  CriticalSectionMutex(section).unlock();
+}
 
 void WINAPI DeleteCriticalSection(CRITICAL_SECTION* section) {
-  delete &MutexOf(section);
+  delete &CriticalSectionMutex(section);
   section->mutex = nullptr;
 }
 

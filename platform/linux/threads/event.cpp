@@ -28,8 +28,8 @@ std::map<std::wstring, std::weak_ptr<Event>>& NamedEvents() {
   return events;
 }
 
-std::shared_ptr<Event> OpenOrMake(const wchar_t* name, bool manualReset, bool initialState,
-                                  bool* opened) {
+std::shared_ptr<Event> OpenOrMakeEvent(const wchar_t* name, bool manualReset, bool initialState,
+                                       bool* opened) {
   const std::lock_guard lock(WaitingRoom::OfProcess().mutex);
   auto& events = NamedEvents();
   std::erase_if(events, [](const auto& entry) { return entry.second.expired(); });
@@ -69,7 +69,7 @@ HANDLE WINAPI CreateEventW(_SECURITY_ATTRIBUTES*, BOOL manualReset, BOOL initial
     }
     bool opened = false;
     handle = Corvane::HandleTable::OfProcess().Add(
-        Corvane::OpenOrMake(name, manualReset != FALSE, initialState != FALSE, &opened));
+        Corvane::OpenOrMakeEvent(name, manualReset != FALSE, initialState != FALSE, &opened));
     return opened ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
   });
   SetLastError(static_cast<DWORD>(error));

@@ -19,7 +19,7 @@ struct Waited {
 };
 using Objects = std::vector<Waited>;
 
-DWORD Failed(DWORD error) {
+DWORD WaitFailed(DWORD error) {
   SetLastError(error);
   return WAIT_FAILED;
 }
@@ -84,7 +84,7 @@ DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milliseconds) {
 DWORD WINAPI WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all,
                                     DWORD milliseconds) {
   if (count == 0 || count > MAXIMUM_WAIT_OBJECTS || !handles) {
-    return Corvane::Failed(ERROR_INVALID_PARAMETER);
+    return Corvane::WaitFailed(ERROR_INVALID_PARAMETER);
   }
   DWORD result = WAIT_FAILED;
   const LSTATUS error = BehindWall([&]() -> LSTATUS {
@@ -96,7 +96,7 @@ DWORD WINAPI WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all
     result = Corvane::Wait(objects, all != FALSE, milliseconds);
     return ERROR_SUCCESS;
   });
-  return error == ERROR_SUCCESS ? result : Corvane::Failed(static_cast<DWORD>(error));
+  return error == ERROR_SUCCESS ? result : Corvane::WaitFailed(static_cast<DWORD>(error));
 }
 
 BOOL WINAPI CloseHandle(HANDLE object) {

@@ -17,7 +17,7 @@ constexpr std::size_t kMaxUtf8Bytes = 4;  // of one character
 constexpr std::uint64_t kBytesPerStep = 16;
 
 template <class Value>
-bool Relate(Relation relation, const Value& left, const Value& right) {
+bool CompareOperands(Relation relation, const Value& left, const Value& right) {
   switch (relation) {
     case Relation::kEqual:
       return left == right;
@@ -115,9 +115,10 @@ bool PatternEvaluator::Holds(const Expression& comparison, const Place& left, co
   const Method rightMethod =
       right != nullptr ? comparison.operands[1]->path.method : Method::kNodes;
   if (comparison.numeric)
-    return Relate(comparison.relation, NumberOf(leftMethod, left), comparison.number);
+    return CompareOperands(comparison.relation, NumberOf(leftMethod, left), comparison.number);
   if (IsNumeric(leftMethod) && IsNumeric(rightMethod)) {
-    return Relate(comparison.relation, NumberOf(leftMethod, left), NumberOf(rightMethod, *right));
+    return CompareOperands(comparison.relation, NumberOf(leftMethod, left),
+                           NumberOf(rightMethod, *right));
   }
 
   std::string_view rightText = comparison.literal;
@@ -145,7 +146,7 @@ bool PatternEvaluator::Holds(const Expression& comparison, const Place& left, co
     leftText = m_lowerText;
   }
   Charge(std::min(leftText.size(), rightText.size()) / kBytesPerStep);
-  return Relate(comparison.relation, leftText, rightText);
+  return CompareOperands(comparison.relation, leftText, rightText);
 }
 
 double PatternEvaluator::NumberOf(Method method, const Place& place) {

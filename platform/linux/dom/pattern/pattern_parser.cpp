@@ -128,7 +128,7 @@ double ParseNumber(std::string_view digits) {
   return large ? std::numeric_limits<double>::infinity() : 0;
 }
 
-bool IsTruth(const Expression& expression) {
+bool IsTruthExpression(const Expression& expression) {
   return expression.type == ValueType::kNodes || expression.type == ValueType::kBoolean;
 }
 
@@ -148,7 +148,8 @@ ExpressionPtr PatternParser::ParseJunction(Expression::Kind kind) {
       junction->operands.push_back(std::move(first));
     }
     ExpressionPtr next = parseOperand();
-    if (!next || !IsTruth(*next) || !IsTruth(*junction->operands[0])) return nullptr;
+    if (!next || !IsTruthExpression(*next) || !IsTruthExpression(*junction->operands[0]))
+      return nullptr;
     junction->operands.push_back(std::move(next));
   }
   if (!junction) return first;
@@ -170,7 +171,7 @@ ExpressionPtr PatternParser::ParseNot() {
   } else {
     return ParseUnion();
   }
-  if (!operand || !IsTruth(*operand)) return nullptr;
+  if (!operand || !IsTruthExpression(*operand)) return nullptr;
   auto negation = std::make_unique<Expression>();
   negation->kind = Expression::Kind::kNot;
   negation->type = ValueType::kBoolean;
@@ -429,7 +430,7 @@ bool PatternParser::ParseFilter(Filter* filter, bool* positional) {
     const Level level(&m_depth);
     if (level.TooDeep()) return false;
     filter->expression = ParseOr();
-    if (!filter->expression || !IsTruth(*filter->expression)) return false;
+    if (!filter->expression || !IsTruthExpression(*filter->expression)) return false;
     *positional = *positional || filter->expression->positional;
   }
   return Accept(Kind::kCloseBracket);

@@ -66,12 +66,12 @@ std::string ResolveEscapes(std::string_view path) {
   return resolved;
 }
 
-std::string Explain(int error) { return std::generic_category().message(error); }
+std::string ExplainSource(int error) { return std::generic_category().message(error); }
 
-std::string CannotOpen() { return "The file cannot be opened: " + Explain(errno); }
+std::string CannotOpen() { return "The file cannot be opened: " + ExplainSource(errno); }
 
 // These three return why the file was not read; nothing when it was.
-std::string ReadAll(int file, std::size_t expected, std::string* bytes) {
+std::string ReadWholeSource(int file, std::size_t expected, std::string* bytes) {
   std::size_t done = 0;
   // One byte more than the file had: the read that finds its end needs no second buffer, and growth
   // is noticed.
@@ -79,7 +79,7 @@ std::string ReadAll(int file, std::size_t expected, std::string* bytes) {
   for (;;) {
     const ssize_t count = read(file, bytes->data() + done, bytes->size() - done);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return "The file cannot be read: " + Explain(errno);
+    if (count < 0) return "The file cannot be read: " + ExplainSource(errno);
     if (count == 0) break;
     done += static_cast<std::size_t>(count);
     if (done > Corvane::DomLimits::kMaxDocumentBytes) return kTooLarge;
@@ -102,7 +102,7 @@ std::string ReadRegularFile(const std::string& path, std::string* bytes, bool* m
   if (!S_ISREG(status.st_mode)) return kNotRegular;
   const auto size = static_cast<std::uint64_t>(status.st_size);
   if (size > Corvane::DomLimits::kMaxDocumentBytes) return kTooLarge;
-  return ReadAll(file.Get(), size, bytes);
+  return ReadWholeSource(file.Get(), size, bytes);
 }
 
 std::string ReadFile(std::string_view source, std::string* bytes) {

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kFirstSlots = 64;
 
-std::uint64_t Mix(std::uint64_t a, std::uint64_t b) {
+std::uint64_t MixNameHash(std::uint64_t a, std::uint64_t b) {
   __extension__ typedef unsigned __int128 Wide;
   const Wide product = static_cast<Wide>(a) * b;
   return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
@@ -28,19 +28,19 @@ NameTable::NameTable()
 std::uint64_t NameTable::Hash(std::string_view text) const {
   constexpr std::uint64_t kFirst = 0xA0761D6478BD642F;
   constexpr std::uint64_t kSecond = 0xE7037ED1A0B428DB;
-  std::uint64_t hash = m_seed ^ Mix(text.size() ^ kFirst, m_seed | 1);
+  std::uint64_t hash = m_seed ^ MixNameHash(text.size() ^ kFirst, m_seed | 1);
   const char* bytes = text.data();
   std::size_t left = text.size();
   for (; left >= 8; bytes += 8, left -= 8) {
     std::uint64_t word;
     std::memcpy(&word, bytes, 8);
-    hash = Mix(hash ^ word, m_seed ^ kSecond);
+    hash = MixNameHash(hash ^ word, m_seed ^ kSecond);
   }
   std::uint64_t tail = 0;
   for (std::size_t i = 0; i < left; ++i) {
     tail = tail << 8 | static_cast<unsigned char>(bytes[i]);
   }
-  return Mix(hash ^ tail, m_seed ^ kFirst);
+  return MixNameHash(hash ^ tail, m_seed ^ kFirst);
 }
 
 std::size_t NameTable::FindSlot(std::string_view text, std::uint64_t hash) const {
