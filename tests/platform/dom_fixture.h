@@ -6,86 +6,102 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
 
-#include "corvane/platform.h"
+#include "corvane/handles.h"
 
 namespace Corvane::Test {
 
-// One reference to a COM object.
-template <class Interface>
-class Com {
- public:
-  Com() = default;
-  ~Com() { Reset(); }
-  Com(const Com&) = delete;
-  Com& operator=(const Com&) = delete;
+using Node = RefPtr<IXMLDOMNode>;
 
-  Interface* Get() const { return m_object; }
-  Interface* operator->() const { return m_object; }
-  Interface** Receive() {
-    Reset();
-    return &m_object;
-  }
-  explicit operator bool() const { return m_object != nullptr; }
+inline UniqueBstr Bstr(std::wstring_view text) { return UniqueBstr::Make(text); }
 
- private:
-  void Reset() {
-    if (m_object != nullptr) m_object->Release();
-    m_object = nullptr;
-  }
+// S_OK with an object, S_FALSE without one.
+template <typename Getter, typename Result>
+bool Gives(Getter&& get, Result* result) {
+  const HRESULT code = get(result->Receive());
+  EXPECT_EQ(*result ? S_OK : S_FALSE, code);
+  return code == S_OK;
+}
 
-  Interface* m_object = nullptr;
-};
+// What a getter of the DOM gives; "<null>" for null, which comes with S_FALSE.
+template <typename Object, typename Interface>
+std::wstring Ask(Object* object, HRESULT (STDMETHODCALLTYPE Interface::*get)(BSTR*)) {
+  UniqueBstr text;
+  Gives([&](BSTR* out) { return (object->*get)(out); }, &text);
+  return text ? std::wstring(text.View()) : L"<null>";
+}
+inline std::wstring TextOf(IXMLDOMNode* node) { return Ask(node, &IXMLDOMNode::get_text); }
+inline std::wstring NameOf(IXMLDOMNode* node) { return Ask(node, &IXMLDOMNode::get_nodeName); }
 
-class Text {
- public:
-  Text() = default;
-  explicit Text(std::wstring_view text)
-      : m_text(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
-  ~Text() { SysFreeString(m_text); }
-  Text(const Text&) = delete;
-  Text& operator=(const Text&) = delete;
-
-  BSTR Get() const { return m_text; }
-  BSTR* Receive() {
-    SysFreeString(m_text);
-    m_text = nullptr;
-    return &m_text;
-  }
-  std::wstring Value() const {
-    return m_text != nullptr ? std::wstring(m_text, SysStringLen(m_text)) : L"<null>";
-  }
-
- private:
-  BSTR m_text = nullptr;
-};
+inline std::wstring Repeat(std::wstring_view text, std::size_t count) {
+  std::wstring repeated;
+  for (std::size_t i = 0; i < count; ++i) repeated.append(text);
+  return repeated;
+}
 
 // An apartment and a document of the class that the library creates.
 class DomTest : public testing::Test {
  protected:
-  DomTest();
-  ~DomTest() override;
+  DomTest() {
+    constexpr CLSID kClass = {
+        0xF5078F32, 0xC551, 0x11D3, {0x89, 0xB9, 0x00, 0x00, 0xF8, 0x1F, 0xE2, 0x21}};
+    CoInitialize(nullptr);
+    EXPECT_EQ(S_OK, CoCreateInstance(kClass, nullptr, CLSCTX_INPROC_SERVER, IID_IXMLDOMDocument,
+                                     m_document.ReceiveVoid()));
+  }
+  ~DomTest() override {
+    m_document.Reset();
+    CoUninitialize();
+  }
 
-  // Loads, and checks that flag and result agree: S_OK or S_FALSE.
-  HRESULT Load(std::wstring_view xml);
-  HRESULT LoadFile(std::wstring_view path);
+  // S_OK or S_FALSE, with which the flag agrees.
+  HRESULT Load(std::wstring_view xml) {
+    VARIANT_BOOL succeeded = 7;
+    const HRESULT result = m_document->loadXML(Bstr(xml).Get(), &succeeded);
+    EXPECT_EQ(result == S_OK ? VARIANT_TRUE : VARIANT_FALSE, succeeded);
+    return result;
+  }
+  HRESULT LoadFile(std::wstring_view path) {
+    const UniqueVariant source(path);
+    VARIANT_BOOL succeeded = 7;
+    const HRESULT result = m_document->load(source.Get(), &succeeded);
+    EXPECT_EQ(result == S_OK ? VARIANT_TRUE : VARIANT_FALSE, succeeded);
+    return result;
+  }
 
-  // The text of the first node; "<none>" for S_FALSE, "<refused>" for E_FAIL. Checks that
-  // selectNodes agrees.
-  std::wstring Select(std::wstring_view pattern);
-  // The texts of all nodes, joined by commas.
-  std::wstring SelectAll(std::wstring_view pattern);
   // Null when there is no such node.
-  void Find(std::wstring_view pattern, Com<IXMLDOMNode>* node);
+  Node Find(std::wstring_view pattern) {
+    Node node;
+    m_document->selectSingleNode(Bstr(pattern).Get(), node.Receive());
+    return node;
+  }
+  // The text of the first node, "<none>" or "<refused>".
+  std::wstring First(std::wstring_view pattern) {
+    Node node;
+    const HRESULT result = m_document->selectSingleNode(Bstr(pattern).Get(), node.Receive());
+    EXPECT_TRUE(node ? result == S_OK : result == S_FALSE || result == E_FAIL) << result;
+    return node ? TextOf(node.Get()) : result == E_FAIL ? L"<refused>" : L"<none>";
+  }
+  // The texts of all nodes, with commas between, which begin as First says.
+  std::wstring Texts(std::wstring_view pattern) { return Texts(pattern, m_document.Get()); }
+  static std::wstring Texts(std::wstring_view pattern, IXMLDOMNode* from) {
+    Node node;
+    RefPtr<IXMLDOMNodeList> nodes;
+    const HRESULT first = from->selectSingleNode(Bstr(pattern).Get(), node.Receive());
+    const std::wstring expected = node ? NameOf(node.Get()) + TextOf(node.Get()) : L"";
+    if (FAILED(from->selectNodes(Bstr(pattern).Get(), nodes.Receive()))) {
+      EXPECT_EQ(E_FAIL, first);
+      return L"<refused>";
+    }
+    EXPECT_EQ(first, nodes->nextNode(node.Receive()));
+    EXPECT_EQ(expected, node ? NameOf(node.Get()) + TextOf(node.Get()) : L"");
+    std::wstring all = node ? TextOf(node.Get()) : L"<none>";
+    while (nodes->nextNode(node.Receive()) == S_OK) all += L"," + TextOf(node.Get());
+    return all;
+  }
 
-  Com<IXMLDOMDocument> m_document;
+  RefPtr<IXMLDOMDocument> m_document;
 };
-
-std::wstring TextOf(IXMLDOMNode* node);
-std::wstring NameOf(IXMLDOMNode* node);
-std::string Narrow(std::wstring_view text);
-std::wstring Repeat(std::wstring_view text, std::size_t count);
 
 }  // namespace Corvane::Test
 

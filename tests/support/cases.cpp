@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
 
 #include "base/utf8.h"
+#include "tests/support/wine.h"
 
 namespace Corvane::Test {
 namespace {
@@ -100,6 +102,15 @@ std::vector<Case> ReadCases(const std::string& file) {
   }
   end_record();
   if (cases.empty()) Refuse(file, "no cases");
+  return cases;
+}
+
+std::vector<Case> CasesHere(const std::string& file) {
+  std::vector<Case> cases = ReadCases(file);
+  const auto left_out = std::erase_if(cases, [](const Case& c) {
+    return (UnderWine() && c.Find("wine")) || (LayerOnly("") != nullptr && c.Find("layer"));
+  });
+  if (left_out > 0) std::cout << "[  SKIPPED ] " << left_out << " cases of " << file << '\n';
   return cases;
 }
 

@@ -35,6 +35,11 @@ class Case {
 // line, for what it cannot read and for a file without cases.
 std::vector<Case> ReadCases(const std::string& file);
 
+// Those of ReadCases that hold where the tests run. Under Wine the others have a field "wine", the
+// reason why it answers otherwise; what only the platform's own layer does has a field "layer".
+// Prints how many were left out.
+std::vector<Case> CasesHere(const std::string& file);
+
 // The bytes of a file below tests/data.
 std::string ReadData(const std::string& file);
 
