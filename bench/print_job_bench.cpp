@@ -66,7 +66,9 @@ std::string Answer(std::string_view request) {
     groups += IppGroup(0x04) + IppNumber(0x23, "printer-state", 3) +
               IppValue(0x44, "printer-state-reasons", "none");
   }
-  return IppResponse(IppMessage(request.substr(0, 2), 0, request.substr(4, 4), groups));
+  const std::string answer = LibraryAnswer(0, groups);
+  return IppResponse(std::string(request.substr(0, 2)) + answer.substr(2, 2) +
+                     std::string(request.substr(4, 4)) + answer.substr(8));
 }
 
 void Put(int connection, std::string_view text) {

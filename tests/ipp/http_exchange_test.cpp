@@ -1,13 +1,17 @@
+// One exchange over the host's transport, call by call.
 #include <gtest/gtest.h>
 
-#include <vector>
+#include <functional>
+#include <map>
+#include <optional>
 
-#include "corvane/error_codes.h"
+#include "base/utf8.h"
 #include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "ipp/ipp_operations.h"
 #include "ipp/wire/codes.h"
 #include "platform/system.h"
+#include "tests/support/cases.h"
 #include "tests/support/fake_device.h"
 #include "tests/support/hr.h"
 #include "tests/support/trace_recorder.h"
@@ -15,265 +19,190 @@
 namespace Corvane::Test {
 namespace {
 
-constexpr HRESULT kHostFailure = ResultFromError(kErrorTimeout);
-
 class HttpExchangeTest : public ::testing::Test {
  protected:
   HttpExchangeTest() {
-    m_device.AddRef();
-    m_device.SetNoDelete(true);
-    m_operations.emplace(&m_device);
-    m_operations->SetResourceURI("/ipp/print");
-    m_operations->SetAttributeName("all");
     m_request->SetUsername("user\xC3\xA9");
     m_request->SetPassword("secret");
     m_request->AddExtraHTTPHeader(L"X-Cache-Control-Too", L"1");
-    Answer() = {"body", 200, S_OK, false, false, 0};
+    m_device->Serve(631, L"/ipp/print", "body");
+    for (IPPOperations* const each : {&*m_operations, &m_other}) {
+      each->SetResourceURI("/ipp/print");
+      each->SetAttributeName("all");
+      each->SetTimeout(1500);
+    }
+  }
+  ~HttpExchangeTest() override {
+    m_operations.reset();
+    EXPECT_EQ(1u, m_device->References());
+    EXPECT_EQ("", m_device->faults);
   }
 
-  FakeDevice::Answer& Answer(std::uint32_t port = 631) {
-    return m_device.answers[{port, L"/ipp/print"}];
+  FakeDevice::Answer& Answer() { return m_device->answers[{631, L"/ipp/print"}]; }
+  HRESULT Ask(int operation) {
+    return m_operations->SendIPPRequest(operation, &m_response, m_request.Get(), false);
   }
   HRESULT Print(bool chunked, int pieceLength, void* context = nullptr) {
     return m_operations->SendPrintJobRequest(&m_response, m_request.Get(), chunked, pieceLength,
                                              context, false);
   }
-  HRESULT Piece(std::string_view bytes) {
+  HRESULT Piece(std::string_view bytes, void* context = nullptr) {
     m_operations->SetPrinterFileBufferContent(bytes.data(), static_cast<int>(bytes.size()));
-    return Print(true, static_cast<int>(bytes.size()));
+    return Print(true, static_cast<int>(bytes.size()), context);
   }
   // A body as this operation's own request is, without a document.
   std::string Encoded(int operation) {
-    IPPOperations operations(nullptr);
-    operations.SetResourceURI("/ipp/print");
-    operations.SetAttributeName("all");
     char buffer[kIPPRequestSize];
     int length = 0;
-    operations.FormIPPRequestBasedOnOperation(buffer, operation, &length, m_request.Get());
+    m_other.FormIPPRequestBasedOnOperation(buffer, operation, &length, m_request.Get());
     return std::string(buffer, static_cast<std::size_t>(length));
   }
+  bool GaveRequestBack() const { return m_device->calls.back() == L"~HTTPRequest"; }
 
-  FakeDevice m_device;
-  std::optional<IPPOperations> m_operations;
+  const RefPtr<FakeDevice> m_device = RefPtr<FakeDevice>::Share(new FakeDevice);
+  std::optional<IPPOperations> m_operations{std::in_place, m_device.Get()};
+  IPPOperations m_other{nullptr};
   const RefPtr<IPPRequestBase> m_request = RefPtr<IPPRequestBase>::Adopt(CreateIPPRequest());
   HTTPResponse* m_response = nullptr;
 };
 
 TEST_F(HttpExchangeTest, CallsTheHostInOrder) {
-  m_operations->SetTimeout(1500);
-  ASSERT_HR(m_operations->SendIPPRequest(IPPOperation::kGetPrinterAttributes, &m_response,
-                                         m_request.Get(), false),
-            S_OK);
-  EXPECT_EQ((std::vector<std::wstring>{
-                L"CreateIPPHTTPRequest 631", L"SetMethod POST", L"SetURI /ipp/print",
-                L"SetContentType application/ipp", L"SetOption 1500",
-                L"AddHeader X-Cache-Control-Too: 1", L"AddHeader Connection: Keep-Alive",
-                L"AddHeader Pragma: no-cache", L"SetRequestData", L"GetResponse"}),
-            m_device.calls);
-  EXPECT_EQ(Encoded(IPPOperation::kGetPrinterAttributes), m_device.lastRequestBody);
-  EXPECT_STREQ("body", m_response->GetContent());
-  m_operations.reset();
-  EXPECT_EQ(L"~HTTPRequest", m_device.calls.back());
-  EXPECT_EQ(1u, m_device.References());
+  const std::string printJob = Encoded(IPPOperation::kPrintJob) + "%PDF";
+  const std::string big(0xABC, 'x');
+  RefPtr<HTTPRequest> own;
+  m_device->CreateIPPHTTPRequest(own.Receive(), 631);
+  const auto ask = [&] {
+    EXPECT_HR(Ask(IPPOperation::kGetPrinterAttributes), S_OK);
+    return Encoded(IPPOperation::kGetPrinterAttributes);
+  };
+  const auto askOnOwn = [&] {
+    EXPECT_HR(m_operations->SendIPPRequest(own.Get(), m_request.Get(), IPPOperation::kCreateJob,
+                                           &m_response),
+              S_OK);
+    return Encoded(IPPOperation::kCreateJob);
+  };
+  const auto printWhole = [&] {
+    m_operations->SetPrinterFileBufferContent("%PDF", 4);
+    EXPECT_HR(Print(false, 0), S_OK);
+    return printJob;
+  };
+  const auto printInPieces = [&] {
+    EXPECT_HR(Piece("%PDF", reinterpret_cast<void*>(9)), S_OK);
+    m_operations->SetPrinterFileBufferContent(big.data(), 0xABC);
+    EXPECT_HR(Print(true, 0xABD), E_FAIL);  // more than there is
+    EXPECT_HR(Print(true, -1), E_FAIL);
+    EXPECT_HR(Print(true, 0xABC), S_OK);
+    EXPECT_EQ(nullptr, m_response);
+    EXPECT_HR(Print(true, 0), S_OK);
+    return printJob + big;
+  };
+  const std::map<std::string, std::function<std::string()>> ways = {
+      {"asked", ask},
+      {"on the caller's request", askOnOwn},
+      {"printed whole", printWhole},
+      {"printed in pieces", printInPieces}};
+  for (const Case& c : ReadCases("ipp/host_calls.txt")) {
+    SCOPED_TRACE(c.Where());
+    m_operations->EndExchange();
+    m_device->calls.clear();
+    EXPECT_EQ(ways.at(c.Text("way"))(), m_device->lastRequestBody);
+    EXPECT_STREQ("body", m_response->GetContent());
+    std::string calls;
+    for (const std::wstring& call : m_device->calls) {
+      if (call != L"~HTTPRequest") calls += (calls.empty() ? "" : "\n") + ToUtf8(call);
+    }
+    const std::string size = " " + std::to_string(printJob.size());
+    for (std::size_t at; (at = calls.find(size)) != calls.npos;) {
+      calls.replace(at, size.size(), " SIZE");
+    }
+    EXPECT_EQ(c.Text("calls"), calls);
+  }
+  EXPECT_HR(Print(true, 0), S_OK);  // the next document begins, and ends without one
+  EXPECT_HR(Print(true, 0), S_OK);
 }
 
 TEST_F(HttpExchangeTest, NamesTheReasonOfAFailure) {
-  static const struct {
-    const char* name;
-    FakeDevice::Answer answer;
-    HRESULT result;
-    DWORD lastError;
-  } kCases[] = {
-      {"success", {"x", 200, S_OK, false, false, 0}, S_OK, 7},
-      {"a success other than 0", {"x", 200, S_FALSE, false, false, 0}, S_OK, 7},
-      {"no body", {"", 200, S_OK, false, false, 0}, E_FAIL, 200},
-      {"a null body", {"x", 200, S_OK, false, true, 0}, E_FAIL, 200},
-      {"not authenticated", {"x", 401, S_OK, false, false, 0}, E_FAIL, kIPPNotAuthorized},
-      {"not found", {"x", 404, S_OK, false, false, 0}, E_FAIL, 404},
-      {"server error", {"x", 500, S_OK, false, false, 0}, E_FAIL, 500},
-      {"no response", {"x", 200, S_OK, true, false, 0}, E_FAIL, 7},
-      {"time-out", {"x", 200, kHostFailure, false, false, kErrorTimeout}, E_FAIL, kErrorTimeout},
-  };
-  for (const auto& test : kCases) {
-    SCOPED_TRACE(test.name);
-    Answer(443) = test.answer;
-    SetLastError(7);
-    EXPECT_HR(m_operations->SendIPPRequest(IPPOperation::kGetPrinterAttributes, &m_response,
-                                           nullptr, true),
-              test.result);
-    EXPECT_EQ(test.lastError, GetLastError());
-    EXPECT_EQ(test.result == S_OK, m_response != nullptr);
+  for (const Case& c : ReadCases("ipp/http_answers.txt")) {
+    SCOPED_TRACE(c.Where());
+    const std::string body = c.Text("body");
+    Answer() = {body,
+                static_cast<std::uint32_t>(c.Number("status")),
+                static_cast<HRESULT>(c.Number("host")),
+                body == "none",
+                body == "null",
+                static_cast<std::uint32_t>(c.Number("error"))};
+    const auto expect = [&](const char* result, const char* error, const auto& run) {
+      SetLastError(7);
+      EXPECT_HR(run(), static_cast<HRESULT>(c.Number(result)));
+      EXPECT_EQ(c.Text(error), std::to_string(GetLastError()));
+      EXPECT_EQ(c.Number(result) == 0, m_response != nullptr);
+      EXPECT_EQ(c.Number(result) != 0, GaveRequestBack());
+    };
+    expect("asked", "last", [&] { return Ask(IPPOperation::kGetPrinterAttributes); });
+    expect("printed", "last2", [&] { return Print(false, 0); });
+    EXPECT_HR(Piece("x"), S_OK);
+    expect("printed", "last2", [&] { return Print(true, 0); });
   }
 }
 
 TEST_F(HttpExchangeTest, SendsNothingWhenThereIsNothingToSend) {
-  const auto send = [this](int operation) {
-    return m_operations->SendIPPRequest(operation, &m_response, m_request.Get(), false);
-  };
-  EXPECT_HR(send(1), E_FAIL);
-  EXPECT_HR(send(16385), E_FAIL);
-  EXPECT_HR(send(IPPOperation::kGetJobs), E_FAIL);  // of nobody
-  EXPECT_HR(m_operations->SendIPPRequest(IPPOperation::kPrintJob, &m_response, nullptr, false),
+  EXPECT_HR(Ask(1), E_FAIL);
+  EXPECT_HR(Ask(16385), E_FAIL);
+  EXPECT_HR(Ask(IPPOperation::kGetJobs), E_FAIL);  // of nobody
+  EXPECT_HR(m_operations->SendIPPRequest(2, &m_response, nullptr, false), E_FAIL);
+  for (const bool withRequest : {false, true}) {
+    RefPtr<HTTPRequest> request;
+    if (withRequest) m_device->CreateIPPHTTPRequest(request.Receive(), 443);
+    SetLastError(0);
+    EXPECT_HR(m_operations->SendIPPRequest(request.Get(), withRequest ? nullptr : m_request.Get(),
+                                           5, &m_response),
+              E_FAIL);
+    EXPECT_EQ(87u, GetLastError());
+  }
+  m_device->plainIppRequest = true;  // a document needs the extended one
+  EXPECT_HR(Print(false, 0), E_FAIL);
+  EXPECT_HR(Print(true, 0), E_FAIL);
+  m_device->createResult = E_NOTIMPL;
+  EXPECT_HR(Ask(2), E_FAIL);
+  const TraceRecorder recorder(kTraceInfo);
+  EXPECT_HR(Print(true, 0), E_FAIL);
+  EXPECT_TRUE(recorder.HasMessage(16, L"Corvane::IPPOperations::SendPrintJobRequest",
+                                  L"failed to createhttpRequest"));
+  m_device->createResult = S_OK;
+  m_device->nullRequest = true;
+  EXPECT_HR(Ask(2), E_FAIL);
+  EXPECT_HR(m_other.SendIPPRequest(11, &m_response, nullptr, false), E_FAIL);
+  EXPECT_HR(m_other.SendPrintJobRequest(&m_response, m_request.Get(), true, 0, nullptr, false),
             E_FAIL);
-  m_device.createResult = E_NOTIMPL;
-  EXPECT_HR(send(2), E_FAIL);
-  m_device.createResult = S_OK;
-  m_device.nullRequest = true;
-  EXPECT_HR(send(2), E_FAIL);
-  EXPECT_EQ(0, m_device.Requests());
-  IPPOperations withoutDevice(nullptr);
-  EXPECT_HR(withoutDevice.SendIPPRequest(11, &m_response, nullptr, false), E_FAIL);
-  EXPECT_HR(
-      withoutDevice.SendPrintJobRequest(&m_response, m_request.Get(), true, 0, nullptr, false),
-      E_FAIL);
-  m_device.nullRequest = false;
-  EXPECT_HR(send(16384), S_OK);
+  EXPECT_EQ(0, m_device->Requests());
+  m_device->nullRequest = false;
+  EXPECT_HR(Ask(16384), S_OK);
 }
 
 TEST_F(HttpExchangeTest, TakesTheDocumentAlongWithPrintJobOnly) {
   m_operations->SetPrinterFileBufferContent("%PDF", 4);
   m_operations->SetPrinterFileBufferContent(nullptr, 2);
   m_operations->SetPrinterFileBufferContent("x", -1);
-  m_operations->SendIPPRequest(IPPOperation::kPrintJob, &m_response, m_request.Get(), false);
-  EXPECT_EQ(Encoded(IPPOperation::kPrintJob) + "%PDF", m_device.lastRequestBody);
-  m_operations->SendIPPRequest(IPPOperation::kPrintJobWithCredentials, &m_response, m_request.Get(),
-                               false);
-  EXPECT_EQ(Encoded(IPPOperation::kPrintJob), m_device.lastRequestBody);
-}
-
-TEST_F(HttpExchangeTest, HandsCredentialsToTheCallersRequest) {
-  RefPtr<HTTPRequest> request;
-  m_device.CreateIPPHTTPRequest(request.Receive(), 443);
-  Answer(443) = Answer();
-  EXPECT_HR(m_operations->SendIPPRequest(request.Get(), m_request.Get(), IPPOperation::kCreateJob,
-                                         &m_response),
-            S_OK);
-  EXPECT_EQ(
-      (std::vector<std::wstring>{
-          L"CreateIPPHTTPRequest 443", L"SetMethod POST", L"SetURI /ipp/print",
-          L"SetUserName user\x00E9", L"SetPassword secret", L"SetContentType application/ipp",
-          L"SetOption 0", L"AddHeader X-Cache-Control-Too: 1", L"AddHeader Connection: Keep-Alive",
-          L"AddHeader Pragma: no-cache", L"SetRequestData", L"GetResponse"}),
-      m_device.calls);
-  for (const bool withRequest : {false, true}) {
-    SetLastError(0);
-    EXPECT_HR(m_operations->SendIPPRequest(withRequest ? request.Get() : nullptr,
-                                           withRequest ? nullptr : m_request.Get(), 5, &m_response),
-              E_FAIL);
-    EXPECT_EQ(87u, GetLastError());
-  }
-}
-
-TEST_F(HttpExchangeTest, PrintsInOnePiece) {
-  m_operations->SetPrinterFileBufferContent("%PDF", 4);
-  ASSERT_HR(Print(false, 0), S_OK);
-  const std::string body = Encoded(IPPOperation::kPrintJob) + "%PDF";
-  EXPECT_EQ(body, m_device.lastRequestBody);
-  const std::wstring size = std::to_wstring(body.size());
-  EXPECT_EQ((std::vector<std::wstring>{
-                L"CreateIPPHTTPRequest 631", L"SetMethod POST", L"SetURI /ipp/print",
-                L"SetContentType application/ipp", L"AddHeader X-Cache-Control-Too: 1",
-                L"AddHeader Connection: Keep-Alive", L"AddHeader Pragma: no-cache",
-                L"SetUserName user\x00E9", L"SetPassword secret", L"Ex::SetOption host",
-                L"SetContentLength " + size, L"SendBody " + size, L"GetResponse"}),
-            m_device.calls);
-}
-
-TEST_F(HttpExchangeTest, PrintsInChunks) {
-  m_operations->SetTimeout(20);
-  m_operations->SetPrinterFileBufferContent("%PDF", 4);
-  void* const context = reinterpret_cast<void*>(9);
-  ASSERT_HR(Print(true, 4, context), S_OK);
-  m_device.calls.erase(m_device.calls.begin(), m_device.calls.begin() + 9);
-  const std::string big(0xABC, 'x');
-  m_operations->SetPrinterFileBufferContent(big.data(), static_cast<int>(big.size()));
-  EXPECT_HR(Print(true, 0xABD), E_FAIL);  // more than there is
-  EXPECT_HR(Print(true, -1), E_FAIL);
-  EXPECT_HR(Print(true, 0xABC), S_OK);
-  EXPECT_EQ(nullptr, m_response);
-  EXPECT_HR(Print(true, 0), S_OK);
-  EXPECT_NE(nullptr, m_response);
-
-  const std::string first = Encoded(IPPOperation::kPrintJob) + "%PDF";
-  char sizeLine[16];
-  std::snprintf(sizeLine, sizeof(sizeLine), "%zX\r\n", first.size());
-  EXPECT_EQ(sizeLine + first + "\r\nABC\r\n" + big + "\r\n0\r\n\r\n", m_device.lastRequestBody);
-  EXPECT_EQ((std::vector<std::wstring>{
-                L"AddHeader Transfer-Encoding: chunked", L"AddHeader Content-Type: application/ipp",
-                L"Ex::SetOption 20", L"BeginChunkedSend 9", L"WriteChunk 9", L"WriteChunk 0",
-                L"WriteChunk 0", L"FinishChunkedSend", L"GetResponse"}),
-            m_device.calls);
-
-  m_device.calls.clear();
-  EXPECT_HR(Print(true, 0), S_OK);  // the next document
-  EXPECT_EQ(L"CreateIPPHTTPRequest 631", m_device.calls[2]);
-}
-
-TEST_F(HttpExchangeTest, EndsAJobThatHadNoDocument) {
-  EXPECT_HR(Print(true, 0), S_OK);
-  EXPECT_HR(Print(true, 0), S_OK);
-  EXPECT_TRUE(m_device.lastRequestBody.ends_with("\r\n0\r\n\r\n"));
-}
-
-TEST_F(HttpExchangeTest, JudgesTheAnswerToAPrintJob) {
-  static const struct {
-    const char* name;
-    FakeDevice::Answer answer;
-    HRESULT result;
-    DWORD error;  // 7: as it was
-  } kCases[] = {
-      {"not authenticated", {"x", 401, S_OK, false, false, 0}, kIPPNotAuthenticated, 7},
-      {"server error", {"x", 500, S_OK, false, false, 0}, E_FAIL, 500},
-      {"no body", {"", 200, S_OK, false, false, 0}, E_FAIL, 200},
-      {"no response", {"x", 200, S_OK, true, false, 0}, E_FAIL, 7},
-      {"the host's failure",
-       {"x", 200, kHostFailure, false, false, kErrorTimeout},
-       kHostFailure,
-       kErrorTimeout},
-      {"the answer was lost",
-       {"x", 200, kAnswerLost, false, false, kErrorConnection},
-       S_FALSE,
-       kErrorConnection},
-  };
-  for (const auto& test : kCases) {
-    SCOPED_TRACE(test.name);
-    Answer() = test.answer;
-    EXPECT_HR(Print(false, 0), test.result);
-    EXPECT_EQ(nullptr, m_response);
-    EXPECT_HR(Piece("x"), S_OK);
-    SetLastError(7);
-    EXPECT_HR(Print(true, 0), test.result);
-    EXPECT_EQ(test.error, GetLastError());
-    EXPECT_EQ(L"~HTTPRequest", m_device.calls.back());
-  }
+  EXPECT_HR(Ask(IPPOperation::kPrintJob), S_OK);
+  EXPECT_EQ(Encoded(IPPOperation::kPrintJob) + "%PDF", m_device->lastRequestBody);
+  EXPECT_HR(Ask(IPPOperation::kPrintJobWithCredentials), S_OK);
+  EXPECT_EQ(Encoded(IPPOperation::kPrintJob), m_device->lastRequestBody);
 }
 
 TEST_F(HttpExchangeTest, BeginsAnewAfterAChunkThatCouldNotBeSent) {
   Answer().error = 413;
-  m_device.writeResult = E_FAIL;
+  m_device->takesBodies = false;
   EXPECT_HR(Piece("a"), E_FAIL);
   EXPECT_EQ(413u, GetLastError());
-  EXPECT_EQ(L"~HTTPRequest", m_device.calls.back());
-  m_device.writeResult = S_OK;
+  EXPECT_TRUE(GaveRequestBack());
+  m_device->takesBodies = true;
   EXPECT_HR(Piece("b"), S_OK);
-  m_device.writeResult = E_FAIL;
+  m_device->takesBodies = false;
   EXPECT_HR(Piece("c"), E_FAIL);
-  EXPECT_EQ(L"~HTTPRequest", m_device.calls.back());
-  m_device.beginResult = E_FAIL;
+  EXPECT_TRUE(GaveRequestBack());
+  m_device->beginResult = E_FAIL;
   EXPECT_HR(Piece("d"), E_FAIL);
-  EXPECT_EQ(0, m_device.Requests());
-}
-
-TEST_F(HttpExchangeTest, PrintsOverAnExtendedRequestOnly) {
-  m_device.plainIppRequest = true;
-  EXPECT_HR(Print(false, 0), E_FAIL);
-  EXPECT_HR(Print(true, 0), E_FAIL);
-  EXPECT_EQ(0, m_device.Requests());
-  m_device.createResult = E_FAIL;
-  const TraceRecorder recorder(kTraceInfo);
-  EXPECT_HR(Print(true, 0), E_FAIL);
-  EXPECT_TRUE(recorder.HasMessage(16, L"Corvane::IPPOperations::SendPrintJobRequest",
-                                  L"failed to createhttpRequest"));
+  EXPECT_EQ(0, m_device->Requests());
 }
 
 }  // namespace

@@ -8,108 +8,65 @@
 namespace Corvane::Test {
 namespace {
 
-using Operation = HRESULT (IPPProviderImpl::*)(IPPRequestBase*, IPPResponseBase*);
-using Printer = ScriptedPrinter;
-
-constexpr wchar_t kPlain[] = L"ipp://h/ipp/print";
-constexpr wchar_t kSecure[] = L"ipps://h/ipp/print";
-
 TEST_F(PrintFlowTest, AnOperationIsOneExchangeAboutItsText) {
+  using R = IPPRequestBase;
   const struct {
-    const char* name;
-    Operation operation;
+    HRESULT (IPPProviderImpl::*operation)(IPPRequestBase*, IPPResponseBase*);
     int code;
     const char* attribute;
-    HRESULT (IPPRequestBase::*set)(const char*);
-  } cases[] = {
-      {"PrintUri", &IPPProviderImpl::PrintUri, 3, "document-uri", &IPPRequestBase::SetDocumentUri},
-      {"SendURI", &IPPProviderImpl::SendURI, 7, "document-uri", &IPPRequestBase::SetDocumentUri},
-      {"CreateJob", &IPPProviderImpl::CreateJob, 5, "job-name", &IPPRequestBase::SetJobName},
-  };
+    HRESULT (R::*set)(const char*);
+  } cases[] = {{&IPPProviderImpl::PrintUri, 3, "document-uri", &R::SetDocumentUri},
+               {&IPPProviderImpl::SendURI, 7, "document-uri", &R::SetDocumentUri},
+               {&IPPProviderImpl::CreateJob, 5, "job-name", &R::SetJobName}};
   for (const auto& test : cases) {
     for (const wchar_t* const uri : {kPlain, kSecure}) {
-      SCOPED_TRACE(test.name + (uri == kPlain ? std::string() : ", secure"));
+      SCOPED_TRACE(test.code);
       PrinterUnderTest printer;
       PrintClient client(printer, nullptr, uri);
-      const auto run = [&] {
+      const auto run = [&](const char* text) {
+        (client.Request()->*test.set)(text);
         SetLastError(7);
         return PrintClient::Outcome(
             (client.operator->()->*test.operation)(client.Request(), client.Response()));
       };
-      for (const char* const text : {static_cast<const char*>(nullptr), ""}) {
-        (client.Request()->*test.set)(text);
-        EXPECT_EQ("failed 7", run());
-      }
+      EXPECT_EQ("failed 7", run(nullptr));
+      EXPECT_EQ("failed 7", run(""));
       EXPECT_EQ(0, printer.Count(test.code));
-      (client.Request()->*test.set)("http://files/a.pdf");
-      EXPECT_EQ("ok", run());
+      EXPECT_EQ("ok", run("http://files/a.pdf"));
       EXPECT_EQ("0", client.Status());
       printer->Locked([&](State& state) {
         EXPECT_EQ(test.code, state.asked.back().operation);
-        EXPECT_EQ(uri == kPlain ? 631u : 443u, state.asked.back().port);
+        EXPECT_EQ(uri == kPlain ? 631u : 443u, state.asked.back().head.port);
         EXPECT_EQ("http://files/a.pdf", state.asked.back().attributes[test.attribute]);
         state.status = Printer::kRefusal;
       });
-      EXPECT_EQ("ok", run()) << "a refusal is the caller's to read";
-      EXPECT_EQ(std::to_string(Printer::kRefusal), client.Status());
+      EXPECT_EQ("ok", run("again")) << "a refusal is the caller's to read";
+      EXPECT_EQ("1280", client.Status());
       printer->Locked([](State& state) { state.http = 401; });
-      EXPECT_EQ("failed " + std::to_string(kIPPNotAuthorized), run());
+      EXPECT_EQ("failed 1027", run("again"));
     }
   }
 }
 
 TEST_F(PrintFlowTest, CancelsTheJobThatIsMeant) {
-  const auto own = [](const char* name, int age) {
-    return Printer::Job{"anna", name, Printer::kProcessing, Printer::kUpTime - age};
-  };
-  const struct {
-    const char* name;
-    std::map<int, Printer::Job> jobs;
-    const char* jobUri;
-    bool half;      // a document is on its way, as the job behind those
-    int cancelled;  // 0: none
-  } cases[] = {
-      {"none", {}, nullptr, false, 0},
-      {"only ended ones",
-       {{1, {"anna", "a", Printer::kCompleted, Printer::kUpTime}}},
-       nullptr,
-       false,
-       0},
-      {"the first", {{1, own("a", 9)}, {2, own("b", 8)}}, nullptr, false, 1},
-      {"the one named", {{1, own("a", 9)}, {2, own("b", 8)}}, "ipp://printer/jobs/2", false, 2},
-      {"the first for one that is not listed",
-       {{1, own("a", 9)}},
-       "ipp://printer/jobs/7",
-       false,
-       1},
-      {"the half-sent one",
-       {{1, own("report", 60)}, {2, {"bob", "report", Printer::kProcessing, Printer::kUpTime}}},
-       nullptr,
-       true,
-       3},
-      {"another than the half-sent one", {{1, own("a", 60)}}, "ipp://printer/jobs/1", true, 1},
-  };
-  for (const auto& test : cases) {
+  for (const Case& c : ReadCases("ipp/job_cancelling.txt")) {
     for (const wchar_t* const uri : {kPlain, kSecure}) {
-      SCOPED_TRACE(test.name + (uri == kPlain ? std::string() : ", secure"));
-      PrinterUnderTest printer;
+      SCOPED_TRACE(c.Where());
+      PrinterUnderTest printer(c);
       PrintClient client(printer, "report", uri);
-      client.Request()->SetJobURI(test.jobUri);
+      client.Request()->SetJobURI(c.Text("uri").empty() ? nullptr : c.Text("uri").c_str());
       client.Request()->AddExtraHTTPHeader(L"Authorization", L"Basic eA==");
-      printer->Locked([&](State& state) { state.jobs = test.jobs; });
-      if (test.half) {
-        ASSERT_EQ("ok", client.Begin("half"));
+      if (c.Text("half") != "") {
+        EXPECT_EQ("ok", client.Begin("half"));
       }
-      EXPECT_EQ(test.cancelled ? "ok" : "none", client.Cancel());
-      EXPECT_EQ("failed " + std::to_string(kIPPInvalidArgument), client.End());
+      EXPECT_EQ(c.Text("outcome"), client.Cancel());
+      EXPECT_EQ("failed 87", client.End());
+      EXPECT_EQ(c.Text("left"), printer.Jobs());
       printer->Locked([&](State& state) {
-        for (auto& [id, job] : state.jobs) {
-          EXPECT_EQ(id == test.cancelled, job.state == Printer::kCancelled) << id;
-        }
-        EXPECT_EQ(test.cancelled ? 1 : 0, state.Count(8));
-        if (!test.cancelled) return;
-        EXPECT_EQ(631u, state.asked.back().port);
-        EXPECT_FALSE(uri == kSecure && state.asked.back().authorized);
+        EXPECT_EQ(c.Text("outcome") == "ok" ? 1 : 0, state.Count(8));
+        if (state.Count(8) == 0) return;
+        EXPECT_EQ(631u, state.asked.back().head.port);
+        EXPECT_FALSE(uri == kSecure && state.asked.back().head.isAuthorized);
         EXPECT_EQ(client.Request()->GetJobURI(), state.asked.back().attributes["job-uri"]);
       });
       EXPECT_EQ(1u, client.Request()->GetExtraHTTPHeader().count(L"Authorization"));
@@ -123,10 +80,10 @@ TEST_F(PrintFlowTest, CancelsOnceAndTellsWhyItDoesNot) {
   ASSERT_EQ("ok", client.Begin("half"));
   EXPECT_EQ("ok", client.Cancel());
   EXPECT_EQ("none", client.Cancel());
-  printer->Locked([](State& state) { state.listsJobs = false; });
+  printer->Locked([](State& state) { state.listsJobs = 0; });
   constexpr wchar_t kCancelJob[] = L"Corvane::IPPProviderImpl::CancelJob";
   const TraceRecorder recorder(kTraceSevere);
-  EXPECT_EQ("failed " + std::to_string(Printer::kUnreachable), client.Cancel());
+  EXPECT_EQ("failed 12029", client.Cancel());
   EXPECT_TRUE(recorder.HasMessage(128, kCancelJob, L"GetJobs failed"));
   client.Request()->SetRequestingUserName(nullptr);
   EXPECT_HR(client->CancelJob(client.Request(), client.Response()), E_FAIL);
@@ -135,29 +92,21 @@ TEST_F(PrintFlowTest, CancelsOnceAndTellsWhyItDoesNot) {
 }
 
 TEST_F(PrintFlowTest, KnowsWhetherThePrinterIsReady) {
-  const struct {
-    const char* name;
-    int state;
-    const char* reasons;
-    int expected;
-  } cases[] = {{"idle", 3, "none", 1},
-               {"idle without toner", 3, "toner-low-warning", 1},
-               {"idle and full", 3, "spool-area-full", 0},
-               {"at work", 4, "none", 0},
-               {"stopped", 5, "media-jam", 0}};
   constexpr wchar_t kCheck[] = L"Corvane::IPPProviderImpl::CheckForPrinterReadyState";
   PrinterUnderTest printer;
   PrintClient client(printer);
   const TraceRecorder recorder(kTraceInfo);
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    printer->Locked([&](State& state) { state.printer = {{test.state, test.reasons}}; });
-    EXPECT_EQ(test.expected, client->CheckForPrinterReadyState());
+  for (const auto& [states, expected] : {std::pair{"3 none", 1},
+                                         {"3 toner-low-warning", 1},
+                                         {"3 spool-area-full", 0},
+                                         {"4 none", 0},
+                                         {"5 media-jam", 0},
+                                         {"", 2}}) {
+    printer->Locked([&](State& state) { state.states = states; });
+    SetLastError(7);
+    EXPECT_EQ(expected, client->CheckForPrinterReadyState()) << states;
   }
   EXPECT_TRUE(recorder.HasMessage(16, kCheck, L"Printer State: 5"));
-  printer->Locked([&](State& state) { state.tellsState = false; });
-  SetLastError(7);
-  EXPECT_EQ(2, client->CheckForPrinterReadyState());
   EXPECT_TRUE(recorder.HasMessage(16, kCheck, L"RetrievePrinterState fails with 7"));
 }
 

@@ -5,7 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <future>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -13,27 +16,44 @@
 
 #include "corvane/handles.h"
 #include "ipp/provider/ipp_provider_impl.h"
+#include "tests/support/cases.h"
 #include "tests/support/peers/scripted_printer.h"
 #include "tests/support/process_counts.h"
 
 namespace Corvane::Test {
 
+using Printer = ScriptedPrinter;
 using State = ScriptedPrinter::State;
+
+inline constexpr wchar_t kPlain[] = L"ipp://h/ipp/print";
+inline constexpr wchar_t kSecure[] = L"ipps://h/ipp/print";
 
 class PrinterUnderTest {
  public:
-  PrinterUnderTest() : m_printer(RefPtr<ScriptedPrinter>::Share(new ScriptedPrinter)) {}
+  PrinterUnderTest() : m_printer(RefPtr<Printer>::Share(new Printer)) {}
+  // As a case says: "printer" are its settings, "states" those, "jobs" what it has from before:
+  // "user name state seconds", one behind the other.
+  explicit PrinterUnderTest(const Case& c) : PrinterUnderTest() {
+    m_printer->Locked([&](State& state) {
+      state.Set(c.Text("printer"));
+      state.states = c.Find("states").value_or(state.states);
+      std::istringstream jobs(c.Text("jobs"));
+      Printer::Job job;
+      for (int age; jobs >> job.user >> job.name >> job.state >> age;) {
+        job.createdAt = Printer::kUpTime - age;
+        state.jobs[static_cast<int>(state.jobs.size()) + 1] = job;
+      }
+    });
+  }
   PrinterUnderTest(const PrinterUnderTest&) = delete;
   PrinterUnderTest& operator=(const PrinterUnderTest&) = delete;
   ~PrinterUnderTest() {
     EXPECT_EQ(1u, m_printer->References());
-    m_printer->Locked([](const State& state) {
-      EXPECT_EQ(0, state.openRequests);
-      EXPECT_EQ("", state.faults);
-    });
+    EXPECT_EQ(0, m_printer->Locked([](State& state) { return state.openRequests; }));
+    EXPECT_EQ("", m_printer->faults);
   }
-  ScriptedPrinter* operator->() const { return m_printer.Get(); }
-  ScriptedPrinter* Get() const { return m_printer.Get(); }
+  Printer* operator->() const { return m_printer.Get(); }
+  Printer* Get() const { return m_printer.Get(); }
   std::string LatestDocument() const {
     return m_printer->Locked(
         [](State& state) { return state.jobs.empty() ? "no job" : state.Latest().document; });
@@ -41,19 +61,29 @@ class PrinterUnderTest {
   int Count(int operation) const {
     return m_printer->Locked([=](const State& state) { return state.Count(operation); });
   }
+  // "1:9 2:7": each job and its state.
+  std::string Jobs() const {
+    return m_printer->Locked([](const State& state) {
+      std::string jobs;
+      for (const auto& [id, job] : state.jobs) {
+        jobs += (jobs.empty() ? "" : " ") + std::to_string(id) + ':' + std::to_string(job.state);
+      }
+      return jobs;
+    });
+  }
 
  private:
-  const RefPtr<ScriptedPrinter> m_printer;
+  const RefPtr<Printer> m_printer;
 };
 
 // Outcomes are texts: "ok", "cancelled", "none" for 1, "failed" with the last error.
 class PrintClient {
  public:
   explicit PrintClient(const PrinterUnderTest& printer, const char* job = "report",
-                       const wchar_t* uri = L"ipp://h/ipp/print")
-      : m_provider(RefPtr<IPPProviderImpl>::Adopt(IPPProviderImpl::Create2(printer.Get(), uri, 0))),
-        m_request(RefPtr<IPPRequestBase>::Adopt(CreateIPPRequest())),
-        m_response(RefPtr<IPPResponseBase>::Adopt(CreateIPPResponse())) {
+                       const wchar_t* uri = kPlain)
+      : m_provider(
+            RefPtr<IPPProviderImpl>::Adopt(IPPProviderImpl::Create2(printer.Get(), uri, 0))) {
+    if (!m_provider) throw std::runtime_error("no provider");
     m_request->SetRequestingUserName("anna");
     m_request->SetJobName(job);
   }
@@ -80,8 +110,8 @@ class PrintClient {
   std::string End() { return Write({}); }
   std::string Cancel() { return Outcome(m_provider->CancelJob(Request(), Response())); }
   // While another thread prints; the job goes into `told`.
-  std::string CancelPrinting(IPPResponseBase* told = nullptr, std::uint32_t timeoutMs = 2000) {
-    return Outcome(CancelPrintJob(m_provider.Get(), told, timeoutMs));
+  std::string CancelPrinting(IPPResponseBase* told = nullptr) {
+    return Outcome(CancelPrintJob(m_provider.Get(), told, 2000));
   }
   // In pieces, until one does not go.
   std::string Send(std::string_view document, std::size_t pieceSize) {
@@ -92,30 +122,39 @@ class PrintClient {
     }
     return outcome;
   }
-  // Small pieces, one after another, until the job has ended.
-  std::string WriteOn() {
+  // Small pieces behind a first one, until the job has ended.
+  std::string SendOn(std::string_view piece) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    std::string outcome = "ok";
+    std::string outcome = piece.empty() ? "ok" : Begin(piece);
     while (outcome == "ok" && std::chrono::steady_clock::now() < limit) {
       outcome = Write("and so on");
       std::this_thread::sleep_for(std::chrono::milliseconds(2));  // what a driver needs for them
     }
     return outcome;
   }
+  // The way that a case says.
+  std::string Send(const Case& c, std::string_view document) {
+    const std::string way = c.Text("way");
+    return way == "whole"    ? Print(document)
+           : way == "pieces" ? Send(document, document.size() / 2)
+                             : SendOn(document);
+  }
 
   static std::string Outcome(HRESULT result) {
     const DWORD error = GetLastError();
     if (result == S_OK) return "ok";
     if (result == S_FALSE) return "none";
-    return result == S_DEVICECANCELED ? "cancelled"
-           : result == E_FAIL         ? "failed " + std::to_string(error)
-                                      : "unknown";
+    if (result == S_DEVICECANCELED) return "cancelled";
+    char text[32];
+    std::snprintf(text, sizeof(text), error < kIPPNotOnDevice ? "failed %u" : "failed 0x%X",
+                  static_cast<unsigned>(error));
+    return result == E_FAIL ? text : "unknown";
   }
 
  private:
   RefPtr<IPPProviderImpl> m_provider;
-  const RefPtr<IPPRequestBase> m_request;
-  const RefPtr<IPPResponseBase> m_response;
+  const RefPtr<IPPRequestBase> m_request = RefPtr<IPPRequestBase>::Adopt(CreateIPPRequest());
+  const RefPtr<IPPResponseBase> m_response = RefPtr<IPPResponseBase>::Adopt(CreateIPPResponse());
 };
 
 // Ends with as many threads as it began with.
@@ -133,18 +172,24 @@ class PrintFlowTest : public ::testing::Test {
     }
     EXPECT_EQ(m_threads, CountThreads());
   }
-  // The cases, which have a `name` and the outcome `expected`, run side by side.
-  template <typename Cases, typename Run>
-  static void ForEachAtOnce(const Cases& cases, Run run) {
+  // The cases of a file, side by side; each gives its outcome.
+  template <typename Run>
+  static void ForEachAtOnce(const std::string& file, Run run) {
+    const std::vector<Case> cases = ReadCases(file);
     std::vector<std::future<std::string>> outcomes;
-    for (const auto& test : cases) {
+    for (const Case& c : cases) {
       outcomes.push_back(std::async(std::launch::async, [&] {
-        SCOPED_TRACE(test.name);
-        return run(test);
+        SCOPED_TRACE(c.Where());
+        try {
+          return run(c);
+        } catch (const std::exception& failure) {
+          return std::string(failure.what());
+        }
       }));
     }
-    auto outcome = outcomes.begin();
-    for (const auto& test : cases) EXPECT_EQ(test.expected, (outcome++)->get()) << test.name;
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+      EXPECT_EQ(cases[i].Text("outcome"), outcomes[i].get()) << cases[i].Where();
+    }
   }
 
  private:

@@ -24,7 +24,7 @@ namespace {
 using namespace std::string_literals;
 
 std::string Head(int status = 0) {
-  return "\2\0"s + BigEndian(static_cast<std::uint32_t>(status), 2) + "\0\0\0\x64"s;
+  return "\2\0"s + BigEndian({status}).substr(2) + "\0\0\0\x64"s;
 }
 
 std::string Key(const std::string& value, const std::string& name = {}) {

@@ -1,9 +1,13 @@
-// A scripted device: an Address whose requests answer from a table and record every call.
+// A scripted device: an Address whose requests are answered from a table, or by a printer that
+// derives from it, and recorded call by call.
 #ifndef CORVANE_TESTS_SUPPORT_FAKE_DEVICE_H_
 #define CORVANE_TESTS_SUPPORT_FAKE_DEVICE_H_
 
 #include <map>
+#include <memory>
+#include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "corvane/transport.h"
@@ -11,7 +15,8 @@
 
 namespace Corvane::Test {
 
-class FakeDevice final : public Counted<Address> {
+// Its requests may be used on several threads, what is public here only by one at a time.
+class FakeDevice : public Counted<Address> {
  public:
   struct Answer {
     std::string body;
@@ -20,6 +25,20 @@ class FakeDevice final : public Counted<Address> {
     bool nullResponse = false;
     bool nullBody = false;
     std::uint32_t error = 0;  // the request's GetLastError
+  };
+  struct Head {
+    std::uint32_t port = 0;
+    std::wstring path;
+    bool isAuthorized = false;  // by a header
+  };
+  // What the device does with one request.
+  class Exchange {
+   public:
+    virtual ~Exchange() = default;
+    // Bytes of the body; false when no more are wanted.
+    virtual bool Take(const Head& head, std::string_view bytes) = 0;
+    // Behind the body, or behind a Take that was false.
+    virtual Answer Finish(const Head& head) = 0;
   };
 
   // Answers of a path on a port, GET and POST alike; without one the status is 404.
@@ -32,15 +51,16 @@ class FakeDevice final : public Counted<Address> {
 
   bool plainIppRequest = false;  // a request for IPP that is no TqHTTPRequestEx
   HRESULT beginResult = S_OK;    // of BeginChunkedSend
-  HRESULT writeResult = S_OK;    // of WriteChunk
+  bool takesBodies = true;
 
   // Every call on this address and its requests, in order: "SetURI /x", "GetResponse", "Dispose",
   // ...
   std::vector<std::wstring> calls;
-  std::string lastRequestBody;  // all chunks of a chunked one
+  std::string lastRequestBody;  // of a chunked one the content
+  std::string faults;           // of framing and of turns: there should be none
 
   void Serve(std::uint32_t port, const wchar_t* path, std::string body) {
-    answers[{port, path}] = {std::move(body), 200, S_OK, false, false};
+    answers[{port, path}] = {std::move(body)};
   }
   // Exchanges so far.
   int Requests() const;
@@ -55,6 +75,18 @@ class FakeDevice final : public Counted<Address> {
   void SetUserName(const wchar_t*) override {}
   void SetPassword(const wchar_t*) override {}
   HRESULT SetTimeouts(std::uint32_t, std::uint32_t) override { return S_OK; }
+
+ protected:
+  virtual std::unique_ptr<Exchange> Begin();
+
+ private:
+  friend class FakeRequest;
+
+  template <typename Request>
+  HRESULT Create(HTTPRequest** request, const wchar_t* call, std::uint32_t port);
+  void Record(std::wstring call);
+
+  std::mutex m_lock;  // guards calls and faults while requests are made
 };
 
 }  // namespace Corvane::Test

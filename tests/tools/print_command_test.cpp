@@ -356,9 +356,7 @@ class ScriptedPrinter {
                  IppNumber(0x23, "job-state", 5) +
                  IppValue(0x44, "job-state-reasons", "job-incoming");
       }
-      const std::string answer =
-          IppMessage(request.substr(body, 2), 0, request.substr(body + 4, 4), groups);
-      if (!connection.Send(IppResponse(answer))) return;
+      if (!connection.Send(IppResponse(LibraryAnswer(0, groups)))) return;
     }
   }
 

@@ -1,314 +1,240 @@
 #include "tests/support/peers/scripted_printer.h"
 
 #include <algorithm>
-#include <optional>
-#include <string_view>
+#include <sstream>
 
-#include "corvane/handles.h"
+#include "corvane/error_codes.h"
 #include "ipp/wire/codes.h"
 #include "ipp/wire/message.h"
 #include "ipp/wire/writer.h"
+#include "tests/support/ipp_bytes.h"
 
 namespace Corvane::Test {
 namespace {
 
-using namespace std::string_literals;
 using State = ScriptedPrinter::State;
 using Job = ScriptedPrinter::Job;
+using Answer = FakeDevice::Answer;
 
 constexpr int kNotFound = 0x0406;  // client-error-not-found
 constexpr char kJobUri[] = "ipp://printer/jobs/";
 
-std::string Answer(int status, std::string_view groups) {
-  const auto header = MakeIPPHeader(status);
-  std::string answer(header.begin(), header.end());
-  return answer.append(groups) + static_cast<char>(IPPTag::kEndOfAttributes);
-}
-
 std::string JobGroup(int id, const Job& job, int upTime) {
   using namespace IPPTag;
-  std::string group(1, kJobAttributes);
-  AppendIPPValue(&group, kInteger, "job-id", BigEndian({id}));
-  AppendIPPValue(&group, kUri, "job-uri", kJobUri + std::to_string(id));
-  AppendIPPValue(&group, kName, "job-name", job.name);
-  AppendIPPValue(&group, kName, "job-originating-user-name", job.user);
-  AppendIPPValue(&group, kEnum, "job-state", BigEndian({job.state}));
-  AppendIPPValue(&group, kKeyword, "job-state-reasons",
-                 job.state == ScriptedPrinter::kCancelled ? "job-canceled-at-device" : "none");
-  AppendIPPValue(&group, kInteger, "time-at-creation", BigEndian({job.createdAt}));
-  AppendIPPValue(&group, kInteger, "job-printer-up-time", BigEndian({upTime}));
-  return group;
+  const char* const reasons =
+      job.state == ScriptedPrinter::kCancelled ? "job-canceled-at-device" : "none";
+  return IppGroup(kJobAttributes) + IppNumber(kInteger, "job-id", id) +
+         IppValue(kUri, "job-uri", kJobUri + std::to_string(id)) +
+         IppValue(kName, "job-name", job.name) +
+         IppValue(kName, "job-originating-user-name", job.user) +
+         IppNumber(kEnum, "job-state", job.state) +
+         IppValue(kKeyword, "job-state-reasons", reasons) +
+         IppNumber(kInteger, "time-at-creation", job.createdAt) +
+         IppNumber(kInteger, "job-printer-up-time", upTime);
 }
 
-// A request without its document, whose bytes stay in *rest.
-std::optional<ScriptedPrinter::Asked> Decode(std::string_view* rest) {
-  IPPMessage message;
-  if (ReadIPPMessage(*rest, &message) != IPPReading::kWhole) return std::nullopt;
-  ScriptedPrinter::Asked asked{message.Header().code, 0, false, {}};
-  for (const IPPAttribute& attribute : message.Attributes()) {
-    for (const IPPValue& value : message.ValuesOf(attribute)) {
-      asked.attributes.emplace(message.NameOf(attribute), message.BytesOf(value));
-    }
-  }
-  rest->remove_prefix(message.End());
-  return asked;
+Answer Failure(std::uint32_t error, HRESULT result = E_FAIL) {
+  return {"", 0, result, true, true, error};
 }
-
-// The content of a chunk whose framing is right (RFC 9112, 7.1); of the last one none.
-std::optional<std::string_view> Unframed(std::string_view chunk) {
-  const std::size_t digits =
-      std::min(chunk.find_first_not_of("0123456789ABCDEFabcdef"), chunk.size());
-  if (digits == 0 || digits > 8) return std::nullopt;
-  const std::size_t size = std::stoul(std::string(chunk.substr(0, digits)), nullptr, 16);
-  chunk.remove_prefix(digits);
-  if (chunk.size() != size + 4 || !chunk.starts_with("\r\n") || !chunk.ends_with("\r\n")) {
-    return std::nullopt;
-  }
-  return chunk.substr(2, size);
-}
-
-class ScriptedResponse final : public HTTPResponse {
- public:
-  std::uint32_t status = kHttpOk;
-  std::string body;
-
-  std::uint32_t GetStatusCode() override { return status; }
-  const wchar_t* GetHeader(const wchar_t*) override { return nullptr; }
-  const wchar_t* GetContentType() override { return L"application/ipp"; }
-  std::uint32_t GetContentLength() override { return static_cast<std::uint32_t>(body.size()); }
-  const char* GetContent() override { return body.c_str(); }
-};
 
 }  // namespace
 
-class ScriptedRequest final : public Counted<HTTPRequest>, public TqHTTPRequestEx {
+// All with the printer's lock held.
+class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
  public:
-  ScriptedRequest(ScriptedPrinter* printer, std::uint32_t port)
-      : m_printer(RefPtr<ScriptedPrinter>::Share(printer)), m_port(port) {
-    m_printer->Locked([](State& state) { ++state.openRequests; });
+  explicit Exchange(ScriptedPrinter* printer) : m_printer(*printer), m_state(printer->m_state) {
+    m_printer.Locked([](State& state) { ++state.openRequests; });
   }
-  ~ScriptedRequest() override {
-    m_printer->Locked([this](State& state) {
+  ~Exchange() override {
+    m_printer.Locked([this](State& state) {
       --state.openRequests;
-      if (m_job && m_phase == Phase::kSending) Abort();
+      if (m_job && !m_isAnswered) Abort();
     });
   }
 
-  const wchar_t* GetURI() override { return L""; }
-  void SetURI(const wchar_t*) override {}
-  void SetUserName(const wchar_t*) override {}
-  void SetPassword(const wchar_t*) override {}
-  void SetMethod(const wchar_t*) override {}
-  void AddHeader(const wchar_t* name, const wchar_t*) override {
-    m_authorized = m_authorized || name == L"Authorization"s;
-  }
-  void SetHeader(const wchar_t* name, const wchar_t* value) override { AddHeader(name, value); }
-  void SetContentType(const wchar_t*) override {}
-  void SetRequestData(const void* data, std::uint32_t size) override {
-    m_body.assign(static_cast<const char*>(data), size);
-  }
-  void SetOption(std::uint32_t) override {}
-  void SetOption(std::uintptr_t) override {}
-  void Cancel() override {}
-  bool IsSending() override { return m_phase == Phase::kSending; }
-  std::uint32_t GetLastError() override { return m_error; }
-  std::uint64_t GetSentBytes() override { return 0; }
-  void SetContentLength(std::uint32_t) override {}
-
-  HRESULT GetResponse(HTTPResponse** response) override {
-    std::unique_lock lock(m_printer->m_mutex);
-    if (m_phase == Phase::kNew) {
-      std::string_view body = m_body;
-      if (Read(&body)) AnswerRequest(&lock);
-    } else if (m_phase == Phase::kSending) {
-      Fault("an answer to half a document");
+  bool Take(const Head& head, std::string_view bytes) override {
+    std::unique_lock lock(m_printer.m_mutex);
+    if (m_asked.operation == 0 && !Read(head, &bytes)) return true;
+    if (m_asked.operation != IPPOperation::kPrintJob) return true;
+    if (!m_job) BeginJob();
+    m_job->document += bytes;
+    m_printer.m_changed.notify_all();
+    const int size = static_cast<int>(m_job->document.size());
+    if (size >= m_state.endAt) m_job->state = m_state.endState;
+    if (size >= m_state.dropAt) {
+      Abort();
+      return End(Failure(kErrorConnection));
     }
-    m_phase = Phase::kOver;
-    *response = m_result == S_OK ? &m_response : nullptr;
-    return m_result;
+    if (size >= m_state.silentAt) {
+      const std::chrono::milliseconds silence(m_state.silenceMs);
+      m_printer.m_changed.wait_for(lock, silence, [this] { return m_state.isOver; });
+      return End(Failure(kErrorTimeout));
+    }
+    if (size < m_state.earlyAt) return true;
+    FinishDocument();
+    m_answer.error = m_answer.status;
+    return End(m_answer);
   }
 
-  void SendBody(const void* data, std::uint32_t size) override {
-    std::unique_lock lock(m_printer->m_mutex);
-    m_phase = Phase::kSending;
-    if (Take({static_cast<const char*>(data), size}, &lock) == S_OK) FinishDocument();
-    m_phase = Phase::kOver;
-  }
-  HRESULT BeginChunkedSend(std::uintptr_t) override {
-    m_phase = Phase::kSending;
-    return S_OK;
-  }
-  HRESULT WriteChunk(const void* data, std::uint32_t size, std::uintptr_t) override {
-    std::unique_lock lock(m_printer->m_mutex);
-    if (m_phase != Phase::kSending) return Fault("a chunk out of turn");
-    const auto content = Unframed({static_cast<const char*>(data), size});
-    if (!content || m_lastChunk) return Fault("a chunk that is none");
-    m_lastChunk = content->empty();
-    return m_lastChunk ? S_OK : Take(*content, &lock);
-  }
-  HRESULT FinishChunkedSend() override {
-    const std::lock_guard lock(m_printer->m_mutex);
-    if (m_phase != Phase::kSending || !m_lastChunk) return Fault("an end out of turn");
-    FinishDocument();
-    m_phase = Phase::kOver;
-    return S_OK;
+  Answer Finish(const Head&) override {
+    std::unique_lock lock(m_printer.m_mutex);
+    if (m_isAnswered) return m_answer;
+    m_isAnswered = true;
+    if (!m_job) Note();  // under the lock that its answer is made under
+    switch (m_asked.operation) {
+      case IPPOperation::kPrintJob:
+        FinishDocument();
+        break;
+      case IPPOperation::kGetPrinterAttributes:
+        AnswerOfPrinter();
+        break;
+      case IPPOperation::kGetJobs:
+        m_printer.m_changed.wait(lock, [&] { return !m_state.holdsLists || m_state.isOver; });
+        m_answer = m_state.listsJobs ? Answer{LibraryAnswer(0, ListedJobs())}
+                                     : Failure(kErrorCannotConnect);
+        break;
+      case IPPOperation::kCancelJob:
+      case IPPOperation::kGetJobAttributes:
+        AnswerOfJob();
+        break;
+      case 0:
+        m_answer = Failure(kErrorConnection);
+        break;
+      default:
+        Reply(m_state.status);
+    }
+    return m_answer;
   }
 
  private:
-  enum class Phase { kNew, kSending, kOver };
-
-  // All below with the printer's lock held.
-  State& Printer() { return m_printer->m_state; }
-
-  HRESULT Fault(const char* what) {
-    Printer().faults.append(what).append("\n");
-    return Fail(1);
+  bool End(const Answer& answer) {
+    m_answer = answer;
+    m_isAnswered = true;
+    return false;
   }
-  HRESULT Fail(std::uint32_t error, HRESULT result = E_FAIL) {
-    m_error = error;
-    m_phase = Phase::kOver;
-    return m_result = result;
+  void Reply(int status, std::string_view groups = {}) {
+    m_answer = {LibraryAnswer(status, groups), static_cast<std::uint32_t>(m_state.http)};
   }
-  void Reply(int status, std::string_view groups) { m_response.body = Answer(status, groups); }
   void Abort() {
-    if (m_job->state < ScriptedPrinter::kCancelled) m_job->state = ScriptedPrinter::kAborted;
+    if (m_job->state < kCancelled) m_job->state = kAborted;
   }
 
-  bool Read(std::string_view* body) {
-    auto asked = Decode(body);
-    if (!asked) return Fault("no IPP request") == S_OK;
-    asked->port = m_port;
-    asked->authorized = m_authorized;
-    Printer().asked.push_back(*asked);
-    m_asked = std::move(*asked);
-    m_printer->m_changed.notify_all();
+  // The request without its document, whose bytes stay in *rest; false while it is not whole.
+  bool Read(const Head& head, std::string_view* rest) {
+    IPPMessage message;
+    m_begin += *rest;
+    if (ReadIPPMessage(m_begin, &message) != IPPReading::kWhole) return false;
+    m_asked = {message.Header().code, head, {}};
+    for (const IPPAttribute& attribute : message.Attributes()) {
+      for (const IPPValue& value : message.ValuesOf(attribute)) {
+        m_asked.attributes.emplace(message.NameOf(attribute), message.BytesOf(value));
+      }
+    }
+    *rest = std::string_view(m_begin).substr(message.End());
     return true;
   }
 
-  void AnswerRequest(std::unique_lock<std::mutex>* lock) {
-    State& printer = Printer();
-    if (m_asked.operation == IPPOperation::kGetPrinterAttributes) {
-      const auto [state, reasons] = printer.printer.front();
-      if (printer.printer.size() > 1) printer.printer.pop_front();
-      std::string group(1, IPPTag::kPrinterAttributes);
-      AppendIPPValue(&group, IPPTag::kName, "printer-name", "p");
-      if (printer.tellsState) {
-        AppendIPPValue(&group, IPPTag::kEnum, "printer-state", BigEndian({state}));
-        AppendIPPValue(&group, IPPTag::kKeyword, "printer-state-reasons", reasons);
-      }
-      Reply(0, group);
-    } else if (m_asked.operation == IPPOperation::kGetJobs) {
-      m_printer->m_changed.wait(*lock, [&] { return !printer.holdsLists; });
-      if (!printer.listsJobs) {
-        Fail(ScriptedPrinter::kUnreachable);
-        return;
-      }
-      Reply(0, ListedJobs());
-    } else {
-      m_response.status = printer.http;
-      Reply(printer.status, {});
-      if (m_asked.operation == IPPOperation::kCancelJob ||
-          m_asked.operation == IPPOperation::kGetJobAttributes)
-        AnswerOfJob();
+  void Note() {
+    m_state.asked.push_back(m_asked);
+    m_printer.m_changed.notify_all();
+  }
+
+  void AnswerOfPrinter() {
+    std::string group =
+        IppGroup(IPPTag::kPrinterAttributes) + IppValue(IPPTag::kName, "printer-name", "p");
+    if (std::string& states = m_state.states; !states.empty()) {
+      const std::string reasons = states.substr(2, states.find(';') - 2);
+      group += IppNumber(IPPTag::kEnum, "printer-state", states[0] - '0') +
+               IppValue(IPPTag::kKeyword, "printer-state-reasons", reasons);
+      if (states.size() > reasons.size() + 2) states.erase(0, reasons.size() + 3);
     }
+    m_answer = {LibraryAnswer(0, group)};
   }
   std::string ListedJobs() {
     const bool ended = m_asked.attributes["which-jobs"] == "completed";
     std::string list;
-    for (const auto& [id, job] : Printer().jobs) {
-      if (!job.listed || ended != (job.state >= ScriptedPrinter::kCancelled)) continue;
-      list += JobGroup(id, job, m_printer->UpTime());
+    for (const auto& [id, job] : m_state.jobs) {
+      if (job.listed && ended == (job.state >= kCancelled)) list += Group(id);
     }
     return list;
   }
+  std::string Group(int id) { return JobGroup(id, m_state.jobs[id], m_printer.UpTime()); }
   void AnswerOfJob() {
-    for (auto& [id, job] : Printer().jobs) {
+    for (auto& [id, job] : m_state.jobs) {
       if (m_asked.attributes["job-uri"] != kJobUri + std::to_string(id)) continue;
       if (m_asked.operation == IPPOperation::kCancelJob) {
-        if (!Printer().cancels) return Reply(ScriptedPrinter::kRefusal, {});
-        job.state = ScriptedPrinter::kCancelled;
+        if (!m_state.cancels) return Reply(kRefusal);
+        job.state = kCancelled;
       }
-      Reply(0, JobGroup(id, job, m_printer->UpTime()));
-      return;
+      return Reply(0, Group(id));
     }
-    Reply(kNotFound, {});
+    Reply(kNotFound);
   }
 
-  // The next bytes of a Print-Job request.
-  HRESULT Take(std::string_view bytes, std::unique_lock<std::mutex>* lock) {
-    State& printer = Printer();
-    if (!m_job) {
-      if (!Read(&bytes)) return E_FAIL;
-      if (m_asked.operation != IPPOperation::kPrintJob)
-        return Fault("a document with another operation");
-      m_id = printer.jobs.empty() ? 1 : printer.jobs.rbegin()->first + 1;
-      m_job = &printer.jobs[m_id];
-      *m_job = {m_asked.attributes["requesting-user-name"], m_asked.attributes["job-name"],
-                ScriptedPrinter::kProcessing, m_printer->UpTime(), printer.showsNewJobs};
-    }
-    m_job->document += bytes;
-    m_printer->m_changed.notify_all();
-    const std::size_t size = m_job->document.size();
-    if (size >= printer.endAt) m_job->state = printer.endState;
-    if (size >= printer.dropAt) {
-      Abort();
-      return Fail(ScriptedPrinter::kDropped);
-    }
-    if (size >= printer.silentAt) {
-      m_printer->m_changed.wait_for(*lock, printer.silence, [] { return false; });
-      return Fail(ScriptedPrinter::kTimeout);
-    }
-    if (size >= printer.earlyAt) {
-      FinishDocument();
-      m_error = printer.http;
-      m_phase = Phase::kOver;
-      return E_FAIL;
-    }
-    return S_OK;
+  void BeginJob() {
+    Note();
+    m_id = m_state.jobs.empty() ? 1 : m_state.jobs.rbegin()->first + 1;
+    m_job = &m_state.jobs[m_id];
+    *m_job = {m_asked.attributes["requesting-user-name"], m_asked.attributes["job-name"],
+              kProcessing, m_printer.UpTime(), m_state.showsNewJobs != 0};
   }
   void FinishDocument() {
-    State& printer = Printer();
-    m_response.status = printer.http;
-    int status = printer.status;
-    if (printer.busy > 0) {
-      --printer.busy;
+    int status = m_state.status;
+    if (m_state.busy > 0) {
+      --m_state.busy;
       status = IPPStatus::kServerErrorBusy;
-    } else if (m_job->state == ScriptedPrinter::kCancelled) {
+    } else if (m_job->state == kCancelled) {
       status = IPPStatus::kServerErrorJobCanceled;
     }
-    if (printer.http != kHttpOk || status > 0xFF) {
-      Abort();
-      Reply(status, {});
-    } else {
-      if (m_job->state < ScriptedPrinter::kCancelled) m_job->state = printer.whenWhole;
-      Reply(status, JobGroup(m_id, *m_job, m_printer->UpTime()));
-    }
-    if (printer.losesAnswers) Fail(ScriptedPrinter::kNoAnswer, kAnswerLost);
-    m_printer->m_changed.notify_all();
+    const bool isTaken = m_state.http == 200 && status <= IPPStatus::kLastSuccess;
+    if (!isTaken) Abort();
+    if (m_job->state < kCancelled) m_job->state = m_state.whenWhole;
+    Reply(status, isTaken ? Group(m_id) : "");
+    if (m_state.losesAnswers) m_answer = Failure(kErrorInvalidResponse, kAnswerLost);
+    m_printer.m_changed.notify_all();
   }
 
-  const RefPtr<ScriptedPrinter> m_printer;
-  const std::uint32_t m_port;
-  bool m_authorized = false;
-  std::string m_body;
-  ScriptedPrinter::Asked m_asked{};
-  Phase m_phase = Phase::kNew;
-  bool m_lastChunk = false;
+  ScriptedPrinter& m_printer;
+  State& m_state;
+  std::string m_begin;  // of the body, as far as the request goes
+  Asked m_asked{};
   int m_id = 0;
   Job* m_job = nullptr;  // the printer's, once the document has begun
-  HRESULT m_result = S_OK;
-  std::uint32_t m_error = 0;
-  ScriptedResponse m_response;
+  bool m_isAnswered = false;
+  Answer m_answer;
 };
 
-int ScriptedPrinter::State::Count(int operation) const {
+void ScriptedPrinter::Settings::Set(const std::string& numbers) {
+  using S = Settings;
+  static const std::map<std::string, int S::*> kNumbers = {{"listsJobs", &S::listsJobs},
+                                                           {"holdsLists", &S::holdsLists},
+                                                           {"showsNewJobs", &S::showsNewJobs},
+                                                           {"cancels", &S::cancels},
+                                                           {"busy", &S::busy},
+                                                           {"status", &S::status},
+                                                           {"http", &S::http},
+                                                           {"losesAnswers", &S::losesAnswers},
+                                                           {"whenWhole", &S::whenWhole},
+                                                           {"dropAt", &S::dropAt},
+                                                           {"silentAt", &S::silentAt},
+                                                           {"endAt", &S::endAt},
+                                                           {"endState", &S::endState},
+                                                           {"earlyAt", &S::earlyAt}};
+  std::istringstream each(numbers);
+  for (std::string setting; each >> setting;) {
+    const std::size_t equals = setting.find('=');
+    this->*kNumbers.at(setting.substr(0, equals)) =
+        std::stoi(setting.substr(equals + 1), nullptr, 0);
+  }
+}
+
+int State::Count(int operation) const {
   return static_cast<int>(std::count_if(
       asked.begin(), asked.end(), [=](const Asked& each) { return each.operation == operation; }));
 }
 
-HRESULT ScriptedPrinter::CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t port) {
-  *request = RefPtr<HTTPRequest>::Share(new ScriptedRequest(this, port)).Release();
-  return S_OK;
+std::unique_ptr<FakeDevice::Exchange> ScriptedPrinter::Begin() {
+  return std::make_unique<Exchange>(this);
 }
 
 int ScriptedPrinter::UpTime() const {

@@ -1,33 +1,26 @@
-// An IPP printer in the process, behind the transport interfaces: it takes documents, keeps jobs
-// and does what a test tells it, at a moment that the test chooses.
+// An IPP printer in the process: it takes documents, keeps jobs and does what a test tells it, at a
+// moment that the test chooses. It has two doors: it is the Address of a library's client, and a
+// script for the connections of a LoopbackServer (Linux).
 #ifndef CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_PRINTER_H_
 #define CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_PRINTER_H_
 
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "corvane/error_codes.h"
-#include "corvane/transport.h"
-#include "tests/support/counted.h"
+#include "tests/support/fake_device.h"
 
 namespace Corvane::Test {
 
 // Any number of threads. Its host text is a USB port name, so that nobody probes it.
-class ScriptedPrinter final : public Counted<Address> {
+class ScriptedPrinter final : public FakeDevice {
  public:
-  static constexpr std::size_t kNever = ~std::size_t{0};
-  // Last errors of its requests.
-  static constexpr std::uint32_t kTimeout = kErrorTimeout;
-  static constexpr std::uint32_t kUnreachable = kErrorCannotConnect;
-  static constexpr std::uint32_t kDropped = kErrorConnection;
-  static constexpr std::uint32_t kNoAnswer = kErrorInvalidResponse;
+  static constexpr int kNever = 0x7FFFFFFF;
   static constexpr int kRefusal = 0x0500;  // server-error-internal-error
   // Job states (RFC 8011, 5.3.7).
   static constexpr int kProcessing = 5;
@@ -39,51 +32,57 @@ class ScriptedPrinter final : public Counted<Address> {
     std::string user;
     std::string name;
     int state = kProcessing;
-    int createdAt = 0;  // of the printer's clock, which begins at kUpTime
+    int createdAt = kUpTime;
     bool listed = true;
     std::string document = {};
   };
-  static constexpr int kUpTime = 100000;
+  static constexpr int kUpTime = 100000;  // of the printer's clock, which begins with it
 
   struct Asked {
     int operation;
-    std::uint32_t port;
-    bool authorized;  // with a header "Authorization"
+    Head head;
     std::map<std::string, std::string> attributes;
   };
 
-  struct State {
-    // Its states and reasons, one for each question; the last one stays.
-    std::deque<std::pair<int, std::string>> printer = {{3, "none"}};
-    bool tellsState = true;
-    bool listsJobs = true;    // else such a request fails
-    bool holdsLists = false;  // they wait until this ends
-    bool showsNewJobs = true;
-    bool cancels = true;  // else Cancel-Job is refused
+  // What a test may tell it.
+  struct Settings {
+    // "5 media-empty,spool-area-full;3 none": its states and reasons, one for each question; the
+    // last one stays. Empty: it does not tell.
+    std::string states = "3 none";
+    int listsJobs = 1;   // else such a request fails
+    int holdsLists = 0;  // they wait until this ends
+    int showsNewJobs = 1;
+    int cancels = 1;  // else Cancel-Job is refused
     // Of the answers to operations with jobs, but lists.
     int busy = 0;  // so many documents are refused first
     int status = 0;
-    std::uint32_t http = 200;
-    bool losesAnswers = false;
+    int http = 200;
+    int losesAnswers = 0;
     int whenWhole = kCompleted;  // what becomes of a job whose document is whole
     // How many bytes of a document there are when something happens to it.
-    std::size_t dropAt = kNever;
-    std::size_t silentAt = kNever;
-    std::chrono::milliseconds silence{300};
-    std::size_t endAt = kNever;  // the panel's doing
+    int dropAt = kNever;
+    int silentAt = kNever;
+    int silenceMs = 300;
+    int endAt = kNever;  // the panel's doing
     int endState = kCancelled;
-    std::size_t earlyAt = kNever;  // `http` and `status` come before the rest is sent
+    int earlyAt = kNever;  // `http` and `status` come before the rest is sent
 
+    // The numbers by their names, as a data file has them: "status=1 busy=2".
+    void Set(const std::string& numbers);
+  };
+  struct State : Settings {
     // What has happened.
     std::map<int, Job> jobs;  // by id
     std::vector<Asked> asked;
     int openRequests = 0;
-    std::string faults;  // of framing and requests: there should be none
+    bool isOver = false;  // nobody waits any longer
 
     int Count(int operation) const;
     // The job that came last.
     Job& Latest() { return jobs.rbegin()->second; }
   };
+
+  ScriptedPrinter() { host = L"USB001"; }
 
   // Runs with the printer's lock held; what it changes is seen at once.
   template <typename Change>
@@ -98,21 +97,13 @@ class ScriptedPrinter final : public Counted<Address> {
     std::unique_lock lock(m_mutex);
     return m_changed.wait_for(lock, limit, [&] { return condition(m_state); });
   }
-
-  const wchar_t* GetDisplayName() override { return L"scripted"; }
-  const wchar_t* GetAddress() override { return L"USB001"; }
-  std::uint32_t GetMappedPort(std::uint32_t port) override { return port; }
-  const wchar_t* GetLastFailure() override { return L""; }
-  HRESULT CreateHTTPRequest(HTTPRequest**, std::uint32_t) override { return E_FAIL; }
-  HRESULT CreateIPPHTTPRequest(HTTPRequest** request, std::uint32_t port) override;
-  HRESULT GetMIBConnection(MIBConnection**) override { return E_FAIL; }
-  void SetUserName(const wchar_t*) override {}
-  void SetPassword(const wchar_t*) override {}
-  HRESULT SetTimeouts(std::uint32_t, std::uint32_t) override { return S_OK; }
+  // The other door: serves one connection. The printer must be over before its server goes.
+  std::function<void(class LoopbackConnection&)> OnSocket();
 
  private:
-  friend class ScriptedRequest;
+  class Exchange;
 
+  std::unique_ptr<FakeDevice::Exchange> Begin() override;
   int UpTime() const;
 
   const std::chrono::steady_clock::time_point m_switchedOn = std::chrono::steady_clock::now();
