@@ -2,33 +2,29 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/cases.h"
+
 namespace Corvane::Test {
 namespace {
 
-std::wstring OfArcs(std::size_t count) {
-  std::wstring text = L"1";
-  for (std::size_t i = 1; i < count; ++i) text += L".1";
-  return text;
-}
-
 TEST(OidText, ReadsArcsBetweenSingleDots) {
-  EXPECT_EQ(Oid({1}), ParseOid(L"1"));
-  EXPECT_EQ(Oid({1, 3, 4294967295}), ParseOid(L".1.03.4294967295"));
-  EXPECT_EQ(kMaxOidArcs, ParseOid(OfArcs(kMaxOidArcs))->size());
-  for (const wchar_t* const text :
-       {L"", L".", L"..1", L"1.", L"1..3", L"1.-3", L"1. 3", L"1.4294967296", L"a"}) {
-    EXPECT_EQ(std::nullopt, ParseOid(text)) << testing::PrintToString(text);
+  for (const Case& c : ReadCases("base/oid.txt")) {
+    SCOPED_TRACE(c.Where());
+    const std::optional<Oid> oid = ParseOid(c.Wide("text"));
+    EXPECT_EQ(c.Wide("arcs"), oid ? FormatOid(*oid) : L"");
+    EXPECT_EQ(c.Text("encodable") == "yes", oid && IsEncodable(*oid));
   }
-  EXPECT_EQ(std::nullopt, ParseOid(OfArcs(kMaxOidArcs + 1)));
-  EXPECT_EQ(L"1.3.4294967295", FormatOid({1, 3, 4294967295}));
+  EXPECT_EQ(Oid({1, 3, 4294967295}), ParseOid(L".1.03.4294967295"));
+  std::wstring most = L"1";
+  for (std::size_t arcs = 1; arcs < kMaxOidArcs; ++arcs) most += L".1";
+  EXPECT_EQ(kMaxOidArcs, ParseOid(most)->size());
+  EXPECT_EQ(std::nullopt, ParseOid(most + L".1"));
 }
 
-TEST(OidText, KnowsWhatAMessageCanCarry) {
-  for (const Oid& oid : {Oid{0, 39}, Oid{1, 39, 7}, Oid{2, 4294967215}})
-    EXPECT_TRUE(IsEncodable(oid));
-  for (const Oid& oid : {Oid{1}, Oid{0, 40}, Oid{1, 40}, Oid{2, 4294967216}, Oid{3, 1}}) {
-    EXPECT_FALSE(IsEncodable(oid));
-  }
+TEST(OidText, IsBelowWhatItBeginsWith) {
+  EXPECT_TRUE(IsBelow({1, 3, 5}, {1, 3}));
+  EXPECT_FALSE(IsBelow({1, 3}, {1, 3}));
+  EXPECT_FALSE(IsBelow({1, 4, 5}, {1, 3}));
 }
 
 }  // namespace

@@ -3,25 +3,26 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <sstream>
 
 #include "platform/system.h"
+#include "tests/support/cases.h"
 
 namespace Corvane::Test {
 namespace {
 
-const wchar_t kHigh = static_cast<wchar_t>(0xD83D);
-
-// Conversion and measure, which must agree.
-std::wstring Decoded(std::string_view utf8, Malformed policy) {
-  std::wstring wide(Measure(utf8, policy).written, L'#');
-  EXPECT_EQ(wide.size(), Convert(utf8, policy, wide).written);
+// Of code points in hexadecimal.
+std::wstring WideOf(const std::string& points) {
+  std::wstring wide;
+  std::istringstream stream(points);
+  for (std::uint32_t c = 0; stream >> std::hex >> c;) {
+    if (sizeof(wchar_t) == 2 && c > 0xFFFF) {
+      wide.push_back(static_cast<wchar_t>(0xD7C0 + (c >> 10)));
+      c = 0xDC00 | (c & 0x3FF);
+    }
+    wide.push_back(static_cast<wchar_t>(c));
+  }
   return wide;
-}
-
-std::string Encoded(std::wstring_view wide, Malformed policy) {
-  std::string utf8(Measure(wide, policy).written, '#');
-  EXPECT_EQ(utf8.size(), Convert(wide, policy, utf8).written);
-  return utf8;
 }
 
 // The system's own conversion, which replaces alike.
@@ -39,76 +40,52 @@ std::string SystemUtf8(std::wstring_view wide) {
   return {utf8, static_cast<std::size_t>(bytes)};
 }
 
-TEST(Utf8, ConvertsWellFormedTextBothWays) {
+TEST(Utf8, ConvertsReplacesAndRefuses) {
   const std::string x(400, 'x');
   const std::wstring wideX(400, L'x');
-  const struct {
-    const char* name;
-    std::string utf8;
-    std::wstring wide;
-  } kCases[] = {
-      {"nothing", "", L""},
-      {"NUL inside", {"a\0b", 3}, {L"a\0b", 3}},
-      {"ends of two bytes", "\xC2\x80\xDF\xBF", L"\x80\u07FF"},
-      {"ends of three bytes", "\xE0\xA0\x80\xEF\xBF\xBF", L"\u0800\uFFFF"},
-      {"beside the surrogates", "\xED\x9F\xBF\xEE\x80\x80", L"\uD7FF\uE000"},
-      {"ends of four bytes", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", L"\U00010000\U0010FFFF"},
-      {"inside blocks of ASCII", x + "\xE2\x82\xAC" + x, wideX + L"\u20AC" + wideX},
-  };
-  for (const auto& c : kCases) {
-    EXPECT_EQ(c.wide, ToWide(c.utf8)) << c.name;
-    EXPECT_EQ(c.wide, SystemWide(c.utf8)) << c.name;
-    EXPECT_EQ(c.utf8, SystemUtf8(c.wide)) << c.name;
-    EXPECT_EQ(c.wide, ToWideStrictly(c.utf8)) << c.name;
-    EXPECT_EQ(c.wide, Decoded(c.utf8, Malformed::kKeep)) << c.name;
-    EXPECT_EQ(c.utf8, ToUtf8(c.wide)) << c.name;
-    EXPECT_EQ(c.utf8, ToUtf8Strictly(c.wide)) << c.name;
-    EXPECT_EQ(c.utf8, Encoded(c.wide, Malformed::kKeep)) << c.name;
+  for (const Case& c : ReadCases("base/utf8.txt")) {
+    SCOPED_TRACE(c.Where());
+    const std::string utf8 = c.Text("bytes");
+    const std::wstring wide = WideOf(c.Text("points"));
+    EXPECT_EQ(wide, ToWide(utf8));
+    EXPECT_EQ(wide, SystemWide(utf8));
+    EXPECT_EQ(wideX + wide + wideX, ToWide(x + utf8 + x)) << "inside blocks of ASCII";
     std::string again;
-    for (std::size_t i = 0; i < c.wide.size();) AppendUtf8(NextCodePoint(c.wide, &i), &again);
-    EXPECT_EQ(c.utf8, again) << c.name;
+    for (std::size_t i = 0; i < utf8.size();) {
+      AppendUtf8(NextCodePoint(utf8, &i), &again);
+    }
+    EXPECT_EQ(ToUtf8(wide), again);
+    const bool isMalformed = c.Find("is").has_value();
+    EXPECT_EQ(isMalformed ? std::nullopt : std::optional(wide), ToWideStrictly(utf8));
+    EXPECT_EQ(isMalformed, Measure(utf8, Malformed::kRefuse).malformed);
+    if (isMalformed) continue;
+    EXPECT_EQ(utf8, again);
+    EXPECT_EQ(utf8, SystemUtf8(wide));
+    EXPECT_EQ(x + utf8 + x, ToUtf8(wideX + wide + wideX));
+    EXPECT_EQ(utf8, ToUtf8Strictly(wide));
   }
 }
 
-TEST(Utf8, ReplacesOrRefusesMalformedBytes) {
-  // A question mark stands for U+FFFD.
-  struct Row {
-    std::string utf8;
-    std::wstring wide;
-  };
-  for (auto [utf8, wide] :
-       {Row{"\x80", L"?"}, Row{"\xC0\x80", L"??"}, Row{"\xC2", L"?"}, Row{"\xC2z", L"?z"},
-        Row{"\xC2\xC2\xA0", L"?\xA0"}, Row{"\xE0\x80", L"?"}, Row{"\xE0\x80\x80", L"??"},
-        Row{"\xE2\x82", L"?"}, Row{"\xE2\x82z", L"?z"}, Row{"\xED\xA0\x80", L"??"},
-        Row{"\xF0\x80\x80\x80", L"???"}, Row{"\xF0\x90\x80", L"?"}, Row{"\xF0\x9F\x98\xF0", L"??"},
-        Row{"\xF4\x90\x80\x80", L"???"}, Row{"\xF5\x80\x80\x80", L"????"},
-        Row{"\xF1\x80\x80\xE0\xA0\xC2z", L"???z"}}) {
-    for (wchar_t& c : wide) c = c == L'?' ? L'\uFFFD' : c;
-    const std::string name = testing::PrintToString(utf8);
-    EXPECT_EQ(wide, ToWide(utf8)) << name;
-    EXPECT_EQ(wide, SystemWide(utf8)) << name;
-    EXPECT_EQ(std::wstring(20, L'x') + wide, ToWide(std::string(20, 'x') + utf8)) << name;
-    EXPECT_EQ(std::nullopt, ToWideStrictly(utf8)) << name;
-    EXPECT_TRUE(Measure(utf8, Malformed::kRefuse).malformed) << name;
-    std::wstring again;
-    for (std::size_t i = 0; i < utf8.size();) {
-      again.push_back(static_cast<wchar_t>(NextCodePoint(utf8, &i)));
-    }
-    EXPECT_EQ(wide, again) << name;
-  }
+// Measured and converted, which must agree.
+template <typename To, typename From>
+std::basic_string<To> Kept(std::basic_string_view<From> text) {
+  std::basic_string<To> kept(Measure(text, Malformed::kKeep).written, To('#'));
+  EXPECT_EQ(kept.size(), Convert(text, Malformed::kKeep, std::span(kept)).written);
+  return kept;
 }
 
 TEST(Utf8, ReplacesRefusesOrKeepsLoneSurrogates) {
-  const std::wstring wide = {L'a', kHigh, L'z'};
+  const std::wstring wide = {L'a', static_cast<wchar_t>(0xD83D), L'z'};
   const std::string kept = "a\xED\xA0\xBDz";
   EXPECT_EQ("a\xEF\xBF\xBDz", ToUtf8(wide));
   EXPECT_EQ("a\xEF\xBF\xBDz", SystemUtf8(wide));
   EXPECT_EQ(std::nullopt, ToUtf8Strictly(wide));
-  EXPECT_EQ(kept, Encoded(wide, Malformed::kKeep));
-  EXPECT_EQ(wide, Decoded(kept, Malformed::kKeep));
+  EXPECT_EQ(kept, (Kept<char, wchar_t>(wide)));
+  EXPECT_EQ(wide, (Kept<wchar_t, char>(kept)));
   std::size_t position = 1;
   EXPECT_EQ(char32_t{0xD83D}, NextCodePoint(wide, &position));
   EXPECT_EQ(2u, position);
+  EXPECT_EQ(L"\u00E4z", WideFromLatin1("\xE4z"));
 }
 
 TEST(Utf8, WritesWholeCharactersThatFit) {

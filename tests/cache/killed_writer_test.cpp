@@ -7,10 +7,8 @@
 #include <csignal>
 #include <functional>
 #include <random>
-#include <string>
 
 #include "corvane/cache_provider.h"
-#include "corvane/handles.h"
 #include "tests/support/dom.h"
 #include "tests/support/registry_key.h"
 #include "tests/support/test_printer.h"
@@ -25,27 +23,17 @@ constexpr int kItems = 30;
 CachedValueMap ValuesOf(const std::wstring& prefix, std::uint64_t version) {
   CachedValueMap values;
   for (int i = 0; i < kItems; ++i) {
-    values[prefix + std::to_wstring(i)] = {_variant_t(std::to_wstring(version).c_str()), version,
-                                           0};
+    const _variant_t text(std::to_wstring(version).c_str());
+    values[prefix + std::to_wstring(i)] = {text, version, 0};
   }
   return values;
 }
 
-// A counter that parent and children share.
-class SharedCounter {
- public:
-  SharedCounter()
-      : m_value(static_cast<volatile std::uint64_t*>(mmap(nullptr, sizeof(std::uint64_t),
-                                                          PROT_READ | PROT_WRITE,
-                                                          MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {}
-  SharedCounter(const SharedCounter&) = delete;
-  SharedCounter& operator=(const SharedCounter&) = delete;
-  ~SharedCounter() { munmap(const_cast<std::uint64_t*>(m_value), sizeof(std::uint64_t)); }
-  std::uint64_t Get() const { return *m_value; }
-  void Set(std::uint64_t value) { *m_value = value; }
-
- private:
-  volatile std::uint64_t* m_value;
+// The versions that a writer has begun to write, and was told to be written; parent and children
+// share them.
+struct Progress {
+  volatile std::uint64_t begun;
+  volatile std::uint64_t reported;
 };
 
 // A child process that ends with what `work` gives.
@@ -55,79 +43,88 @@ pid_t Start(const std::function<int()>& work) {
   return child;
 }
 
-using MakeCache = std::function<RefPtr<ICacheProvider>()>;
+using Texts = std::map<std::wstring, std::wstring>;
 
-// Kills a process that writes version after version, `kills` times; `read` gives what is kept.
-void KillWriters(int kills, const MakeCache& make,
-                 const std::function<std::map<std::wstring, std::wstring>()>& read) {
-  std::mt19937 random(20261121);
-  std::uniform_int_distribution<useconds_t> delay(0, 3000);
-  SharedCounter begun;     // the last version that a writer has begun to write
-  SharedCounter reported;  // the last one that it was told to be written
-  int killedWhileWriting = 0;
-  for (int kill = 0; kill < kills; ++kill) {
+class KilledWriterTest : public testing::Test {
+ protected:
+  KilledWriterTest()
+      : m_progress(static_cast<Progress*>(mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE,
+                                               MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {}
+  ~KilledWriterTest() override { munmap(m_progress, sizeof(Progress)); }
+
+  RefPtr<ICacheProvider> Registry() const {
+    return RefPtr<ICacheProvider>::Adopt(CreateRegCacheProvider(m_registry.Path().c_str()));
+  }
+  Texts RegistryTexts() const {
+    Texts texts;
+    for (const auto& [name, value] : m_registry.Values(L"")) {
+      texts[name] = reinterpret_cast<const wchar_t*>(value.data.data());
+    }
+    return texts;
+  }
+
+  // Starts a process that writes version after version, and kills it while it does.
+  void KillWriter(const std::function<RefPtr<ICacheProvider>()>& make, useconds_t delay) {
     int ready[2];
     ASSERT_EQ(0, pipe(ready));
     const pid_t child = Start([&] {
       const auto cache = make();
-      const char byte = 0;
-      if (write(ready[1], &byte, 1) != 1) return 1;
-      for (std::uint64_t version = reported.Get() + 1;; ++version) {
+      if (write(ready[1], "", 1) != 1) return 1;
+      for (std::uint64_t version = m_progress->reported + 1;; ++version) {
         const CachedValueMap values = ValuesOf(L"item", version);
-        begun.Set(version);
-        if (cache->SetDataValues(&values) == 0) reported.Set(version);
+        m_progress->begun = version;
+        if (cache->SetDataValues(&values) == 0) m_progress->reported = version;
       }
     });
     char byte = 0;
-    ASSERT_EQ(1, ::read(ready[0], &byte, 1));
+    ASSERT_EQ(1, read(ready[0], &byte, 1));
     close(ready[0]);
     close(ready[1]);
-    usleep(delay(random));
-    ASSERT_EQ(0, ::kill(child, SIGKILL));
+    usleep(delay);
+    ASSERT_EQ(0, kill(child, SIGKILL));
     ASSERT_EQ(child, waitpid(child, nullptr, 0));
-    if (begun.Get() > reported.Get()) ++killedWhileWriting;
-
-    const auto kept = read();
-    if (kept.empty()) {
-      ASSERT_EQ(0u, reported.Get()) << "kill " << kill;
-      continue;
-    }
-    ASSERT_EQ(2u * kItems, kept.size()) << "kill " << kill;
-    const std::wstring version = kept.begin()->second;
-    for (const auto& [name, text] : kept) ASSERT_EQ(version, text) << name;
-    const std::uint64_t written = std::stoull(version);
-    ASSERT_GE(written, reported.Get()) << "kill " << kill;
-    ASSERT_LE(written, reported.Get() + 1);
-    reported.Set(written);
   }
-  EXPECT_GT(killedWhileWriting, kills / 2) << "or the kills prove little";
+
+  // Kills `kills` of them; `kept` gives what each leaves.
+  void KillWriters(int kills, const std::function<RefPtr<ICacheProvider>()>& make,
+                   const std::function<Texts()>& kept) {
+    std::mt19937 random(20261121);
+    std::uniform_int_distribution<useconds_t> delay(0, 3000);
+    int killedWhileWriting = 0;
+    for (int n = 0; n < kills; ++n) {
+      SCOPED_TRACE(n);
+      ASSERT_NO_FATAL_FAILURE(KillWriter(make, delay(random)));
+      if (m_progress->begun > m_progress->reported) ++killedWhileWriting;
+      const Texts texts = kept();
+      if (texts.empty() && m_progress->reported == 0) continue;
+      ASSERT_EQ(2u * kItems, texts.size());
+      const std::wstring version = texts.begin()->second;
+      for (const auto& [name, text] : texts) ASSERT_EQ(version, text) << name;
+      const std::uint64_t written = std::stoull(version);
+      ASSERT_GE(written, m_progress->reported);
+      ASSERT_LE(written, m_progress->reported + 1);
+      m_progress->reported = written;
+    }
+    EXPECT_GT(killedWhileWriting, kills / 2) << "or the kills prove little";
+  }
+
+  const TestStore m_store;
+  const RegistryKey m_registry;
+  Progress* const m_progress;
+};
+
+TEST_F(KilledWriterTest, LeavesTheOldOrTheNewValuesInTheRegistry) {
+  KillWriters(
+      500, [this] { return Registry(); }, [this] { return RegistryTexts(); });
 }
 
-std::wstring TextOfBytes(const RegistryKey::Value& value) {
-  return reinterpret_cast<const wchar_t*>(value.data.data());
-}
-
-TEST(KilledWriterTest, LeavesTheOldOrTheNewValuesInTheRegistry) {
-  const TestStore store;
-  const RegistryKey registry;
-  const auto make = [&registry] {
-    return RefPtr<ICacheProvider>::Adopt(CreateRegCacheProvider(registry.Path().c_str()));
-  };
-  KillWriters(500, make, [&registry] {
-    std::map<std::wstring, std::wstring> kept;
-    for (const auto& [name, value] : registry.Values(L"")) kept[name] = TextOfBytes(value);
-    return kept;
-  });
-}
-
-TEST(KilledWriterTest, LeavesTheOldOrTheNewValuesInThePrinter) {
-  const TestStore store;
+TEST_F(KilledWriterTest, LeavesTheOldOrTheNewValuesInThePrinter) {
   const TestPrinter printer;
   const auto make = [&printer] {
     return RefPtr<ICacheProvider>::Adopt(CreatePrintDataCacheProvider(printer.Handle()));
   };
   KillWriters(100, make, [&make] {
-    std::map<std::wstring, std::wstring> kept;
+    Texts kept;
     const auto cache = make();
     for (int i = 0; i < kItems; ++i) {
       for (const wchar_t* const ending : {L"", L".Expires"}) {
@@ -140,17 +137,13 @@ TEST(KilledWriterTest, LeavesTheOldOrTheNewValuesInThePrinter) {
   });
 }
 
-TEST(ConcurrentWritersTest, LoseNothingThatWasReportedWritten) {
+TEST_F(KilledWriterTest, WritersAtOnceLoseNothingThatWasReportedWritten) {
   constexpr int kProcesses = 4;
   constexpr std::uint64_t kVersions = 50;
-  const TestStore store;
-  const RegistryKey registry;
-  const auto own = [](int process) { return L"of" + std::to_wstring(process) + L"-"; };
   std::vector<pid_t> children;
   for (int process = 0; process < kProcesses; ++process) {
-    children.push_back(Start([&registry, prefix = own(process)] {
-      const auto cache =
-          RefPtr<ICacheProvider>::Adopt(CreateRegCacheProvider(registry.Path().c_str()));
+    children.push_back(Start([this, prefix = L"of" + std::to_wstring(process) + L"-"] {
+      const auto cache = Registry();
       for (std::uint64_t version = 1; version <= kVersions; ++version) {
         CachedValueMap values = ValuesOf(prefix, version);
         values.merge(ValuesOf(L"shared-", version));
@@ -164,15 +157,13 @@ TEST(ConcurrentWritersTest, LoseNothingThatWasReportedWritten) {
     ASSERT_EQ(child, waitpid(child, &status, 0));
     EXPECT_EQ(0, status);
   }
-  const auto kept = registry.Values(L"");
+  const Texts kept = RegistryTexts();
   EXPECT_EQ(2u * kItems * (kProcesses + 1), kept.size());
-  for (const auto& [name, value] : kept) {
-    const bool isShared = name.starts_with(L"shared-");
+  for (const auto& [name, text] : kept) {
     // Of the shared items some process's value, with the companion that came with it.
-    const std::wstring partner = name.ends_with(L".Expires") ? name : name + L".Expires";
-    const auto expected =
-        isShared ? kept.at(partner) : RegistryKey::Text(std::to_wstring(kVersions));
-    EXPECT_EQ(expected, value) << name;
+    const std::wstring companion = name.ends_with(L".Expires") ? name : name + L".Expires";
+    const bool isShared = name.starts_with(L"shared-");
+    EXPECT_EQ(isShared ? kept.at(companion) : std::to_wstring(kVersions), text) << name;
   }
 }
 

@@ -27,17 +27,10 @@ class PrintDataCacheProviderTest : public ParsingTest {
   const TestPrinter m_printer;
 };
 
-TEST_F(PrintDataCacheProviderTest, KnowsNothingOfAPrinterWithoutData) {
-  EXPECT_EQ(L"<none>", Kept(L"a"));
-  const auto none = RefPtr<ICacheProvider>::Adopt(CreatePrintDataCacheProvider(nullptr));
-  const _variant_t value(L"x");
-  EXPECT_EQ(0u, none->SetDataValue(L"a", &value, 0)) << "attempted";
-}
-
 TEST_F(PrintDataCacheProviderTest, WritesWhatTheNextObjectReads) {
   const auto cache = Cache();
-  _variant_t null;
-  null.vt = VT_NULL;
+  EXPECT_EQ(L"<none>", Kept(L"p:Model"));
+  const _variant_t null = ValueOf(L"<vt 1>");
   const _variant_t text(L"420\u00e4");
   EXPECT_EQ(1u, cache->SetDataValue(L"p:Model", &null, 5));
   EXPECT_EQ(L"<none>", Kept(L"p:Model.Expires"));
@@ -47,23 +40,26 @@ TEST_F(PrintDataCacheProviderTest, WritesWhatTheNextObjectReads) {
   EXPECT_EQ(1u, cache->GetDataValue(L"p:Model", &value)) << "by its own object";
   EXPECT_EQ(L"420\u00e4", Kept(L"p:Model"));
   EXPECT_EQ(L"5", Kept(L"p:Model.Expires"));
+  const auto none = RefPtr<ICacheProvider>::Adopt(CreatePrintDataCacheProvider(nullptr));
+  EXPECT_EQ(0u, none->SetDataValue(L"a", &text, 0)) << "attempted";
 }
 
 TEST_F(PrintDataCacheProviderTest, NeverWritesAnInteger) {
   const auto cache = Cache();
-  for (const long integer : {0L, -1L, 65536L, 0x400000L, 0x7FFE0000L, 0x7FFFFFFFL}) {
-    const _variant_t value(integer, VT_I4);
+  for (const wchar_t* const integer : {L"i:0", L"i:-1", L"i:65536", L"i:2147483647"}) {
+    const _variant_t value = ValueOf(integer);
     EXPECT_EQ(0u, cache->SetDataValue(L"A", &value, 0)) << integer;
   }
   CachedValueMap values;
-  values[L"A"].value = _variant_t(42L, VT_I4);
+  values[L"A"].value = ValueOf(L"i:42");
   values[L"B"].value = L"text";
   const TraceRecorder recorder(kTraceInfo);
   EXPECT_EQ(0u, cache->SetDataValues(&values));
-  const auto lines = recorder.Lines();
-  ASSERT_EQ(1u, lines.size());
-  EXPECT_EQ(L"Corvane::PrintDataCacheProvider::RegistryWrite", lines[0].function);
-  EXPECT_EQ(L"Printer Registry writing failed with the error = 998 ", lines[0].message);
+  EXPECT_EQ(
+      L"16 Corvane::PrintDataCacheProvider::RegistryWrite: Printer Registry writing failed with "
+      L"the "
+      L"error = 998 \n",
+      recorder.Text());
   EXPECT_EQ(L"<none>", Kept(L"A"));
   EXPECT_EQ(L"<none>", Kept(L"A.Expires"));
   EXPECT_EQ(L"text", Kept(L"B"));

@@ -1,36 +1,34 @@
-#include "corvane/disposable.h"
-
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdio>
 #include <thread>
 
 #include "corvane/data_map_spec.h"
+#include "tests/support/counted.h"
 #include "tests/support/trace_recorder.h"
 
 namespace Corvane::Test {
 namespace {
 
-class Thing : public Corvane::IDisposable, public IDisposableImpl {
+class Thing : public Counted<Corvane::IDisposable> {
  public:
-  explicit Thing(bool* destroyed) : m_destroyed(destroyed) {}
-  ~Thing() override { *m_destroyed = true; }
-
-  std::uint32_t AddRef() override { return AddRefImpl(); }
-  std::uint32_t AddRefConst() override { return AddRefImpl(); }
-  std::uint32_t Dispose() override { return DisposeImpl(); }
-  std::uint32_t Release() override { return DisposeImpl(); }
+  ~Thing() override { ++destroyed; }
   const char* GetTypeName() override { return "Thing"; }
 
- private:
-  bool* m_destroyed;
+  static inline int destroyed = 0;
 };
 
-TEST(Disposable, BothEntriesOfEachPairCount) {
-  bool destroyed = false;
-  auto* const thing = new Thing(&destroyed);
-  Corvane::IDisposable* const client = thing;
-  ::IDisposable* const utility = thing;
+class DisposableTest : public testing::Test {
+ protected:
+  DisposableTest() { Thing::destroyed = 0; }
+
+  Thing* const m_thing = new Thing;  // counts for itself
+};
+
+TEST_F(DisposableTest, BothEntriesOfEachPairCount) {
+  Corvane::IDisposable* const client = m_thing;
+  ::IDisposable* const utility = m_thing;
   EXPECT_EQ(1u, client->AddRef());
   EXPECT_EQ(2u, client->AddRefConst());
   EXPECT_EQ(3u, utility->AddRef());
@@ -38,57 +36,48 @@ TEST(Disposable, BothEntriesOfEachPairCount) {
   EXPECT_EQ(3u, utility->Release());
   EXPECT_EQ(2u, utility->Dispose());
   EXPECT_EQ(1u, client->Release());
-  EXPECT_FALSE(destroyed);
+  EXPECT_EQ(0, Thing::destroyed);
   EXPECT_EQ(0u, client->Dispose());
-  EXPECT_TRUE(destroyed);
+  EXPECT_EQ(1, Thing::destroyed);
 }
 
-TEST(Disposable, KeepAliveFlagOutlivesTheLastReference) {
-  bool destroyed = false;
-  auto* const thing = new Thing(&destroyed);
-  thing->AddRef();
-  thing->SetNoDelete(true);
-  EXPECT_TRUE(thing->IsNoDelete());
-  EXPECT_EQ(0u, thing->Release());
-  EXPECT_FALSE(destroyed);
-  EXPECT_EQ(0xFFFFFFFFu, thing->Release()) << "the count goes below 0 unguarded";
-  EXPECT_FALSE(destroyed);
-  delete thing;
-  EXPECT_TRUE(destroyed);
+TEST_F(DisposableTest, KeepAliveFlagOutlivesTheLastReference) {
+  m_thing->AddRef();
+  m_thing->SetNoDelete(true);
+  EXPECT_TRUE(m_thing->IsNoDelete());
+  EXPECT_EQ(0u, m_thing->Release());
+  EXPECT_EQ(0xFFFFFFFFu, m_thing->Release()) << "the count goes below 0 unguarded";
+  EXPECT_EQ(0, Thing::destroyed);
+  delete m_thing;
 }
 
-TEST(Disposable, TracesEveryCountUnderTheTypeName) {
-  bool destroyed = false;
-  auto* const thing = new Thing(&destroyed);
-  wchar_t expected[128];
-  std::swprintf(expected, 128, L"Thing (%p) ref is %d",
-                static_cast<void*>(static_cast<TqUtils::CDisposable*>(thing)), 1);
+TEST_F(DisposableTest, TracesEveryCountUnderTheTypeName) {
+  wchar_t line[128];
+  std::swprintf(line, 128, L"Thing (%p) ref is ",
+                static_cast<void*>(static_cast<TqUtils::CDisposable*>(m_thing)));
   const TraceRecorder recorder(kTraceInfo);
-  thing->AddRef();
-  EXPECT_TRUE(recorder.HasMessage(16, L"TqUtils::CDisposable::AddRefImpl", expected));
-  thing->Dispose();
-  ASSERT_EQ(2u, recorder.Lines().size());
-  EXPECT_EQ(L"TqUtils::CDisposable::DisposeImpl", recorder.Lines()[1].function);
-  EXPECT_EQ(L'0', recorder.Lines()[1].message.back());
+  m_thing->AddRef();
+  m_thing->Dispose();
+  EXPECT_EQ(L"16 TqUtils::CDisposable::AddRefImpl: " + std::wstring(line) +
+                L"1\n16 TqUtils::CDisposable::DisposeImpl: " + line + L"0\n",
+            recorder.Text());
 }
 
-TEST(Disposable, CountsAndRegistersFromManyThreads) {
-  bool destroyed = false;
-  auto* const shared = new Thing(&destroyed);
-  shared->AddRef();
+TEST_F(DisposableTest, CountsAndRegistersFromManyThreads) {
+  m_thing->AddRef();
   std::array<std::thread, 4> threads;
   for (std::thread& thread : threads) {
-    thread = std::thread([shared] {
+    thread = std::thread([this] {
       for (int n = 0; n < 2000; ++n) {
-        shared->AddRef();
+        m_thing->AddRef();
         DataMapSpec::CreateDataMapSpec()->Dispose();
-        shared->Release();
+        m_thing->Release();
       }
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_FALSE(destroyed);
-  EXPECT_EQ(0u, shared->Release());
+  EXPECT_EQ(0, Thing::destroyed);
+  EXPECT_EQ(0u, m_thing->Release());
 }
 
 }  // namespace

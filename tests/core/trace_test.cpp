@@ -12,16 +12,12 @@ namespace {
 TEST(Trace, ScopeWritesEntryAndExitAlsoWhenAnExceptionPasses) {
   const TraceRecorder recorder(kTraceScope);
   try {
-    TraceScope trace(L"Corvane::Test::Operation");
+    TraceScope trace(L"Operation");
     trace.Message(kTraceInfo, L"not in the mask");
     throw std::runtime_error("passes");
   } catch (const std::runtime_error&) {
   }
-  const auto lines = recorder.Lines();
-  ASSERT_EQ(2u, lines.size());
-  EXPECT_EQ(TraceKind::kEnter, lines[0].kind);
-  EXPECT_EQ(TraceKind::kExit, lines[1].kind);
-  EXPECT_EQ(L"Corvane::Test::Operation", lines[1].function);
+  EXPECT_EQ(L"> Operation\n< Operation\n", recorder.Text());
 }
 
 TEST(Trace, LevelsAreBitsOfTheMask) {
@@ -34,12 +30,10 @@ TEST(Trace, LevelsAreBitsOfTheMask) {
   }
 }
 
-TEST(Trace, CutsLongMessagesAndSurvivesUnprintableOnes) {
+TEST(Trace, CutsLongMessages) {
   const TraceRecorder recorder(kTraceAll);
-  const std::wstring text(5000, L'x');
-  Trace(kTraceInfo, L"f", L"%ls", text.c_str());
-  ASSERT_EQ(1u, recorder.Lines().size());
-  EXPECT_EQ(1023u, recorder.Lines()[0].message.size());
+  Trace(kTraceInfo, L"f", L"%ls", std::wstring(5000, L'x').c_str());
+  EXPECT_EQ(L"16 f: " + std::wstring(1023, L'x') + L'\n', recorder.Text());
 }
 
 TEST(Trace, DropsWhatTheSinkItselfCauses) {

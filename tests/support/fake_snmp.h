@@ -2,20 +2,19 @@
 #ifndef CORVANE_TESTS_SUPPORT_FAKE_SNMP_H_
 #define CORVANE_TESTS_SUPPORT_FAKE_SNMP_H_
 
-#include <algorithm>
-#include <cwchar>
-#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "base/oid.h"
+#include "core/text.h"
 #include "corvane/mib_connection.h"
 #include "tests/support/counted.h"
+#include "tests/support/dom.h"
 
 namespace Corvane::Test {
 
-// Lives where a test declares it: the count alone never destroys it.
+// Lives where a test declares it, whose reference is the first: the count alone never destroys it.
 class FakeSnmp final : public Counted<MIBConnection> {
  public:
   static constexpr wchar_t kProbe[] = L"1.3.6.1.2.1.25.3.2.1.3.1";
@@ -24,10 +23,11 @@ class FakeSnmp final : public Counted<MIBConnection> {
 
   FakeSnmp() {
     SetNoDelete(true);
+    AddRef();
     Serve(kProbe, L"A printer");
   }
 
-  std::map<Oid, _variant_t> values;
+  std::map<Oid, std::wstring> values;  // as TextOf writes them
   // What follows an OID in a walk, instead of the next in the table.
   std::map<std::wstring, std::wstring> next;
   HRESULT groupResult = S_OK;  // of GetMultipleValues
@@ -35,7 +35,9 @@ class FakeSnmp final : public Counted<MIBConnection> {
   std::vector<std::wstring> calls;  // "Get 1.3", "GetMany 1.3 1.4", "GetNext 1.3", "Set 1.3"
   _variant_t lastSet;
 
-  void Serve(const wchar_t* oid, _variant_t value) { values[ParseOid(oid).value()] = value; }
+  void Serve(const std::wstring& oid, const std::wstring& value) {
+    values[ParseOid(oid).value()] = value;
+  }
 
   bool IsOpen() override { return true; }
   HRESULT GetValue(const wchar_t* oid, VARIANT* value) override {
@@ -55,21 +57,15 @@ class FakeSnmp final : public Counted<MIBConnection> {
   HRESULT GetNextOidAndValue(const wchar_t* oid, wchar_t* nextOid, std::uint32_t nextOidChars,
                              VARIANT* value) override {
     calls.push_back(std::wstring(L"GetNext ") + oid);
-    std::wstring follower;
+    std::uint32_t required = 0;
     if (const auto scripted = next.find(oid); scripted != next.end()) {
-      follower = scripted->second;
       *value = _variant_t(L"scripted").Detach();
-    } else {
-      const auto entry = values.upper_bound(ParseOid(oid).value());
-      if (entry == values.end()) return kEndOfMib;
-      for (const std::uint32_t arc : entry->first) {
-        follower += (follower.empty() ? L"" : L".") + std::to_wstring(arc);
-      }
-      *value = _variant_t(entry->second).Detach();
+      return CopyToBuffer(scripted->second, nextOid, nextOidChars, &required);
     }
-    follower.resize(std::min<std::size_t>(follower.size(), nextOidChars - 1));
-    std::copy_n(follower.c_str(), follower.size() + 1, nextOid);
-    return S_OK;
+    const auto entry = values.upper_bound(ParseOid(oid).value());
+    if (entry == values.end()) return kEndOfMib;
+    *value = ValueOf(entry->second).Detach();
+    return CopyToBuffer(FormatOid(entry->first), nextOid, nextOidChars, &required);
   }
   HRESULT SetValue(const wchar_t* oid, VARIANT* value) override {
     calls.push_back(std::wstring(L"Set ") + oid);
@@ -84,7 +80,7 @@ class FakeSnmp final : public Counted<MIBConnection> {
     const auto parsed = ParseOid(oid);
     const auto entry = parsed ? values.find(*parsed) : values.end();
     if (entry == values.end()) return false;
-    *value = _variant_t(entry->second).Detach();
+    *value = ValueOf(entry->second).Detach();
     return true;
   }
 };

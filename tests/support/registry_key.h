@@ -2,7 +2,6 @@
 #ifndef CORVANE_TESTS_SUPPORT_REGISTRY_KEY_H_
 #define CORVANE_TESTS_SUPPORT_REGISTRY_KEY_H_
 
-#include <cstring>
 #include <map>
 #include <random>
 #include <string>
@@ -29,14 +28,12 @@ class RegistryKey {
     friend bool operator==(const Value&, const Value&) = default;
   };
   static Value Text(const std::wstring& text) {
-    Value value{REG_SZ, std::vector<BYTE>((text.size() + 1) * sizeof(wchar_t))};
-    std::memcpy(value.data.data(), text.c_str(), value.data.size());
-    return value;
+    const auto* const bytes = reinterpret_cast<const BYTE*>(text.c_str());
+    return {REG_SZ, {bytes, bytes + (text.size() + 1) * sizeof(wchar_t)}};
   }
   static Value Number(DWORD number) {
-    Value value{REG_DWORD, std::vector<BYTE>(sizeof(number))};
-    std::memcpy(value.data.data(), &number, sizeof(number));
-    return value;
+    const auto* const bytes = reinterpret_cast<const BYTE*>(&number);
+    return {REG_DWORD, {bytes, bytes + sizeof(number)}};
   }
 
   LSTATUS Set(const std::wstring& below, const std::wstring& name, const Value& value) const {
@@ -51,17 +48,12 @@ class RegistryKey {
   // All values of a key; empty as well when there is no such key.
   std::map<std::wstring, Value> Values(const std::wstring& below) const {
     std::map<std::wstring, Value> values;
-    UniqueHkey key;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, Path(below).c_str(), 0, KEY_READ, key.Receive()) !=
-        ERROR_SUCCESS) {
-      return values;
-    }
+    const UniqueHkey key = Open(Path(below));
     for (DWORD index = 0;; ++index) {
       wchar_t name[256];
       DWORD chars = 256;
-      Value value;
       DWORD bytes = 4096;
-      value.data.resize(bytes);
+      Value value{REG_NONE, std::vector<BYTE>(bytes)};
       if (RegEnumValueW(key.Get(), index, name, &chars, nullptr, &value.type, value.data.data(),
                         &bytes) != ERROR_SUCCESS) {
         return values;
@@ -72,17 +64,18 @@ class RegistryKey {
   }
 
  private:
+  static UniqueHkey Open(const std::wstring& path) {
+    UniqueHkey key;
+    RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, key.Receive());
+    return key;
+  }
   static void DeleteTree(const std::wstring& path) {
-    for (wchar_t name[256];;) {
-      UniqueHkey key;
-      DWORD chars = 256;
-      if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, key.Receive()) !=
-              ERROR_SUCCESS ||
-          RegEnumKeyExW(key.Get(), 0, name, &chars, nullptr, nullptr, nullptr, nullptr) !=
-              ERROR_SUCCESS) {
-        break;
-      }
+    wchar_t name[256];
+    DWORD chars = 256;
+    while (RegEnumKeyExW(Open(path).Get(), 0, name, &chars, nullptr, nullptr, nullptr, nullptr) ==
+           ERROR_SUCCESS) {
       DeleteTree(path + L'\\' + name);
+      chars = 256;
     }
     RegDeleteKeyW(HKEY_LOCAL_MACHINE, path.c_str());
   }

@@ -2,6 +2,7 @@
 #ifndef CORVANE_TESTS_SUPPORT_TEST_PRINTER_H_
 #define CORVANE_TESTS_SUPPORT_TEST_PRINTER_H_
 
+#include <random>
 #include <string>
 
 #include "corvane/platform.h"
@@ -23,10 +24,15 @@ class TestPrinter {
   const std::wstring& Name() const { return m_name; }
 
   // Another handle, which the caller closes; null on failure.
-  HANDLE Open(ACCESS_MASK access) const;
+  HANDLE Open(ACCESS_MASK access) const {
+    HANDLE printer = nullptr;
+    std::wstring name = m_name;
+    PRINTER_DEFAULTSW defaults = {nullptr, nullptr, access};
+    return OpenPrinterW(name.data(), &printer, &defaults) ? printer : nullptr;
+  }
 
  private:
-  std::wstring m_name;
+  std::wstring m_name = L"Corvane Test " + std::to_wstring(std::random_device()());
   HANDLE m_printer = nullptr;
   std::string m_problem;
 };

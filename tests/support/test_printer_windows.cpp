@@ -1,15 +1,9 @@
 // A queue with a driver of its own. The driver is the one that Wine brings; where it is missing
 // there is no printer to test with.
-#include <random>
-
 #include "tests/support/test_printer.h"
 
 namespace Corvane::Test {
 namespace {
-
-std::string Failure(const char* operation) {
-  return std::string(operation) + ": error " + std::to_string(GetLastError());
-}
 
 bool AddDriver(wchar_t* name) {
   wchar_t folder[MAX_PATH] = {};
@@ -40,19 +34,13 @@ HANDLE AddQueue(wchar_t* name) {
 
 }  // namespace
 
-TestPrinter::TestPrinter() : m_name(L"Corvane Test " + std::to_wstring(std::random_device()())) {
-  if (!AddDriver(m_name.data())) {
-    m_problem = Failure("no driver for a printer: AddPrinterDriverExW");
-    return;
+TestPrinter::TestPrinter() {
+  const HANDLE added = AddDriver(m_name.data()) ? AddQueue(m_name.data()) : nullptr;
+  if (added != nullptr) {
+    ClosePrinter(added);
+    m_printer = Open(PRINTER_ALL_ACCESS);
   }
-  const HANDLE added = AddQueue(m_name.data());
-  if (added == nullptr) {
-    m_problem = Failure("AddPrinterW");
-    return;
-  }
-  ClosePrinter(added);
-  m_printer = Open(PRINTER_ALL_ACCESS);
-  if (m_printer == nullptr) m_problem = Failure("OpenPrinterW");
+  if (m_printer == nullptr) m_problem = "no printer: error " + std::to_string(GetLastError());
 }
 
 TestPrinter::~TestPrinter() {
@@ -61,13 +49,6 @@ TestPrinter::~TestPrinter() {
     ClosePrinter(m_printer);
   }
   DeletePrinterDriverExW(nullptr, nullptr, m_name.data(), 0, 0);
-}
-
-HANDLE TestPrinter::Open(ACCESS_MASK access) const {
-  HANDLE printer = nullptr;
-  std::wstring name = m_name;
-  PRINTER_DEFAULTSW defaults = {nullptr, nullptr, access};
-  return OpenPrinterW(name.data(), &printer, &defaults) ? printer : nullptr;
 }
 
 }  // namespace Corvane::Test

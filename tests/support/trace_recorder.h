@@ -29,13 +29,18 @@ class TraceRecorder {
     const std::lock_guard lock(m_mutex);
     return m_lines;
   }
-  // Operations entered, in order.
-  std::vector<std::wstring> Entered() const {
-    std::vector<std::wstring> names;
+  // One line an event: "> function" for its entry, "< function" for its exit, and messages as
+  // "level function: message".
+  std::wstring Text() const {
+    std::wstring text;
     for (const Line& line : Lines()) {
-      if (line.kind == TraceKind::kEnter) names.push_back(line.function);
+      if (line.kind == TraceKind::kMessage) {
+        text += std::to_wstring(line.level) + L' ' + line.function + L": " + line.message + L'\n';
+      } else {
+        text += (line.kind == TraceKind::kEnter ? L"> " : L"< ") + line.function + L'\n';
+      }
     }
-    return names;
+    return text;
   }
   bool HasMessage(std::uint32_t level, const wchar_t* function, const wchar_t* message) const {
     const auto lines = Lines();
