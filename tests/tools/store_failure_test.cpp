@@ -1,72 +1,55 @@
 // Caches in the Linux store: one that cannot be used, and a printer's.
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 
 #include "tests/support/test_store.h"
-#include "tests/tools/tool_run.h"
+#include "tests/tools/tool_test.h"
 
 namespace Corvane::Test {
 namespace {
 
-constexpr char kRegistry[] = "registry:Software\\Corvane";
+class StoreTest : public ToolTest {
+ protected:
+  const TestStore m_store;
+  const std::string m_get =
+      "get --device recorded:@data@/typical --spec @data@/typical.xml State Model --cache ";
+};
 
-TEST(UnusableStore, IsSaidAndCostsNoAnswer) {
-  const TestStore store;
-  std::filesystem::create_directory(store.File().parent_path());
-  const RecordedDevice device(Item("x"), "<x>1</x>");
-  const std::pair<const char*, std::string> kCases[] = {
-      {"text", "not a database at all, but long enough to be read as the head of one .........."},
-      {"a database cut short", std::string("SQLite format 3\0", 16) + std::string(40, '\x01')},
-  };
-  for (const auto& [name, content] : kCases) {
-    std::ofstream(store.File(), std::ios::binary | std::ios::trunc) << content;
-    for (const std::string cache : {kRegistry, "printer:Lobby"}) {
-      const ProcessResult result = device.Run("get", {"x", "--cache", cache});
-      EXPECT_EQ(result.output, "x\t1\n") << name << cache;
-      EXPECT_EQ(result.exitStatus, 0) << name << cache;
-      EXPECT_EQ(LinesOf(result.error).size(), 1u) << name << cache << result.error;
-      EXPECT_TRUE(Contains(result.error, "the cache cannot be read")) << result.error;
-      for (const char* const command : {"show", "clear"}) {
-        const ProcessResult failed = RunTool({"cache", command, "--cache", cache});
-        EXPECT_EQ(failed.exitStatus, 5) << name << cache << command;
-        EXPECT_EQ(failed.output, "") << name << cache << command;
-        EXPECT_TRUE(Contains(failed.error, "cannot be read: its file")) << failed.error;
+TEST_F(StoreTest, ADamagedOneIsSaidAndCostsNoAnswer) {
+  std::filesystem::create_directory(m_store.File().parent_path());
+  const std::string text(100, '.');
+  const std::string cutShort = std::string("SQLite format 3\0", 16) + std::string(40, '\x01');
+  for (const std::string& content : {text, cutShort}) {
+    std::ofstream(m_store.File(), std::ios::binary | std::ios::trunc) << content;
+    for (const std::string cache : {"registry:Corvane", "printer:Lobby"}) {
+      Expect(m_get + cache, "State\tidle\nModel\tQ 420\n",
+             "corvane: " + cache + ": the cache cannot be read; values come from the device: *\n");
+      for (const std::string command : {"show", "clear"}) {
+        Expect("cache " + command + " --cache " + cache, "",
+               "corvane: " + cache + ": cannot be read: its file *\n", 5);
       }
     }
   }
 }
 
-TEST(UnusableStore, ThatCannotBeMadeIsEmptyAndSaid) {
-  const TestStore restores;
+TEST_F(StoreTest, OneThatCannotBeMadeIsEmptyAndSaid) {
   setenv("CORVANE_STORE", "/proc/corvane/store.db", 1);
-  const RecordedDevice device(Item("x"), "<x>1</x>");
-  const ProcessResult result = device.Run("get", {"x", "--cache", kRegistry});
-  EXPECT_EQ(result.output, "x\t1\n");
-  EXPECT_EQ(result.exitStatus, 0);
-  EXPECT_TRUE(Contains(result.error, "the cache cannot be written")) << result.error;
-  EXPECT_EQ(RunTool({"cache", "show", "--cache", kRegistry}).output, "The cache is empty.\n");
+  Expect(m_get + "registry:A", "State\tidle\nModel\tQ 420\n",
+         "corvane: registry:A: the cache cannot be written; what is read now is not kept: *\n");
+  Expect("cache show --cache registry:A", "The cache is empty.\n");
 }
 
-TEST(PrinterCache, KeepsShowsAndClears) {
-  const TestStore store;
-  const RecordedDevice device(Item("Long", "LifeSpan='36000'") + Item("Kept"),
-                              "<Long>1</Long><Kept>1</Kept>");
-  const std::vector<std::string> names = {"Kept", "Long", "--cache", "printer:Lobby"};
-  EXPECT_EQ(device.Run("get", names).output, "Kept\t1\nLong\t1\n");
-  device.Serve("80/values.xml", "<V><Long>2</Long><Kept>2</Kept></V>");
-  const ProcessResult second = device.Run("get", names);
-  EXPECT_EQ(second.output, "Kept\t1\nLong\t1\n");
-  EXPECT_EQ(second.error, "");
-  const std::vector<std::string> lines = LinesOf(
-      RunTool({"cache", "show", "--cache", "printer:Lobby", "--spec", device.Specification()})
-          .output);
-  ASSERT_EQ(lines.size(), 3u);
-  EXPECT_EQ(lines[1], "  Kept\t1\tnever goes stale");
-  EXPECT_TRUE(lines[2].ends_with(" old\tfresh")) << lines[2];
-  EXPECT_EQ(RunTool({"cache", "clear", "--cache", "printer:Lobby"}).output,
-            "Removed 4 values and 0 keys.\n");
-  EXPECT_EQ(device.Run("get", names).output, "Kept\t2\nLong\t2\n");
+TEST_F(StoreTest, APrintersCacheKeepsShowsAndClears) {
+  Expect(m_get + "printer:Lobby", "State\tidle\nModel\tQ 420\n");
+  Serve("80/zq/device/product_information.xml",
+        "<P><ProductSerialNumber>1</ProductSerialNumber></P>");
+  const std::string elsewhere =
+      "get --device @device@ --spec @data@/typical.xml State Model --cache printer:Lobby";
+  Expect(elsewhere, "State\tidle\nModel\tQ 420\n");
+  Expect("cache show --spec @data@/typical.xml --cache printer:Lobby",
+         "the printer's values:\n  Maker\tQuillmere\tnever goes stale\n  Model\tQ 420\tnever goes "
+         "stale\n  State\tidle\t* old\tfresh\n  site:Series\tA & B\tnever goes stale\n");
+  Expect("cache clear --cache printer:Lobby", "Removed 8 values and 0 keys.\n");
+  Expect(elsewhere, "", "corvane: State: no value *\ncorvane: Model: no value *\n", 1);
 }
 
 }  // namespace

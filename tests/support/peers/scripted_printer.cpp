@@ -161,7 +161,9 @@ class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
   std::string Group(int id) { return JobGroup(id, m_state.jobs[id], m_printer.UpTime()); }
   void AnswerOfJob() {
     for (auto& [id, job] : m_state.jobs) {
-      if (m_asked.attributes["job-uri"] != kJobUri + std::to_string(id)) continue;
+      const bool isMeant = m_asked.attributes["job-uri"] == kJobUri + std::to_string(id) ||
+                           m_asked.attributes["job-id"] == BigEndian({id});
+      if (!isMeant) continue;
       if (m_asked.operation == IPPOperation::kCancelJob) {
         if (!m_state.cancels) return Reply(kRefusal);
         job.state = kCancelled;
