@@ -16,7 +16,6 @@ class Event final : public Waitable {
 
   void Reset() { m_signalled = false; }
   void TakeSignal() override { m_signalled = m_signalled && m_manualReset; }
-  bool ReleasesAll() const override { return m_manualReset; }
 
  private:
   const bool m_manualReset;

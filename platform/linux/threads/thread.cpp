@@ -15,7 +15,7 @@ class Thread final : public Waitable {
   }
 
   // The thread is about to end. After a wait for it, it has ended.
-  void TakeSignal() override {
+  void WaitedFor() override {
     if (m_thread.joinable()) m_thread.join();
   }
 

@@ -3,20 +3,28 @@
 #define CORVANE_PLATFORM_LINUX_THREADS_WAITABLE_H_
 
 #include <condition_variable>
-#include <cstdint>
+#include <list>
+#include <memory>
 #include <mutex>
+#include <optional>
+#include <vector>
 
 #include "platform/linux/misc/handle_table.h"
 
 namespace Corvane {
 
+struct Wait;
+
 // One lock and one condition for all objects: a wait for several of them sees one moment, and there
 // are only as many as print jobs.
 struct WaitingRoom {
   std::mutex mutex;
-  std::condition_variable changed;  // something became signalled
+  std::condition_variable changed;  // a wait has ended
+  std::list<Wait*> waits;           // those that have not, the longest first
 
   static WaitingRoom& OfProcess();
+  // Ends the waits that an object has ended which became signalled.
+  void EndWaits();
 };
 
 class Waitable : public HandleObject {
@@ -29,19 +37,24 @@ class Waitable : public HandleObject {
   bool IsSignalled() const { return m_signalled; }
   void Signal() {
     m_signalled = true;
-    ++m_signals;
-    WaitingRoom::OfProcess().changed.notify_all();
+    WaitingRoom::OfProcess().EndWaits();
   }
   virtual void TakeSignal() {}  // a wait has ended because of it
-  // Whether a signal releases every waiting thread, even when it is reset before they wake.
-  virtual bool ReleasesAll() const { return true; }
-  std::uint64_t Signals() const { return m_signals; }
+  virtual void WaitedFor() {}   // the same, called by the thread that waited
 
  protected:
   bool m_signalled;  // guarded by the room's mutex, as all here
+};
 
- private:
-  std::uint64_t m_signals = 0;  // so far
+// What one thread waits for. Who signals an object ends the waits for it there and then: what
+// becomes of the object before their threads wake, a reset or another wait, takes nothing back.
+struct Wait {
+  std::vector<std::shared_ptr<Waitable>> objects;
+  bool all = false;
+  std::optional<std::size_t> endedBy = {};  // an index; 0 for all
+
+  // With the room's mutex held; takes the signals.
+  bool TryEnd();
 };
 
 }  // namespace Corvane

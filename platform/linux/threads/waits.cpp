@@ -1,6 +1,6 @@
+#include <algorithm>
 #include <chrono>
 #include <thread>
-#include <vector>
 
 #include "platform/linux/misc/exception_wall.h"
 #include "platform/linux/threads/threads.h"
@@ -9,59 +9,53 @@
 namespace Corvane {
 namespace {
 
-struct Waited {
-  std::shared_ptr<Waitable> object;
-  std::uint64_t signals = 0;  // that it had when the wait began
-
-  bool IsSignalled() const {
-    return object->IsSignalled() || (object->ReleasesAll() && object->Signals() != signals);
-  }
-};
-using Objects = std::vector<Waited>;
-
 DWORD WaitFailed(DWORD error) {
   SetLastError(error);
   return WAIT_FAILED;
 }
 
-// The index of the object that ends the wait; the count when none does.
-DWORD FindSignalled(const Objects& objects, bool all) {
-  const auto count = static_cast<DWORD>(objects.size());
-  DWORD signalled = 0;
-  for (DWORD i = 0; i < count; ++i) {
-    if (!objects[i].IsSignalled()) continue;
-    if (!all) {
-      objects[i].object->TakeSignal();
-      return i;
-    }
-    ++signalled;
-  }
-  if (!all || signalled < count) return count;
-  for (const Waited& each : objects) each.object->TakeSignal();
-  return 0;
-}
-
-DWORD Wait(Objects& objects, bool all, DWORD milliseconds) {
+DWORD Run(Wait& wait, DWORD milliseconds) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   WaitingRoom& room = WaitingRoom::OfProcess();
   std::unique_lock lock(room.mutex);
-  for (Waited& each : objects) each.signals = each.object->Signals();
-  const auto count = static_cast<DWORD>(objects.size());
-  // A wait of 0 ms only asks: sleeping, even for no time, would cost more than 50 us.
-  for (bool late = milliseconds == 0;;) {
-    if (const DWORD index = FindSignalled(objects, all); index < count) {
-      return WAIT_OBJECT_0 + index;
-    }
-    if (late) return WAIT_TIMEOUT;
+  if (!wait.TryEnd()) {
+    // Only asks: sleeping, even for no time, would cost more than 50 us.
+    if (milliseconds == 0) return WAIT_TIMEOUT;
+    const auto hasEnded = [&wait] { return wait.endedBy.has_value(); };
+    room.waits.push_back(&wait);
     if (milliseconds == INFINITE) {
-      room.changed.wait(lock);
-    } else {
-      late = room.changed.wait_until(lock, end) == std::cv_status::timeout;
+      room.changed.wait(lock, hasEnded);
+    } else if (!room.changed.wait_until(lock, end, hasEnded)) {
+      room.waits.remove(&wait);
+      return WAIT_TIMEOUT;
     }
   }
+  for (std::size_t i = 0; i < wait.objects.size(); ++i) {
+    if (wait.all || i == wait.endedBy) wait.objects[i]->WaitedFor();
+  }
+  return WAIT_OBJECT_0 + static_cast<DWORD>(*wait.endedBy);
 }
 
 }  // namespace
+
+bool Wait::TryEnd() {
+  const auto isSignalled = [](const auto& object) { return object->IsSignalled(); };
+  if (all) {
+    if (!std::ranges::all_of(objects, isSignalled)) return false;
+    for (const auto& object : objects) object->TakeSignal();
+    endedBy = 0;
+    return true;
+  }
+  const auto found = std::ranges::find_if(objects, isSignalled);
+  if (found == objects.end()) return false;
+  (*found)->TakeSignal();
+  endedBy = static_cast<std::size_t>(found - objects.begin());
+  return true;
+}
+
+void WaitingRoom::EndWaits() {
+  if (std::erase_if(waits, [](Wait* wait) { return wait->TryEnd(); }) > 0) changed.notify_all();
+}
 
 WaitingRoom& WaitingRoom::OfProcess() {
   // Never destroyed: threads may outlive the end of main().
@@ -88,12 +82,12 @@ DWORD WINAPI WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all
   }
   DWORD result = WAIT_FAILED;
   const LSTATUS error = BehindWall([&]() -> LSTATUS {
-    Corvane::Objects objects;
+    Corvane::Wait wait{.objects = {}, .all = all != FALSE};
     for (DWORD i = 0; i < count; ++i) {
-      objects.push_back({HandleTable::OfProcess().Find<Waitable>(handles[i])});
-      if (!objects.back().object) return ERROR_INVALID_HANDLE;
+      wait.objects.push_back(HandleTable::OfProcess().Find<Waitable>(handles[i]));
+      if (!wait.objects.back()) return ERROR_INVALID_HANDLE;
     }
-    result = Corvane::Wait(objects, all != FALSE, milliseconds);
+    result = Corvane::Run(wait, milliseconds);
     return ERROR_SUCCESS;
   });
   return error == ERROR_SUCCESS ? result : Corvane::WaitFailed(static_cast<DWORD>(error));
