@@ -6,31 +6,37 @@
 #include <bit>
 #include <ctime>
 #include <set>
+#include <sstream>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <utility>
 
 #include "corvane/platform.h"
 #include "platform/system.h"
+#include "tests/support/cases.h"
 #include "tests/support/wine.h"
 
+namespace Corvane::Test {
 namespace {
-
-using Corvane::Test::UnderWine;
 
 constexpr DWORD kSentinel = 4711;  // a last error that nothing here sets
 
 // A result and the last error.
 using Result = std::pair<int, DWORD>;
+template <typename Call>
+Result ResultOf(Call call) {
+  SetLastError(kSentinel);
+  const int result = call();
+  return {result, GetLastError()};
+}
+
+constexpr Result kInvalid(0, ERROR_INVALID_PARAMETER);
 
 TEST(TextTest, WidenChecksItsArguments) {
   wchar_t out[8];
-  const auto widen = [](const char* text, int bytes, wchar_t* output, int size,
-                        UINT codePage = CP_UTF8, DWORD flags = 0) {
-    SetLastError(kSentinel);
-    const int result = MultiByteToWideChar(codePage, flags, text, bytes, output, size);
-    return Result(result, GetLastError());
+  const auto widen = [](const char* text, int bytes, wchar_t* output, int size, UINT page = CP_UTF8,
+                        DWORD flags = 0) {
+    return ResultOf([&] { return MultiByteToWideChar(page, flags, text, bytes, output, size); });
   };
   EXPECT_EQ(Result(3, kSentinel), widen("ab", -1, out, 8, CP_ACP));
   EXPECT_EQ(Result(3, kSentinel), widen("ab", -2, out, 8));
@@ -41,87 +47,52 @@ TEST(TextTest, WidenChecksItsArguments) {
   EXPECT_EQ(Result(0, ERROR_NO_UNICODE_TRANSLATION),
             widen("a\x80", 2, out, 8, CP_UTF8, MB_ERR_INVALID_CHARS));
   EXPECT_EQ(Result(2, kSentinel), widen("a\x80", 2, out, 8));
-  const Result invalid(0, ERROR_INVALID_PARAMETER);
-  EXPECT_EQ(invalid, widen("ab", 0, out, 8));
-  EXPECT_EQ(invalid, widen(nullptr, 2, out, 8));
-  EXPECT_EQ(invalid, widen("ab", 2, nullptr, 8));
-  EXPECT_EQ(invalid, widen("ab", 2, out, -1));
-  EXPECT_EQ(invalid, widen("ab", 2, out, 8, 12345));
+  EXPECT_EQ(kInvalid, widen("ab", 0, out, 8));
+  EXPECT_EQ(kInvalid, widen(nullptr, 2, out, 8));
+  EXPECT_EQ(kInvalid, widen("ab", 2, nullptr, 8));
+  EXPECT_EQ(kInvalid, widen("ab", 2, out, -1));
+  EXPECT_EQ(kInvalid, widen("ab", 2, out, 8, 12345));
+  if (UnderWine()) GTEST_SKIP() << "Wine 8 takes MB_PRECOMPOSED, which UTF-8 does not have";
+  constexpr DWORD kPrecomposed = 1;
+  EXPECT_EQ(Result(0, ERROR_INVALID_FLAGS), widen("ab", 2, out, 8, CP_UTF8, kPrecomposed));
 }
 
 TEST(TextTest, NarrowChecksItsArguments) {
   char out[8];
-  const auto narrow = [](const wchar_t* text, int chars, char* output, int size, DWORD flags = 0) {
-    SetLastError(kSentinel);
-    const int result =
-        WideCharToMultiByte(CP_UTF8, flags, text, chars, output, size, nullptr, nullptr);
-    return Result(result, GetLastError());
+  const auto narrow = [](const wchar_t* text, int chars, char* output, int size, DWORD flags = 0,
+                         const char* replacement = nullptr, BOOL* replaced = nullptr) {
+    return ResultOf([&] {
+      return WideCharToMultiByte(CP_UTF8, flags, text, chars, output, size, replacement, replaced);
+    });
   };
+  const wchar_t lone[] = {static_cast<wchar_t>(0xD800)};
   EXPECT_EQ(Result(3, kSentinel), narrow(L"ab", -1, out, 8));
   EXPECT_EQ(Result(0, ERROR_INSUFFICIENT_BUFFER), narrow(L"a\u20AC", 2, out, 3));
   EXPECT_EQ(Result(0, ERROR_INVALID_FLAGS), narrow(L"ab", 2, out, 8, 1));
-  const wchar_t lone[] = {static_cast<wchar_t>(0xD800)};
   EXPECT_EQ(Result(0, ERROR_NO_UNICODE_TRANSLATION), narrow(lone, 1, out, 8, WC_ERR_INVALID_CHARS));
   EXPECT_EQ(Result(3, kSentinel), narrow(lone, 1, out, 8));
-  const Result invalid(0, ERROR_INVALID_PARAMETER);
-  EXPECT_EQ(invalid, narrow(L"ab", 0, out, 8));
-  EXPECT_EQ(invalid, narrow(nullptr, 2, out, 8));
-  EXPECT_EQ(invalid, narrow(L"ab", 2, nullptr, 8));
+  EXPECT_EQ(kInvalid, narrow(L"ab", 0, out, 8));
+  EXPECT_EQ(kInvalid, narrow(nullptr, 2, out, 8));
+  EXPECT_EQ(kInvalid, narrow(L"ab", 2, nullptr, 8));
+  if (UnderWine()) GTEST_SKIP() << "Wine 8 takes default characters for UTF-8";
+  BOOL replaced = FALSE;
+  EXPECT_EQ(kInvalid, narrow(L"ab", 2, out, 8, 0, "?"));
+  EXPECT_EQ(kInvalid, narrow(L"ab", 2, out, 8, 0, nullptr, &replaced));
 }
-
-TEST(TextTest, RefusesWhatUtf8DoesNotHave) {
-  if (UnderWine()) GTEST_SKIP() << "Wine 8 takes MB_PRECOMPOSED and default characters for UTF-8";
-  constexpr DWORD kPrecomposed = 1;
-  wchar_t wide[4];
-  char narrow[4];
-  BOOL used = FALSE;
-  EXPECT_EQ(0, MultiByteToWideChar(CP_UTF8, kPrecomposed, "ab", 2, wide, 4));
-  EXPECT_EQ(DWORD{ERROR_INVALID_FLAGS}, GetLastError());
-  EXPECT_EQ(0, WideCharToMultiByte(CP_UTF8, 0, L"ab", 2, narrow, 4, "?", nullptr));
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
-  EXPECT_EQ(0, WideCharToMultiByte(CP_UTF8, 0, L"ab", 2, narrow, 4, nullptr, &used));
-}
-
-using Fields = std::array<WORD, 8>;  // of a SYSTEMTIME
 
 TEST(TimeTest, CountsUnitsSince1601) {
-  const std::pair<Fields, std::uint64_t> cases[] = {
-      {{1601, 1, 1, 1, 0, 0, 0, 0}, 0},
-      {{1601, 1, 1, 1, 0, 0, 0, 1}, 10'000},
-      {{1900, 2, 3, 28, 23, 59, 59, 999}, 94'405'823'999'990'000},
-      {{2000, 2, 2, 29, 23, 59, 59, 999}, 125'963'423'999'990'000},
-      {{1970, 1, 4, 1, 0, 0, 0, 0}, 116'444'736'000'000'000},
-      {{30827, 12, 5, 31, 23, 59, 59, 999}, 9'223'149'887'999'990'000}};
-  for (const auto& [fields, units] : cases) {
+  for (const Case& c : CasesHere("platform/times.txt")) {
+    SCOPED_TRACE(c.Where());
+    std::array<WORD, 8> fields{};  // of a SYSTEMTIME
+    std::istringstream text(c.Text("fields"));
+    for (WORD& field : fields) text >> field;
     const auto time = std::bit_cast<SYSTEMTIME>(fields);
-    FILETIME fileTime{};
-    EXPECT_TRUE(SystemTimeToFileTime(&time, &fileTime));
-    EXPECT_EQ(units, std::bit_cast<std::uint64_t>(fileTime)) << testing::PrintToString(fields);
-  }
-}
-
-void ExpectRefused(const Fields& fields) {
-  const auto time = std::bit_cast<SYSTEMTIME>(fields);
-  FILETIME fileTime = {1, 2};
-  SetLastError(kSentinel);
-  EXPECT_FALSE(SystemTimeToFileTime(&time, &fileTime)) << testing::PrintToString(fields);
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
-  EXPECT_EQ(1u, fileTime.dwLowDateTime);
-}
-
-TEST(TimeTest, RefusesFieldsOutOfRange) {
-  for (const Fields& fields :
-       {Fields{1600, 12, 0, 31}, Fields{2001, 0, 0, 1}, Fields{2001, 13, 0, 1},
-        Fields{2001, 257, 0, 1}, Fields{2001, 1, 0, 0}, Fields{2001, 1, 0, 32},
-        Fields{2001, 1, 0, 257}, Fields{2001, 4, 0, 31}, Fields{2001, 1, 0, 1, 24},
-        Fields{2001, 1, 0, 1, 0, 60}, Fields{2001, 1, 0, 1, 0, 0, 60},
-        Fields{2001, 1, 0, 1, 0, 0, 0, 1000}}) {
-    ExpectRefused(fields);
-  }
-  if (UnderWine()) GTEST_SKIP() << "Wine 8 takes 29 February in every year, and the year 30828";
-  for (const Fields& fields :
-       {Fields{30828, 1, 0, 1}, Fields{2001, 2, 0, 29}, Fields{1900, 2, 0, 29}}) {
-    ExpectRefused(fields);
+    FILETIME converted = {1, 2};
+    SetLastError(kSentinel);
+    const bool done = SystemTimeToFileTime(&time, &converted) != FALSE;
+    EXPECT_EQ(c.Find("units").has_value(), done);
+    EXPECT_EQ(done ? kSentinel : DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
+    EXPECT_EQ(done ? c.Number("units") : 0x2'0000'0001, std::bit_cast<std::int64_t>(converted));
   }
 }
 
@@ -182,3 +153,4 @@ TEST(LastErrorTest, BelongsToItsThread) {
 }
 
 }  // namespace
+}  // namespace Corvane::Test

@@ -2,48 +2,51 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "corvane/handles.h"
 #include "platform/system.h"
-#include "platform/write_group.h"
+#include "tests/support/cases.h"
 #include "tests/support/test_printer.h"
 #include "tests/support/test_store.h"
 #include "tests/support/wine.h"
 
+namespace Corvane::Test {
 namespace {
 
 using namespace std::string_literals;
-using Corvane::Test::TestPrinter;
-using Corvane::Test::UnderWine;
+using Bytes = std::vector<BYTE>;
 
 constexpr DWORD kSuccess = ERROR_SUCCESS;
-using Bytes = std::vector<BYTE>;
+constexpr DWORD kMoreData = ERROR_MORE_DATA;
+
+DWORD Set(HANDLE printer, const wchar_t* key, const wchar_t* name, Bytes data = {1},
+          DWORD type = REG_BINARY) {
+  return SetPrinterDataExW(printer, key, name, type, data.data(), static_cast<DWORD>(data.size()));
+}
+
+DWORD Get(HANDLE printer, const wchar_t* key, const wchar_t* name, Bytes* data) {
+  DWORD needed = 0;
+  data->resize(64);
+  const DWORD code = GetPrinterDataExW(printer, key, name, nullptr, data->data(), 64, &needed);
+  data->resize(needed);
+  return code;
+}
 
 class SpoolerTest : public testing::Test {
  protected:
   void SetUp() override {
-    if (m_printer.Handle() == nullptr) GTEST_SKIP() << m_printer.Problem();
+    if (Printer() == nullptr) GTEST_SKIP() << m_printer.Problem();
   }
 
   HANDLE Printer() const { return m_printer.Handle(); }
   const TestPrinter& Queue() const { return m_printer; }
 
-  DWORD Set(const wchar_t* key, const wchar_t* name, DWORD type, Bytes data) const {
-    return SetPrinterDataExW(Printer(), key, name, type, data.data(),
-                             static_cast<DWORD>(data.size()));
-  }
-  Bytes Get(const wchar_t* key, const wchar_t* name) const {
-    Bytes data(64);
-    DWORD needed = 0;
-    const DWORD result = GetPrinterDataExW(Printer(), key, name, nullptr, data.data(), 64, &needed);
-    data.resize(result == kSuccess ? needed : 0);
-    return data;
-  }
-
  private:
-  Corvane::Test::TestStore m_store;
+  TestStore m_store;
   TestPrinter m_printer;
 };
 
@@ -54,19 +57,19 @@ TEST_F(SpoolerTest, EnumeratesWhatWasSet) {
       // Terminated: of another text the system may look one character further.
       {L"Text", {REG_SZ, {'o', 0, 'f', 0, 'f', 0, 0, 0}}}};
   for (const auto& [name, value] : values) {
-    ASSERT_EQ(kSuccess, Set(L"UBidiData", name.c_str(), value.first, value.second));
+    ASSERT_EQ(kSuccess, Set(Printer(), L"UBidiData", name.c_str(), value.second, value.first));
   }
-  DWORD needed = 0;
-  DWORD count = 7;
-  ASSERT_EQ(DWORD{ERROR_MORE_DATA},
-            EnumPrinterDataExW(Printer(), L"UBidiData", nullptr, 0, &needed, &count));
+  DWORD needed = 0, count = 7;
+  const auto enumerate = [&](Bytes* buffer, DWORD size) {
+    return EnumPrinterDataExW(Printer(), L"ubididata", buffer ? buffer->data() : nullptr, size,
+                              &needed, &count);
+  };
+  ASSERT_EQ(kMoreData, enumerate(nullptr, 0));
   const DWORD size = needed;
   Bytes buffer(size);
-  EXPECT_EQ(DWORD{ERROR_MORE_DATA},
-            EnumPrinterDataExW(Printer(), L"UBidiData", buffer.data(), size - 1, &needed, &count));
+  EXPECT_EQ(kMoreData, enumerate(&buffer, size - 1));
   EXPECT_EQ(size, needed);
-  ASSERT_EQ(kSuccess,
-            EnumPrinterDataExW(Printer(), L"ubididata", buffer.data(), size, &needed, &count));
+  ASSERT_EQ(kSuccess, enumerate(&buffer, size));
   ASSERT_EQ(values.size(), count);
   std::map<std::wstring, std::pair<DWORD, Bytes>> found;
   for (DWORD i = 0; i < count; ++i) {
@@ -80,87 +83,61 @@ TEST_F(SpoolerTest, EnumeratesWhatWasSet) {
   }
   EXPECT_EQ(values, found);
   if (UnderWine()) GTEST_SKIP() << "Wine 8 counts the values that did not fit";
-  EnumPrinterDataExW(Printer(), L"UBidiData", nullptr, 0, &needed, &count);
+  EXPECT_EQ(kMoreData, enumerate(nullptr, 0));
   EXPECT_EQ(0u, count);
 }
 
-TEST_F(SpoolerTest, ChecksArguments) {
-  DWORD needed = 0;
-  DWORD count = 0;
-  const auto enumerate = [&](HANDLE printer, const wchar_t* key) {
-    return EnumPrinterDataExW(printer, key, nullptr, 0, &needed, &count);
-  };
-  EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, enumerate(Printer(), L"UBidiData"));
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, enumerate(Printer(), nullptr));
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, enumerate(Printer(), L""));
-  EXPECT_EQ(DWORD{ERROR_INVALID_HANDLE}, enumerate(nullptr, L"UBidiData"));
-  EXPECT_EQ(DWORD{ERROR_INVALID_HANDLE}, SetPrinterDataExW(reinterpret_cast<HANDLE>(0x12345678),
-                                                           L"k", L"v", REG_SZ, nullptr, 0));
-  EXPECT_FALSE(ClosePrinter(reinterpret_cast<HANDLE>(0x12345678)));
-  EXPECT_EQ(DWORD{ERROR_INVALID_HANDLE}, GetLastError());
-  if (UnderWine()) GTEST_SKIP() << "Wine 8 takes null names in SetPrinterDataExW";
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, Set(nullptr, L"v", REG_BINARY, {1}));
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, Set(L"", L"v", REG_BINARY, {1}));
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, Set(L"k", nullptr, REG_BINARY, {1}));
+// The codes of calls on a printer with the value "v" of the key "k".
+TEST_F(SpoolerTest, RefusesWhatItCannotDo) {
+  const TestPrinter other;
+  const UniquePrinter user(Queue().Open(PRINTER_ACCESS_USE));
+  UniqueHkey key;
+  ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software", 0, nullptr, 0, KEY_READ,
+                                           nullptr, key.Receive(), nullptr));
+  const std::map<std::string, HANDLE> printers = {
+      {"own", Printer()},   {"other", other.Handle()},
+      {"user", user.Get()}, {"key", key.Get()},
+      {"null", nullptr},    {"none", reinterpret_cast<HANDLE>(0x12345678)}};
+  DWORD needed = 0, count = 0;
+  using Text = const wchar_t*;
+  const std::map<std::string, std::function<DWORD(HANDLE, Text, Text)>> calls = {
+      {"set", [&](HANDLE h, Text k, Text v) { return Set(h, k, v); }},
+      {"get", [&](HANDLE h, Text k,
+                  Text v) { return GetPrinterDataExW(h, k, v, nullptr, nullptr, 0, &needed); }},
+      {"delete", [&](HANDLE h, Text k, Text v) { return DeletePrinterDataExW(h, k, v); }},
+      {"enumerate", [&](HANDLE h, Text k,
+                        Text) { return EnumPrinterDataExW(h, k, nullptr, 0, &needed, &count); }},
+      {"close", [&](HANDLE h, Text, Text) { return ClosePrinter(h) ? 0 : GetLastError(); }}};
+  ASSERT_EQ(kSuccess, Set(Printer(), L"k", L"v"));
+  for (const Case& c : CasesHere("platform/spooler_codes.txt")) {
+    const std::wstring name = c.Wide("key"), value = c.Wide("value");
+    EXPECT_EQ(c.Number("code"), calls.at(c.Text("call"))(printers.at(c.Text("printer")),
+                                                         name == L"-" ? nullptr : name.c_str(),
+                                                         value == L"-" ? nullptr : value.c_str()))
+        << c.Where();
+  }
+  EXPECT_EQ(ERROR_INVALID_HANDLE, RegCloseKey(static_cast<HKEY>(other.Handle())));
 }
 
 TEST_F(SpoolerTest, ReplacesGetsAndDeletes) {
-  EXPECT_EQ(kSuccess, Set(L"k", L"v", REG_BINARY, {1}));
-  EXPECT_EQ(kSuccess, Set(L"K", L"V", REG_BINARY, {2, 3}));
-  EXPECT_EQ((Bytes{2, 3}), Get(L"k", L"v"));
-  DWORD needed = 0;
-  EXPECT_EQ(DWORD{ERROR_MORE_DATA},
-            GetPrinterDataExW(Printer(), L"k", L"v", nullptr, nullptr, 0, &needed));
-  EXPECT_EQ(2u, needed);
-  EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND},
-            GetPrinterDataExW(Printer(), L"k", L"w", nullptr, nullptr, 0, &needed));
-  if (UnderWine()) GTEST_SKIP() << "Wine 8 has no DeletePrinterDataExW";
-  EXPECT_EQ(kSuccess, DeletePrinterDataExW(Printer(), L"k", L"v"));
-  EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, DeletePrinterDataExW(Printer(), L"k", L"v"));
-  DWORD count = 7;
-  EXPECT_EQ(kSuccess, EnumPrinterDataExW(Printer(), L"k", nullptr, 0, &needed, &count));
-  EXPECT_EQ(0u, needed);
-  EXPECT_EQ(0u, count);
-}
-
-TEST_F(SpoolerTest, RefusesDataThatCannotBeRead) {
+  Bytes data;
+  EXPECT_EQ(kSuccess, Set(Printer(), L"k", L"v"));
+  EXPECT_EQ(kSuccess, Set(Printer(), L"K", L"V", {2, 3}));
+  EXPECT_EQ(kSuccess, Get(Printer(), L"k", L"v", &data));
+  EXPECT_EQ((Bytes{2, 3}), data);
   for (const std::intptr_t address : {42, 100'000, -1}) {
     if (UnderWine() && address != 42) continue;  // Wine 8 reads it, and crashes
     EXPECT_EQ(DWORD{ERROR_NOACCESS},
-              SetPrinterDataExW(Printer(), L"k", L"v", REG_SZ, reinterpret_cast<BYTE*>(address), 4))
+              SetPrinterDataExW(Printer(), L"k", L"w", REG_SZ, reinterpret_cast<BYTE*>(address), 4))
         << address;
   }
-  EXPECT_EQ(Bytes{}, Get(L"k", L"v"));
-}
-
-TEST_F(SpoolerTest, WritingNeedsTheRightToAdministrate) {
-  if (UnderWine()) GTEST_SKIP() << "Wine 8 lets every handle write";
-  const HANDLE user = Queue().Open(PRINTER_ACCESS_USE);
-  ASSERT_NE(nullptr, user);
-  BYTE data = 1;
-  EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, SetPrinterDataExW(user, L"k", L"v", REG_BINARY, &data, 1));
-  EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, DeletePrinterDataExW(user, L"k", L"v"));
-  EXPECT_EQ(kSuccess, Set(L"k", L"v", REG_BINARY, {1}));
-  DWORD needed = 0;
-  EXPECT_EQ(kSuccess, GetPrinterDataExW(user, L"k", L"v", nullptr, &data, 1, &needed));
-  EXPECT_TRUE(ClosePrinter(user));
-}
-
-TEST_F(SpoolerTest, KeepsPrintersKeysAndHandlesApart) {
-  const TestPrinter other;
-  ASSERT_NE(nullptr, other.Handle());
-  EXPECT_EQ(kSuccess, Set(L"k", L"v", REG_BINARY, {1}));
-  EXPECT_EQ(Bytes{}, Get(L"other", L"v"));
-  BYTE data = 0;
-  DWORD needed = 0;
-  EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND},
-            GetPrinterDataExW(other.Handle(), L"k", L"v", nullptr, &data, 1, &needed));
-  EXPECT_EQ(ERROR_INVALID_HANDLE, RegCloseKey(static_cast<HKEY>(other.Handle())));
-  HKEY key = nullptr;
-  ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software", 0, nullptr, 0, KEY_READ,
-                                           nullptr, &key, nullptr));
-  EXPECT_FALSE(ClosePrinter(key));
-  EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(key));
+  EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, Get(Printer(), L"k", L"w", &data));
+  if (UnderWine()) GTEST_SKIP() << "Wine 8 has no DeletePrinterDataExW";
+  EXPECT_EQ(kSuccess, DeletePrinterDataExW(Printer(), L"k", L"v"));
+  EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, DeletePrinterDataExW(Printer(), L"k", L"v"));
+  DWORD needed = 7, count = 7;
+  EXPECT_EQ(kSuccess, EnumPrinterDataExW(Printer(), L"k", nullptr, 0, &needed, &count));
+  EXPECT_EQ(0u, needed + count);
 }
 
 TEST_F(SpoolerTest, RefusesIllFormedPrinterNames) {
@@ -174,3 +151,4 @@ TEST_F(SpoolerTest, RefusesIllFormedPrinterNames) {
 }
 
 }  // namespace
+}  // namespace Corvane::Test
