@@ -119,9 +119,9 @@ TEST_F(RegistryTest, RefusesWhatItCannotDo) {
   ASSERT_EQ(ERROR_SUCCESS, Create(Key(), L"a\\b", made.Receive()));
   ASSERT_EQ(ERROR_SUCCESS, Create(Key(), L"gone", deleted.Receive()));
   ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(Key(), L"gone"));
-  const HKEY closed = made.Get();
-  made.Reset();
   const UniqueHkey reader = Open(L"", KEY_READ), writer = Open(L"", KEY_WRITE);
+  const HKEY closed = made.Get();
+  made.Reset();  // the last to be opened or closed here, as Windows gives its value away again
   const std::map<std::string, HKEY> keys = {{"own", Key()},
                                             {"reader", reader.Get()},
                                             {"writer", writer.Get()},
