@@ -234,8 +234,11 @@ HRESULT NetSnmpConnection::GetGroup(const wchar_t** oids, VARIANT* values, std::
   for (const std::optional<Oid>& name : names) {
     if (name) wanted.push_back(&*name);
   }
+  const auto ask = [this](const SnmpRequest& request, const SnmpPatience& patience) {
+    return m_session.Exchange(request, patience);
+  };
   const std::vector<SnmpDatum> data =
-      SnmpGroupRead(&m_session, Patience(kRequestsOfGroup), &m_groupSizes, wanted).Run();
+      SnmpGroupRead(ask, Patience(kRequestsOfGroup), &m_groupSizes, wanted).Run();
   const auto came = [](const SnmpDatum& datum) { return datum.result == S_OK; };
   const auto valueCount = static_cast<std::size_t>(std::count_if(data.begin(), data.end(), came));
   if (valueCount < count) {

@@ -44,9 +44,9 @@ const netsnmp_variable_list* FindInGroup(const SnmpReply& reply, const Oid& name
 
 }  // namespace
 
-SnmpGroupRead::SnmpGroupRead(SnmpSession* session, const SnmpPatience& patience,
-                             SnmpGroupSizes* sizes, const std::vector<const Oid*>& wanted)
-    : m_session(session),
+SnmpGroupRead::SnmpGroupRead(SnmpAsk ask, const SnmpPatience& patience, SnmpGroupSizes* sizes,
+                             const std::vector<const Oid*>& wanted)
+    : m_ask(std::move(ask)),
       m_patience(patience),
       m_sizes(sizes),
       m_wanted(wanted),
@@ -157,7 +157,7 @@ SnmpReply SnmpGroupRead::Ask(Part part, std::uint32_t tries) {
   --m_requestsLeft;
   SnmpRequest request;
   for (const std::size_t index : part) request.oids.push_back(m_wanted[index]);
-  return m_session->Exchange(request, {m_patience.timeout, tries, m_patience.deadline});
+  return m_ask(request, {m_patience.timeout, tries, m_patience.deadline});
 }
 
 void SnmpGroupRead::Shrink(std::size_t failedSize) {

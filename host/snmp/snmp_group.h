@@ -3,6 +3,7 @@
 #define CORVANE_HOST_SNMP_SNMP_GROUP_H_
 
 #include <cstddef>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -17,13 +18,16 @@ struct SnmpGroupSizes {
   std::size_t answered = 0;  // OIDs of the largest request that was answered
 };
 
+// Asks the agent, as SnmpSession::Exchange does.
+using SnmpAsk = std::function<SnmpReply(const SnmpRequest&, const SnmpPatience&)>;
+
 // Reads the values of `wanted`, which outlive it, once. A request that is too big for the agent,
 // makes it fail or gets no answer is asked in halves, and `sizes` remembers that. An agent that
 // fails a request for one OID's sake is asked for the others again. The requests are bounded in
 // number as well as in time, whatever the agent answers.
 class SnmpGroupRead {
  public:
-  SnmpGroupRead(SnmpSession* session, const SnmpPatience& patience, SnmpGroupSizes* sizes,
+  SnmpGroupRead(SnmpAsk ask, const SnmpPatience& patience, SnmpGroupSizes* sizes,
                 const std::vector<const Oid*>& wanted);
 
   // One for each OID: a value came for it only when the answer had its very name.
@@ -43,7 +47,7 @@ class SnmpGroupRead {
   void FailAll(Part part, HRESULT failure);
   bool IsOver() const { return FAILED(m_over); }
 
-  SnmpSession* const m_session;
+  const SnmpAsk m_ask;
   const SnmpPatience m_patience;
   SnmpGroupSizes* const m_sizes;
   const std::vector<const Oid*>& m_wanted;

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "base/utf8.h"
 #include "corvane/transport.h"
 #include "host/network_address.h"
 
@@ -24,9 +25,11 @@ using Owned = std::unique_ptr<T, Disposer>;
 struct Exchanged {
   HRESULT result = E_UNEXPECTED;
   std::uint32_t error = 0;
-  std::uint32_t status = 0;  // 0: no response
+  std::uint32_t status = 0;     // 0: no response
+  std::uint32_t stepError = 0;  // of the step of a streaming that failed
   std::string body;
   std::wstring contentType;
+  std::wstring connection;  // the field X-Connection
   std::wstring failure;
 };
 
@@ -40,19 +43,19 @@ inline Exchanged GetExchanged(const Owned<Address>& address, HTTPRequest* reques
   if (!response) return seen;
   seen.status = response->GetStatusCode();
   seen.contentType = response->GetContentType();
+  seen.connection = OrEmpty(response->GetHeader(L"x-connection"));
   const char* const content = response->GetContent();
   seen.body.assign(content, response->GetContentLength());
   EXPECT_EQ(content[seen.body.size()], '\0');
   return seen;
 }
 
+using Configure = std::function<void(HTTPRequest*)>;
+
 inline Exchanged Exchange(const Owned<Address>& address, const std::wstring& path,
-                          const std::function<void(HTTPRequest*)>& configure = {},
-                          std::uint32_t port = 8080, bool forIPP = false) {
+                          const Configure& configure = {}, std::uint32_t port = 8080) {
   HTTPRequest* made = nullptr;
-  EXPECT_EQ(
-      forIPP ? address->CreateIPPHTTPRequest(&made, port) : address->CreateHTTPRequest(&made, port),
-      S_OK);
+  EXPECT_EQ(address->CreateHTTPRequest(&made, port), S_OK);
   if (!made) return {};
   const Owned<HTTPRequest> request(made);
   request->SetURI(path.c_str());
@@ -65,11 +68,11 @@ inline void PostText(HTTPRequest* request, const std::string& body) {
   request->SetRequestData(body.data(), static_cast<std::uint32_t>(body.size()));
 }
 
-// A device on a loopback port, asked for as 8080.
+// A device on a loopback port, asked for as 8080 and 631.
 inline Host::NetworkOptions LoopbackOptions(std::uint16_t port) {
   Host::NetworkOptions options;
   options.host = L"127.0.0.1";
-  options.portMap = {{kQuarnPort, port}};
+  options.portMap = {{kQuarnPort, port}, {kIppPort, port}};
   options.totalTimeoutMs = 20'000;
   return options;
 }

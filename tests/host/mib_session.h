@@ -43,11 +43,6 @@ struct Read {
   std::wstring value;  // as Shown
 };
 
-struct GroupRead {
-  HRESULT result = E_UNEXPECTED;
-  std::vector<std::wstring> values;
-};
-
 class MibSession {
  public:
   explicit MibSession(const Host::NetworkOptions& options)
@@ -70,15 +65,18 @@ class MibSession {
     read.value = Shown(value);
     return read;
   }
-  GroupRead GetGroup(const std::vector<std::wstring>& oids) const {
+  // The values of a group, apart by blanks.
+  Read GetGroup(const std::vector<std::wstring>& oids) const {
     std::vector<const wchar_t*> names;
     for (const std::wstring& oid : oids) names.push_back(oid.c_str());
     std::vector<_variant_t> values(oids.size(), _variant_t(L"before"));
-    GroupRead group;
-    group.result = m_connection->GetMultipleValues(names.data(), values.data(),
-                                                   static_cast<std::uint32_t>(names.size()));
-    for (const _variant_t& value : values) group.values.push_back(Shown(value));
-    return group;
+    Read read;
+    read.result = m_connection->GetMultipleValues(names.data(), values.data(),
+                                                  static_cast<std::uint32_t>(names.size()));
+    for (const _variant_t& value : values) {
+      read.value += (read.value.empty() ? L"" : L" ") + Shown(value);
+    }
+    return read;
   }
   HRESULT Set(const std::wstring& oid, _variant_t value) const {
     return m_connection->SetValue(oid.c_str(), &value);

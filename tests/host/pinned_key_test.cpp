@@ -2,39 +2,30 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "corvane/error_codes.h"
-
-#include "base/letter_case.h"
 #include "base/utf8.h"
+#include "corvane/error_codes.h"
 #include "host/trust/pin_file.h"
-#include "tests/host/streaming.h"
+#include "tests/host/ways.h"
+#include "tests/support/cases.h"
 #include "tests/support/hr.h"
 #include "tests/support/peers/loopback_server.h"
 #include "tests/support/peers/nginx.h"
+#include "tests/support/process.h"
 
 namespace Corvane::Test {
 namespace {
 
 const std::string kOk = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok";
 const std::string kSomeKey = "sha256//" + std::string(43, 'A') + '=';
-
-std::string Content(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 // A device behind nginx; nginx reads its certificate anew for every handshake.
 class PinnedKey : public ::testing::Test {
@@ -53,7 +44,7 @@ class PinnedKey : public ::testing::Test {
                       1))
         << m_nginx.Failure();
     m_seen = m_device.Requests().size();  // of nginx being waited for
-    m_options = PrinterOptions(m_nginx.Port(0));
+    m_options = LoopbackOptions(m_nginx.Port(0));
     m_options.portMap[kIppsPort] = m_nginx.Port(0);
     m_pins = m_nginx.Folder().Path() / "pins";
     m_options.pinFile = m_pins.string();
@@ -69,13 +60,14 @@ class PinnedKey : public ::testing::Test {
   }
   // By the program openssl.
   std::string KeyOf(const std::string& certificate) const {
-    const std::string command =
-        "cd '" + m_nginx.Folder().Path().string() + "' && openssl x509 -pubkey -noout -in " +
-        certificate +
-        ".pem | openssl pkey -pubin -outform der | openssl dgst -sha256 -binary | "
-        "openssl base64 -A > key";
-    EXPECT_EQ(std::system(command.c_str()), 0);
-    return "sha256//" + Content(m_nginx.Folder().Path() / "key");
+    const std::string file = (m_nginx.Folder().Path() / (certificate + ".pem")).string();
+    const ProcessResult result =
+        RunProcess({"sh", "-c",
+                    "openssl x509 -pubkey -noout -in \"$0\" | openssl pkey -pubin -outform der | "
+                    "openssl dgst -sha256 -binary | openssl base64 -A",
+                    file});
+    EXPECT_EQ(result.output.size(), 44U) << result.error;
+    return "sha256//" + result.output;
   }
   std::size_t Requests() { return m_device.Requests().size() - m_seen; }
 
@@ -104,15 +96,15 @@ TEST_F(PinnedKey, TheFirstIsTrustedAndNoOther) {
     m_nginx.Folder().Write("pins", "# office");  // and no line end
     const std::string pinned = "# office\n" + m_name + ' ' + first + '\n';
     for (const char* const use : {"first use", "second use"}) {
-      const Exchanged seen = exchange(NetworkDevice(m_options), 443, "document", 0);
+      const Exchanged seen = exchange(NetworkDevice(m_options), 443, "document", {});
       EXPECT_EQ(seen.body, "ok") << use << testing::PrintToString(seen.failure);
-      EXPECT_EQ(Content(m_pins), pinned) << use;
+      EXPECT_EQ(m_nginx.Folder().Read("pins"), pinned) << use;
     }
 
     Show("second");
     m_options.caFile = (m_nginx.Folder().Path() / "second.pem").string();  // would vouch for it
     m_seen = m_device.Requests().size();
-    const Exchanged seen = exchange(NetworkDevice(m_options), 443, "document", 0);
+    const Exchanged seen = exchange(NetworkDevice(m_options), 443, "document", {});
     ExpectRefused(seen);
     EXPECT_TRUE(seen.failure.ends_with(
         ToWideStrictly("the key of " + m_name + " has changed from " + first + " to " + second +
@@ -120,7 +112,7 @@ TEST_F(PinnedKey, TheFirstIsTrustedAndNoOther) {
                        m_pins.string())
             .value()))
         << testing::PrintToString(seen.failure);
-    EXPECT_EQ(Content(m_pins), pinned);
+    EXPECT_EQ(m_nginx.Folder().Read("pins"), pinned);
     m_options.caFile.clear();
   }
 }
@@ -135,54 +127,58 @@ TEST_F(PinnedKey, AnOpenConnectionIsHeldToTheFileToo) {
   ExpectRefused(Exchange(address, L"/x", {}, 443));
 }
 
-TEST_F(PinnedKey, AFileThatSaysNothingSureRefuses) {
-  const std::string line = m_name + ' ' + kSomeKey + '\n';
-  const std::filesystem::path folder = m_nginx.Folder().Path();
-  std::filesystem::create_directories(folder / "folder");
-  const struct {
-    const char *name, *file;
-    std::string content;
-    const wchar_t* remark;
-  } kCases[] = {
-      {"no key", "pins", m_name + '\n', L"line 1 is not"},
-      {"another hash", "pins", m_name + " sha1//" + std::string(27, 'A') + "=\n", L"line 1 is not"},
-      {"half a key", "pins", "\n" + line.substr(0, line.size() - 9), L"line 2 is not"},
-      {"two spaces", "pins", m_name + "  " + kSomeKey + '\n', L"line 1 is not"},
-      {"no port", "pins", "127.0.0.1 " + kSomeKey + '\n', L"line 1 is not"},
-      {"NUL bytes", "pins", std::string(100, '\0'), L"line 1 is not"},
-      {"one name twice", "pins", line + line, L"lines 1 and 2 have one name"},
-      {"too large", "pins", std::string((1 << 20) + 1, '\n'), L"is larger than 1048576 bytes"},
-      {"full", "pins", std::string(1 << 20, '\n'), L"has no room for another key"},
-      {"a folder", "folder", "", L"is no file"},
-      {"in no folder", "absent/pins", "", L"cannot be written: No such file or directory"},
-  };
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(row.name);
-    m_options.pinFile = (folder / row.file).string();
-    if (!row.content.empty()) m_nginx.Folder().Write(row.file, row.content);
-    for (const auto& [name, exchange] : kWays) {
-      SCOPED_TRACE(name);
-      const Exchanged seen = exchange(NetworkDevice(m_options), 443, "document", 0);
-      ExpectRefused(seen);
-      EXPECT_NE(seen.failure.find(row.remark), std::wstring::npos)
-          << testing::PrintToString(seen.failure);
-    }
-    if (!row.content.empty()) {
-      EXPECT_TRUE(Content(folder / row.file) == row.content);
-    }
+TEST_F(PinnedKey, AFileThatCannotBeReliedOnRefuses) {
+  m_options.pinFile = (m_nginx.Folder().Path() / "absent/pins").string();
+  for (const auto& [name, exchange] : kWays) {
+    SCOPED_TRACE(name);
+    const Exchanged seen = exchange(NetworkDevice(m_options), 443, "document", {});
+    ExpectRefused(seen);
+    EXPECT_TRUE(seen.failure.ends_with(L"cannot be written: No such file or directory"))
+        << testing::PrintToString(seen.failure);
   }
 }
 
-TEST_F(PinnedKey, ManyFirstUsesAtOnceMakeOneLine) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([this, i] {
-      const Exchanged seen = kWays[i % 3].exchange(NetworkDevice(m_options), 443, "document", 0);
-      EXPECT_EQ(seen.body, "ok") << testing::PrintToString(seen.failure);
-    });
+TEST(PinFile, SaysWhatItIsSureOf) {
+  const TempFolder folder;
+  const Host::PinFile file((folder.Path() / "pins").string());
+  const std::string other = "sha256//" + std::string(43, 'B') + '=';
+  for (const Case& c : ReadCases("host/pin_files.txt")) {
+    SCOPED_TRACE(c.Where() + " " + c.Text("name"));
+    std::string content = c.Text("file");
+    for (std::size_t at; (at = content.find("KEY")) != content.npos;) {
+      content.replace(at, 3, kSomeKey);
+    }
+    folder.Write("pins", content);
+    const Host::PinLookup found = file.Find("a:1", 0, false);
+    EXPECT_EQ(found.pin ? found.pin->key : "", c.Text("key").empty() ? "" : kSomeKey);
+    EXPECT_EQ(found.error, c.Text("fault").empty() ? 0 : kErrorSecureFailure);
+    EXPECT_NE(found.remark.find(c.Wide("fault")), std::wstring::npos);
+    // A new key is written below what is sound, and nothing else is.
+    const Host::PinLookup recorded = file.Record("a:1", other, 0, false);
+    EXPECT_EQ(recorded.error, found.error);
+    const bool isNew = found.error == 0 && !found.pin;
+    const std::string end = content.empty() || content.ends_with('\n') ? "" : "\n";
+    EXPECT_EQ(folder.Read("pins"), isNew ? content + end + "a:1 " + other + '\n' : content);
   }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(Content(m_pins), m_name + ' ' + KeyOf("first") + '\n');
+}
+
+TEST(PinFile, IsOneOfASensibleSize) {
+  const TempFolder folder;
+  constexpr std::size_t kMost = std::size_t{1} << 20;
+  const std::string line = "a:1 " + kSomeKey + '\n';
+  const Host::PinFile file((folder.Path() / "pins").string());
+  const auto refused = [](const Host::PinLookup& lookup, const wchar_t* why) {
+    EXPECT_EQ(lookup.error, kErrorSecureFailure);
+    EXPECT_NE(lookup.remark.find(why), std::wstring::npos) << testing::PrintToString(lookup.remark);
+  };
+  folder.Write("pins", std::string(kMost - line.size(), '\n'));
+  EXPECT_TRUE(file.Record("a:1", kSomeKey, 0, false).pin);
+  folder.Write("pins", std::string(kMost - line.size() + 1, '\n'));
+  refused(file.Record("a:1", kSomeKey, 0, false), L"has no room for another key");
+  folder.Write("pins", std::string(kMost + 1, '\n'));
+  refused(file.Find("a:1", 0, false), L"is larger than 1048576 bytes");
+  refused(Host::PinFile(folder.Path().string()).Find("a:1", 0, false), L"is no file");
+  EXPECT_EQ(Host::PinFile((folder.Path() / "absent").string()).Find("a:1", 0, false).error, 0U);
 }
 
 TEST(PinFile, WaitsForItsLockNoLongerThanTold) {
@@ -203,41 +199,36 @@ TEST(PinFile, WaitsForItsLockNoLongerThanTold) {
   EXPECT_TRUE(file.Record("a:1", kSomeKey, 0, false).pin);
 }
 
-TEST(PinFile, ProcessesAgreeOnOneKeyAndLoseNone) {
-  constexpr int kProcesses = 4;
+// A lock is of each opening of the file: threads find each other as processes do.
+TEST(PinFile, AllAgreeOnOneKeyAndLoseNone) {
+  constexpr int kThreads = 4;
   constexpr int kRounds = 10;
   const TempFolder folder;
   folder.Write("pins", "");
   std::filesystem::create_symlink("pins", folder.Path() / "link");
   const Host::PinFile file((folder.Path() / "link").string());
-  const std::atomic<bool> cancelled{false};
-  std::vector<pid_t> children;
-  for (int i = 0; i < kProcesses; ++i) {
-    children.push_back(fork());
-    if (children.back() != 0) continue;
-    std::string key = kSomeKey;
-    key[10] = static_cast<char>('0' + i);
-    int winner = 0;
-    for (int round = 0; round < kRounds; ++round) {
-      const std::string own = "own:" + std::to_string(i * kRounds + round);
-      const auto mine = file.Record(own, key, 20'000, cancelled);
-      const auto common = file.Record("common:1", key, 20'000, cancelled);
-      if (!mine.pin || mine.pin->key != key || !common.pin) _exit(99);
-      winner = common.pin->key[10];
-    }
-    _exit(winner);
+  std::vector<std::string> winners(kThreads);
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&file, i, &winner = winners[static_cast<std::size_t>(i)]] {
+      std::string key = kSomeKey;
+      key[10] = static_cast<char>('0' + i);
+      for (int round = 0; round < kRounds; ++round) {
+        const std::string own = "own:" + std::to_string(i * kRounds + round);
+        const auto mine = file.Record(own, key, 20'000, false);
+        const auto common = file.Record("common:1", key, 20'000, false);
+        ASSERT_TRUE(mine.pin && common.pin);
+        EXPECT_EQ(mine.pin->key, key);
+        winner = common.pin->key;
+      }
+    });
   }
-  const auto common = [&] { return file.Find("common:1", 20'000, cancelled); };
-  std::vector<int> winners;
-  for (const pid_t child : children) {
-    int status = -1;
-    waitpid(child, &status, 0);
-    winners.push_back(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
-  }
-  ASSERT_TRUE(common().pin);
-  EXPECT_EQ(winners, std::vector<int>(kProcesses, common().pin->key[10]));
-  const std::string text = Content(folder.Path() / "pins");
-  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), kProcesses * kRounds + 1);
+  for (std::thread& thread : threads) thread.join();
+  const auto common = file.Find("common:1", 0, false);
+  ASSERT_TRUE(common.pin);
+  EXPECT_EQ(winners, std::vector<std::string>(kThreads, common.pin->key));
+  const std::string text = folder.Read("pins");
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), kThreads * kRounds + 1);
   EXPECT_TRUE(std::filesystem::is_symlink(folder.Path() / "link"));
 }
 

@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include "corvane/error_codes.h"
 #include "tests/host/exchange.h"
+#include "tests/support/cases.h"
 #include "tests/support/hr.h"
 #include "tests/support/temp_folder.h"
 
@@ -19,69 +19,47 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 
-const std::string kBinary = "a\0b\r\n\x1a\tc\0"s;
-
 class RecordedAddress : public ::testing::Test {
  protected:
+  const std::map<std::string, std::string> m_files = {{"plain", "plain"},
+                                                      {"deep/tree.xml", "<tree/>"},
+                                                      {"both", "exact"},
+                                                      {"both.xml", "extended"},
+                                                      {"folder/inner", "inner"},
+                                                      {"folder.xml", "beside the folder"},
+                                                      {"empty", ""},
+                                                      {"binary", "a\0b\r\n\x1a\tc\0"s}};
   TempFolder m_folder;
   Owned<Address> m_address;
 
   void SetUp() override {
     m_folder.Write("outside.xml", "secret");
     m_folder.Write("device/outside.xml", "secret");
-    m_folder.Write("device/8080/plain", "plain");
-    m_folder.Write("device/8080/deep/tree.xml", "<tree/>");
-    m_folder.Write("device/8080/both", "exact");
-    m_folder.Write("device/8080/both.xml", "extended");
-    m_folder.Write("device/8080/folder/inner", "inner");
-    m_folder.Write("device/8080/folder.xml", "beside the folder");
-    m_folder.Write("device/8080/empty", "");
-    m_folder.Write("device/8080/binary", kBinary);
+    for (const auto& [name, content] : m_files) m_folder.Write("device/8080/" + name, content);
     m_address.reset(Host::CreateRecordedAddress(m_folder.Path() / "device"));
     ASSERT_TRUE(m_address);
   }
 };
 
-TEST_F(RecordedAddress, ServesWhatTheFolderHolds) {
-  using Case = std::pair<const wchar_t*, std::string>;
-  for (const auto& [path, body] : {Case{L"/plain", "plain"}, Case{L"/deep/tree.xml", "<tree/>"},
-                                   Case{L"/deep/tree", "<tree/>"}, Case{L"/both", "exact"},
-                                   Case{L"/folder", "beside the folder"}, Case{L"plain", "plain"},
-                                   Case{L"/empty", ""}, Case{L"/binary", kBinary}}) {
+TEST_F(RecordedAddress, ServesWhatTheFolderHoldsAndNothingElse) {
+  m_folder.Write("other/outside.xml", "secret");
+  for (const Case& c : ReadCases("host/recorded_paths.txt")) {
     for (const wchar_t* const verb : {L"GET", L"POST"}) {
-      const Exchanged seen =
-          Exchange(m_address, path, [&](HTTPRequest* request) { request->SetMethod(verb); });
-      EXPECT_HR(seen.result, S_OK) << path;
-      EXPECT_EQ(seen.status, 200U) << path;
-      EXPECT_EQ(seen.body, body) << path;
-      EXPECT_EQ(seen.failure, L"") << path;
+      const Exchanged seen = Exchange(m_address, c.Wide("path"),
+                                      [&](HTTPRequest* request) { request->SetMethod(verb); });
+      const std::string file = c.Text("file");
+      EXPECT_HR(seen.result, S_OK) << c.Where();
+      EXPECT_EQ(seen.status, file == "-" ? 404U : 200U) << c.Where();
+      EXPECT_EQ(seen.body, file == "-" ? "" : m_files.at(file)) << c.Where();
+      EXPECT_EQ(seen.failure.empty(), file != "-") << c.Where();
     }
   }
-}
-
-TEST_F(RecordedAddress, NoPathLeavesTheFolder) {
-  m_folder.Write("other/outside.xml", "secret");
-  const std::wstring absolute = (m_folder.Path() / "outside.xml").wstring();
-  const std::wstring surrogate(1, static_cast<wchar_t>(0xD800));
-  for (const std::wstring& path : std::vector<std::wstring>{
-           L"/absent", L"/deep", L"/", L"", L"/plain?x=1",
-           // up
-           L"/../outside.xml", L"/../../outside.xml", L"/../outside", L"/deep/../plain",
-           L"/deep/../../../other/outside.xml", L"/..\\outside.xml", L"/deep\\tree.xml",
-           // what Windows drops
-           L"/.. /outside.xml", L"/.../outside.xml", L"/./plain", L"/plain.",
-           // empty segments, and whole paths
-           L"//plain", L"/deep//tree.xml", L"/plain/", L"/" + absolute, absolute,
-           // other spellings
-           L"/%2e%2e/outside.xml", L"/..%2foutside.xml", L"/..\uFF0Foutside.xml",
-           L"/" + surrogate + L"plain", L"/plain\r\nX: y",
-           // other places, and what is no file
-           L"/C:/outside.xml", L"/plain:$DATA", L"/plain::$DATA", L"http://evil/outside.xml",
-           L"//evil/share/outside.xml", L"/NUL", L"/com1.xml", L"/plai?"}) {
-    const Exchanged seen = Exchange(m_address, path);
-    EXPECT_EQ(seen.status, 404U) << testing::PrintToString(path);
-    EXPECT_EQ(seen.body, "") << testing::PrintToString(path);
-    EXPECT_NE(seen.failure, L"") << testing::PrintToString(path);
+  // A whole path, and half a character.
+  for (const std::wstring& path :
+       {(m_folder.Path() / "outside.xml").wstring(),
+        L'/' + (m_folder.Path() / "outside.xml").wstring(),
+        L'/' + std::wstring(1, static_cast<wchar_t>(0xD800)) + L"plain"}) {
+    EXPECT_EQ(Exchange(m_address, path).status, 404U) << testing::PrintToString(path);
   }
 }
 

@@ -1,9 +1,7 @@
 #include "tests/support/peers/loopback_server.h"
 
 #include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,24 +12,36 @@
 namespace Corvane::Test {
 namespace {
 
-std::size_t ContentLength(std::string_view head) {
-  constexpr std::string_view kName = "\r\nContent-Length: ";
-  const std::size_t at = head.find(kName);
-  return at == head.npos ? 0 : std::strtoul(head.data() + at + kName.size(), nullptr, 10);
+// Of the request that `bytes` begin with; 0 while it is not whole.
+std::size_t RequestSize(std::string_view bytes) {
+  constexpr std::string_view kLength = "\r\nContent-Length: ";
+  constexpr std::string_view kLastChunk = "\r\n0\r\n\r\n";
+  const std::size_t end = bytes.find("\r\n\r\n");
+  if (end == bytes.npos) return 0;
+  const std::string head(bytes.substr(0, end));
+  if (head.find("\r\nTransfer-Encoding: chunked") != head.npos) {
+    const std::size_t last = bytes.find(kLastChunk, end + 2);
+    return last == bytes.npos ? 0 : last + kLastChunk.size();
+  }
+  const std::size_t at = head.find(kLength);
+  const std::size_t length =
+      at == head.npos ? 0 : std::strtoul(head.c_str() + at + kLength.size(), nullptr, 10);
+  const std::size_t size = end + 4 + length;
+  return size <= bytes.size() ? size : 0;
 }
 
 }  // namespace
 
-int ListenOnLoopback(int backlog, std::uint16_t* port) {
-  *port = 0;
-  return ListenOnLoopbackPort(backlog, AF_INET, port);
+sockaddr_in LoopbackAddress(std::uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
+  return address;
 }
 
-int ListenOnLoopbackPort(int backlog, int family, std::uint16_t* port) {
-  sockaddr_in ip4{};
-  ip4.sin_family = AF_INET;
-  ip4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  ip4.sin_port = htons(*port);
+int BindToLoopback(int type, std::uint16_t* port, int family) {
+  sockaddr_in ip4 = LoopbackAddress(*port);
   sockaddr_in6 ip6{};
   ip6.sin6_family = AF_INET6;
   ip6.sin6_addr = in6addr_loopback;
@@ -40,14 +50,20 @@ int ListenOnLoopbackPort(int backlog, int family, std::uint16_t* port) {
   auto* const address =
       isIp6 ? reinterpret_cast<sockaddr*>(&ip6) : reinterpret_cast<sockaddr*>(&ip4);
   socklen_t size = isIp6 ? sizeof(ip6) : sizeof(ip4);
-  const int listener = socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int bound = socket(family, type | SOCK_CLOEXEC, 0);
   const int reuse = *port != 0;  // what is left of a test before may still wait there
-  if (setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof(reuse)) != 0 ||
-      bind(listener, address, size) != 0 || listen(listener, backlog) != 0 ||
-      getsockname(listener, address, &size) != 0) {
-    throw std::system_error(errno, std::generic_category(), "listen");
+  if (setsockopt(bound, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof(reuse)) != 0 ||
+      bind(bound, address, size) != 0 || getsockname(bound, address, &size) != 0) {
+    throw std::system_error(errno, std::generic_category(), "bind");
   }
   *port = ntohs(isIp6 ? ip6.sin6_port : ip4.sin_port);
+  return bound;
+}
+
+int ListenOnLoopback(int backlog, std::uint16_t* port) {
+  *port = 0;
+  const int listener = BindToLoopback(SOCK_STREAM, port);
+  listen(listener, backlog);
   return listener;
 }
 
@@ -56,14 +72,11 @@ bool AnswersHttp(std::uint16_t port) {
   constexpr std::string_view kRequest =
       "HEAD / HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n";
   const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(port);
+  const sockaddr_in address = LoopbackAddress(port);
   pollfd polled{client, POLLIN, 0};
   char byte = 0;
   const bool answered =
-      connect(client, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0 &&
+      connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
       send(client, kRequest.data(), kRequest.size(), MSG_NOSIGNAL) > 0 &&
       poll(&polled, 1, kTimeoutMs) > 0 && recv(client, &byte, 1, 0) == 1;
   close(client);
@@ -86,10 +99,7 @@ std::string LoopbackConnection::TakeRequest(std::size_t size) {
 
 std::string LoopbackConnection::ReadRequest() {
   do {
-    const std::size_t end = m_buffered.find("\r\n\r\n");
-    if (end == m_buffered.npos) continue;
-    const std::size_t size = end + 4 + ContentLength(m_buffered.substr(0, end));
-    if (m_buffered.size() >= size) return TakeRequest(size);
+    if (const std::size_t size = RequestSize(m_buffered)) return TakeRequest(size);
   } while (ReceiveMore());
   return {};
 }
@@ -127,7 +137,8 @@ void LoopbackConnection::WaitForClose() {
 LoopbackServer::LoopbackServer(Script script, std::uint16_t port, int family)
     : m_script(std::move(script)),
       m_port(port),
-      m_listener(ListenOnLoopbackPort(SOMAXCONN, family, &m_port)) {
+      m_listener(BindToLoopback(SOCK_STREAM, &m_port, family)) {
+  listen(m_listener, SOMAXCONN);
   m_acceptor = std::thread([this] { Accept(); });
 }
 

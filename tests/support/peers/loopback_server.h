@@ -2,6 +2,7 @@
 #ifndef CORVANE_TESTS_SUPPORT_PEERS_LOOPBACK_SERVER_H_
 #define CORVANE_TESTS_SUPPORT_PEERS_LOOPBACK_SERVER_H_
 
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <cstddef>
@@ -19,10 +20,9 @@ namespace Corvane::Test {
 // server stops.
 class LoopbackConnection {
  public:
-  // The next request, head and Content-Length body; empty when the client is gone.
+  // The next request, head and body, of a length or in chunks; empty when the client is gone.
   std::string ReadRequest();
-  // Everything through `mark`, raw: a chunked request through its last chunk; empty when the client
-  // is gone. Counts as a request, too.
+  // Everything through `mark`, raw; empty when the client is gone. Counts as a request, too.
   std::string ReadThrough(std::string_view mark);
   // False when the client is gone.
   bool Send(std::string_view bytes);
@@ -75,10 +75,12 @@ class LoopbackServer {
   std::thread m_acceptor;
 };
 
-// A listening loopback socket with a port that the system chose; the caller's to close.
+// A socket of this type bound to 127.0.0.1 or [::1], at the port wanted, or, where that is 0, at
+// one that the system chose; the caller's to close. Throws std::system_error when it cannot be.
+int BindToLoopback(int type, std::uint16_t* port, int family = AF_INET);
+// The same, listening, with a port that the system chose.
 int ListenOnLoopback(int backlog, std::uint16_t* port);
-// The same on [::1] or 127.0.0.1; *port is the one wanted, or 0.
-int ListenOnLoopbackPort(int backlog, int family, std::uint16_t* port);
+sockaddr_in LoopbackAddress(std::uint16_t port);
 // Whether somebody sends anything there to an HTTP request, within ten seconds.
 bool AnswersHttp(std::uint16_t port);
 

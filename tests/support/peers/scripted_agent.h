@@ -1,10 +1,15 @@
-// SNMP messages of versions 1 and 2c (RFC 1157, RFC 3416) in BER, for agents that a test scripts.
+// SNMP agents that a test scripts, and their messages of versions 1 and 2c (RFC 1157, RFC 3416) in
+// BER (Linux).
 #ifndef CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_AGENT_H_
 #define CORVANE_TESTS_SUPPORT_PEERS_SCRIPTED_AGENT_H_
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -99,6 +104,36 @@ struct AgentRequest {
   int command = 0;
   std::string version, community, id;
   std::vector<std::string> names;
+};
+
+struct Datagram {
+  Datagram(std::string content, bool elsewhere = false)
+      : bytes(std::move(content)), fromElsewhere(elsewhere) {}
+  std::string bytes;
+  bool fromElsewhere;  // from a port that the client never sent to
+};
+using Datagrams = std::vector<Datagram>;
+
+// Answers what clients send to a loopback port by a script, on a thread of its own.
+class ScriptedAgent {
+ public:
+  explicit ScriptedAgent(std::function<Datagrams(const std::string& bytes)> answer);
+  ScriptedAgent(const ScriptedAgent&) = delete;
+  ScriptedAgent& operator=(const ScriptedAgent&) = delete;
+  ~ScriptedAgent();
+
+  std::uint16_t Port() const { return m_port; }
+  // Datagrams that clients sent so far.
+  int Requests() const { return m_requests; }
+
+ private:
+  void Run();
+
+  const std::function<Datagrams(const std::string&)> m_answer;
+  std::uint16_t m_port = 0;
+  const int m_socket;
+  std::atomic<int> m_requests{0};
+  std::thread m_thread;
 };
 
 }  // namespace Corvane::Test

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "tests/support/peers/udp_relay.h"
+#include "tests/support/peers/loopback_server.h"
 
 namespace Corvane::Test {
 
@@ -13,7 +13,8 @@ bool Snmpd::Start(const std::string& configuration) {
   m_folder.Write("snmpd.conf", configuration + '\n');
   constexpr int kStarts = 5;  // another process may take the port between choosing and binding it
   for (int start = 0; start < kStarts; ++start) {
-    close(BindToLoopback(&m_port));  // free again, and not soon given to another
+    m_port = 0;
+    close(BindToLoopback(SOCK_DGRAM, &m_port));  // free again, and not soon given to another
     if (Run()) return true;
   }
   return false;
