@@ -17,24 +17,7 @@ using namespace std::string_literals;
 
 const std::wstring kBase = L"1.3.6.1.4.1.99999.1.";
 
-constexpr char kAgent[] = R"(
-rocommunity public
-rwcommunity private
-createUser reader SHA reader-secret
-createUser old MD5 reader-secret
-createUser sealed SHA-256 sealed-secret AES sealed-private
-createUser strong SHA-512 sealed-secret AES-256 sealed-private
-createUser anyone
-rouser reader auth
-rouser old auth
-rouser sealed priv
-rouser strong priv
-rouser anyone noauth
-override 1.3.6.1.4.1.99999.1.1.0 integer -5
-override 1.3.6.1.4.1.99999.1.2.0 octet_str "a printer"
-override -rw 1.3.6.1.4.1.99999.1.3.0 integer 0
-override -rw 1.3.6.1.4.1.99999.1.4.0 octet_str "old"
-)";
+const std::string kAgent = ReadData("host/snmpd.conf");
 
 class MibConnection : public ::testing::Test {
  protected:

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "corvane/error_codes.h"
 #include "tests/host/mib_session.h"
+#include "tests/support/cases.h"
 #include "tests/support/peers/scripted_agent.h"
 
 namespace Corvane::Test {
@@ -17,7 +19,6 @@ using namespace std::string_literals;
 
 const std::wstring kBase = L"1.3.6.1.4.1.99999.7.";
 constexpr HRESULT kTimedOut = ResultFromError(kErrorTimeout);
-constexpr HRESULT kNoAnswerToIt = ResultFromError(kErrorInvalidResponse);
 
 // A message of another command than a response.
 std::string WithCommand(std::string message, char command) {
@@ -33,39 +34,40 @@ MibSession Session(const ScriptedAgent& agent, std::uint32_t timeoutMs = 5'000,
   return MibSession(options);
 }
 
-TEST(MisbehavingAgent, OneValueOrTheCodeOfTheFault) {
-  const struct {
-    const char* name;
-    std::string (*answer)(AgentRequest);
-    HRESULT result;
-  } kCases[] = {
-      {"right", [](AgentRequest r) { return r.AnswerLastArcs(); }, S_OK},
-      {"of another OID", [](AgentRequest r) { return r.Rename('\x09').AnswerLastArcs(); },
-       kNoAnswerToIt},
-      {"of a longer OID", [](AgentRequest r) { return r.Extend().AnswerLastArcs(); },
-       kNoAnswerToIt},
-      {"a report", [](AgentRequest r) { return WithCommand(r.AnswerLastArcs(), '\xA8'); },
-       kNoAnswerToIt},
-      {"no variable", [](AgentRequest r) { return r.Answer({}); }, kNoAnswerToIt},
-      {"two variables",
-       [](AgentRequest r) {
-         return r.Answer({Ber(4, "7"), Ber(4, "7")});
-       },
-       kNoAnswerToIt},
-      {"no value", [](AgentRequest r) { return r.Answer({Ber(5, "")}); }, kNoAnswerToIt},
-      {"no instance", [](AgentRequest r) { return r.Answer({Ber(0x81, "")}); },
-       kSnmpNoSuchInstance},
-      {"genErr", [](AgentRequest r) { return r.Fail(5, 1); }, SnmpStatusResult(5)},
-  };
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(row.name);
+std::string AnswerAsSaid(const Case& c, AgentRequest request) {
+  if (c.Text("arc") == "longer") {
+    request.Extend();
+  } else {
+    request.Rename(static_cast<char>(c.Number("arc")));
+  }
+  std::vector<std::string> values;
+  std::istringstream list(c.Text("values"));
+  for (std::string value; std::getline(list, value, '|');) {
+    if (value != "none") values.push_back(value);
+  }
+  const std::string answer = request.Answer(values, static_cast<int>(c.Number("status")));
+  const auto command = static_cast<char>(c.Number("command"));
+  return command == 0 ? answer : WithCommand(answer, command);
+}
+
+TEST(MisbehavingAgent, GivesOneValueOrTheCodeOfItsFault) {
+  for (const Case& c : ReadCases("host/snmp_answers.txt")) {
+    SCOPED_TRACE(c.Where() + " " + c.Text("name"));
     ScriptedAgent agent(
-        [&row](const std::string& bytes) -> Datagrams { return {row.answer(bytes)}; });
+        [&c](const std::string& bytes) -> Datagrams { return {AnswerAsSaid(c, bytes)}; });
     const MibSession session = Session(agent);
-    const Read read = session.Get(kBase + L"7");
-    EXPECT_HR(read.result, row.result);
-    EXPECT_EQ(read.value, row.result == S_OK ? L"s:7" : L"s:before");
-    EXPECT_EQ(session.Failure().empty(), row.result == S_OK);
+    const bool isNext = c.Text("operation") == "next";
+    wchar_t next[64] = L"before";
+    _variant_t value(L"before");
+    const std::wstring name = kBase + L"5";
+    const HRESULT result =
+        isNext ? session->GetNextOidAndValue(name.c_str(), next,
+                                             static_cast<std::uint32_t>(c.Number("room")), &value)
+               : session->GetValue(name.c_str(), &value);
+    EXPECT_HR(result, static_cast<HRESULT>(c.Number("result")));
+    EXPECT_EQ(Shown(value), result == S_OK ? c.Wide("shown") : L"s:before");
+    EXPECT_EQ(next, isNext && result == S_OK ? kBase + L"6" : L"before"s);
+    EXPECT_EQ(session.Failure().empty(), result == S_OK);
   }
 }
 
@@ -132,32 +134,6 @@ TEST(MisbehavingAgent, RetriesFindAnAnswerThatWasLostOrLate) {
   EXPECT_HR(session.Get(kBase + L"1").result, kTimedOut);
   EXPECT_EQ(session.Get(kBase + L"3").value, L"s:3");
   EXPECT_EQ(agent.Requests(), 6);
-}
-
-TEST(MisbehavingAgent, NextOidsOnlyIncrease) {
-  const struct {
-    const char* name;
-    char lastArc;
-    std::uint32_t chars;
-    HRESULT result;
-  } kCases[] = {
-      {"the same again", 5, 64, kNoAnswerToIt}, {"an earlier one", 4, 64, kNoAnswerToIt},
-      {"a buffer of its size", 6, 22, S_OK},    {"a buffer too small by one", 6, 21, E_OUTOFMEMORY},
-      {"no buffer", 6, 0, E_OUTOFMEMORY},
-  };
-  for (const auto& row : kCases) {
-    ScriptedAgent agent([&row](const std::string& bytes) -> Datagrams {
-      return {AgentRequest(bytes).Rename(row.lastArc).AnswerLastArcs()};
-    });
-    const MibSession session = Session(agent);
-    wchar_t next[64] = L"before";
-    _variant_t value(L"before");
-    EXPECT_HR(session->GetNextOidAndValue((kBase + L"5").c_str(), next, row.chars, &value),
-              row.result)
-        << row.name;
-    EXPECT_EQ(next, row.result == S_OK ? kBase + L"6" : L"before"s) << row.name;
-    EXPECT_EQ(Shown(value), row.result == S_OK ? L"s:6" : L"s:before") << row.name;
-  }
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include "corvane/error_codes.h"
 #include "tests/host/ways.h"
+#include "tests/support/cases.h"
 #include "tests/support/hr.h"
 #include "tests/support/peers/loopback_server.h"
 #include "tests/support/peers/nginx.h"
@@ -19,31 +20,6 @@ namespace Corvane::Test {
 namespace {
 
 using namespace std::string_literals;
-
-constexpr char kServers[] = R"(
-server {
-  listen @PORT0@;
-  default_type text/xml;
-  add_header X-Connection $connection:$connection_requests always;
-  location /posted { error_page 405 =200 $uri; }
-}
-server {
-  listen @PORT1@ ssl;
-  ssl_certificate device.pem;
-  ssl_certificate_key device.key;
-  location /ipp {
-    auth_basic "device";
-    auth_basic_user_file passwords;
-    client_max_body_size 0;
-    proxy_pass http://127.0.0.1:@PRINTER@;
-  }
-}
-server {
-  listen @PORT2@ ssl;
-  ssl_certificate stranger.pem;
-  ssl_certificate_key stranger.key;
-}
-)";
 
 // Port 7627 speaks TLS, and so does 443, behind which there is a printer.
 class NetworkAddress : public ::testing::Test {
@@ -59,7 +35,7 @@ class NetworkAddress : public ::testing::Test {
     folder.Write("root/posted", "answer");
     folder.Write("root/bytes", std::string(100'000, 'x'));
     folder.Write("passwords", "admin:{PLAIN}pass.word\n");
-    std::string servers = kServers;
+    std::string servers = ReadData("host/nginx.conf");
     servers.replace(servers.find("@PRINTER@"), 9, std::to_string(s_printer->Port()));
     s_ready = s_nginx->MakeCertificate("device", "IP:127.0.0.1") &&
               s_nginx->MakeCertificate("stranger", "DNS:other.test") && s_nginx->Start(servers, 3);
@@ -141,30 +117,19 @@ TEST_F(NetworkAddress, BringsEveryByteInEveryWay) {
 }
 
 TEST_F(NetworkAddress, TrustsOnlyTheCertificatesThatItIsGiven) {
-  const struct {
-    const char *name, *caFile;
-    bool verify;
-    std::uint32_t server, error;
-  } kCases[] = {
-      {"not signed by what the system trusts", nullptr, true, 1, kErrorSecureFailure},
-      {"its own certificate", "device.pem", true, 1, 0},
-      {"another certificate", "stranger.pem", true, 1, kErrorSecureFailure},
-      {"its certificate is for another host", "stranger.pem", true, 2, kErrorSecureFailure},
-      {"no such file", "absent.pem", true, 1, kErrorSecureFailure},
-      {"no verification", nullptr, false, 1, 0},
-      {"no TLS there", "device.pem", true, 0, kErrorSecureFailure},
-  };
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(row.name);
-    m_options.caFile = row.caFile ? (s_nginx->Folder().Path() / row.caFile).string() : "";
-    m_options.verifyCertificates = row.verify;
-    m_options.portMap[kWsPort] = m_options.portMap[kIppsPort] = s_nginx->Port(row.server);
+  for (const Case& c : ReadCases("host/certificates.txt")) {
+    SCOPED_TRACE(c.Where() + " " + c.Text("name"));
+    const std::string file = c.Text("trusted");
+    const auto error = static_cast<std::uint32_t>(c.Number("error"));
+    m_options.caFile = file == "-" ? "" : (s_nginx->Folder().Path() / file).string();
+    m_options.verifyCertificates = c.Text("verifies") == "yes";
+    m_options.portMap[kWsPort] = m_options.portMap[kIppsPort] =
+        s_nginx->Port(static_cast<std::size_t>(c.Number("server")));
     const Owned<Address> address = NetworkDevice(m_options);
     const Exchanged seen = Exchange(address, L"/tree.xml", {}, kWsPort);
-    EXPECT_EQ(seen.error, row.error) << testing::PrintToString(seen.failure);
-    EXPECT_EQ(seen.body, row.error == 0 ? "<tree/>" : "");
-    EXPECT_HR(PrinterRequest(address, 443).Begin(),
-              row.error == 0 ? S_OK : ResultFromError(row.error));
+    EXPECT_EQ(seen.error, error) << testing::PrintToString(seen.failure);
+    EXPECT_EQ(seen.body, error == 0 ? "<tree/>" : "");
+    EXPECT_HR(PrinterRequest(address, 443).Begin(), error == 0 ? S_OK : ResultFromError(error));
   }
 }
 
