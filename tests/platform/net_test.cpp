@@ -1,6 +1,4 @@
 // URLs, address texts and connections.
-#include <gtest/gtest.h>
-
 #include <array>
 #include <bit>
 #include <cstring>
@@ -9,7 +7,7 @@
 
 #include "base/utf8.h"
 #include "corvane/platform.h"
-#include "platform/system.h"
+#include "tests/platform/net_fixture.h"
 #include "tests/support/cases.h"
 #include "tests/support/wine.h"
 
@@ -81,16 +79,6 @@ TEST(CrackUrlTest, ChecksItsArguments) {
   EXPECT_FALSE(InternetCrackUrlW(L"http://h", 0, 0, &parts));
   EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
 }
-
-// A Winsock of its own, so that no test lives off another's.
-class WinsockTest : public testing::Test {
- protected:
-  WinsockTest() { EXPECT_EQ(0, WSAStartup(MAKEWORD(2, 2), &m_data)); }
-  ~WinsockTest() override { WSACleanup(); }
-
- private:
-  WSADATA m_data{};
-};
 
 template <typename Bytes>
 std::string Hex(const Bytes& bytes) {
@@ -165,17 +153,18 @@ TEST_F(WinsockTest, TellsTheFamilyOfNumericHosts) {
 }
 
 TEST(WinsockVersionTest, IsTheHighestUpToTheOneAskedFor) {
-  const struct {
-    WORD asked, granted;
-  } cases[] = {{MAKEWORD(1, 1), MAKEWORD(1, 1)}, {MAKEWORD(2, 2), MAKEWORD(2, 2)},
-               {MAKEWORD(1, 0), MAKEWORD(1, 0)}, {MAKEWORD(2, 0), MAKEWORD(2, 0)},
-               {MAKEWORD(1, 9), MAKEWORD(1, 1)}, {MAKEWORD(2, 9), MAKEWORD(2, 2)},
-               {MAKEWORD(9, 0), MAKEWORD(2, 2)}};
   WSADATA data{};
-  for (const auto& c : cases) {
-    EXPECT_EQ(0, WSAStartup(c.asked, &data)) << c.asked;
-    EXPECT_EQ(c.granted, data.wVersion);
-    EXPECT_EQ(MAKEWORD(2, 2), data.wHighVersion);
+  // The versions asked for and granted, with the minor number in the higher byte.
+  for (const auto& [asked, granted] : {std::pair<WORD, WORD>{0x0101, 0x0101},
+                                       {0x0202, 0x0202},
+                                       {0x0001, 0x0001},
+                                       {0x0002, 0x0002},
+                                       {0x0901, 0x0101},
+                                       {0x0902, 0x0202},
+                                       {0x0009, 0x0202}}) {
+    EXPECT_EQ(0, WSAStartup(asked, &data)) << asked;
+    EXPECT_EQ(granted, data.wVersion);
+    EXPECT_EQ(0x0202, data.wHighVersion);
     EXPECT_EQ(0, WSACleanup());
   }
   EXPECT_EQ(WSAVERNOTSUPPORTED, WSAStartup(MAKEWORD(0, 9), &data));
@@ -189,8 +178,6 @@ int ErrorOf(std::intptr_t result) {
   SetLastError(kSentinel);
   return error;
 }
-
-SOCKET StreamSocket(int family) { return socket(family, SOCK_STREAM, IPPROTO_TCP); }
 
 TEST(WinsockVersionTest, EveryStartupNeedsItsCleanup) {
   WSADATA data{};
@@ -212,46 +199,12 @@ TEST(WinsockVersionTest, EveryStartupNeedsItsCleanup) {
   EXPECT_EQ(WSANOTINITIALISED, ErrorOf(connect(made, &address, sizeof(address))));
 }
 
-// A socket bound to a free port of the loopback address; it listens when told to.
-class Listener {
- public:
-  explicit Listener(int family) : m_socket(StreamSocket(family)) {
-    std::wstring loopback = family == AF_INET ? L"127.0.0.1" : L"::1";
-    auto* address = reinterpret_cast<sockaddr*>(&m_address);
-    WSAStringToAddressW(loopback.data(), family, nullptr, address, &m_length);
-    auto length = static_cast<socklen_t>(m_length);
-    EXPECT_EQ(0, bind(m_socket, address, length));
-    EXPECT_EQ(0, getsockname(m_socket, address, &length));
-  }
-  Listener(const Listener&) = delete;
-  Listener& operator=(const Listener&) = delete;
-  ~Listener() { closesocket(m_socket); }
-
-  void Listen() { EXPECT_EQ(0, listen(m_socket, 1)); }
-  const sockaddr* Address() const { return reinterpret_cast<const sockaddr*>(&m_address); }
-  INT Length() const { return m_length; }
-
- private:
-  SOCKET m_socket;
-  sockaddr_storage m_address{};
-  INT m_length = sizeof(m_address);
-};
-
-// The error of one attempt with a socket of its own, 0 when it succeeds.
-int TryConnect(int family, const void* address, INT length) {
-  const SOCKET made = StreamSocket(family);
-  const int result = connect(made, static_cast<const sockaddr*>(address), length);
-  const int error = result == 0 ? 0 : WSAGetLastError();
-  EXPECT_EQ(0, closesocket(made));
-  return error;
-}
-
 TEST_F(WinsockTest, ConnectsToAListenerAlone) {
   for (const int family : {AF_INET, AF_INET6}) {
     Listener listener(family);
-    EXPECT_EQ(WSAECONNREFUSED, TryConnect(family, listener.Address(), listener.Length())) << family;
+    EXPECT_EQ(WSAECONNREFUSED, listener.Connect()) << family;
     listener.Listen();
-    EXPECT_EQ(0, TryConnect(family, listener.Address(), listener.Length())) << family;
+    EXPECT_EQ(0, listener.Connect()) << family;
   }
 }
 
