@@ -19,36 +19,34 @@ const std::wstring kBase = L"1.3.6.1.4.1.99999.1.";
 
 const std::string kAgent = ReadData("host/snmpd.conf");
 
-class MibConnection : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    s_agent = std::make_unique<Snmpd>();
+// The agent of all tests; null when it did not start.
+const Snmpd* Agent() {
+  static Snmpd agent;
+  static const bool isReady = [] {
     std::string configuration = kAgent;
     for (int i = 0; i < 100; ++i) {
       configuration += "override 1.3.6.1.4.1.99999.2." + std::to_string(i) + " octet_str \"" +
                        std::string(1'000, 'v') + "\"\n";
     }
-    s_ready = s_agent->Start(configuration);
-  }
-  static void TearDownTestSuite() { s_agent.reset(); }
-  void SetUp() override {
-    ASSERT_TRUE(s_ready) << s_agent->Failure();
-    m_options = AgentOptions(s_agent->Port());
-  }
+    return agent.Start(configuration);
+  }();
+  EXPECT_TRUE(isReady) << agent.Failure();
+  return isReady ? &agent : nullptr;
+}
 
+struct MibConnection : testing::Test {
+  void SetUp() override {
+    ASSERT_TRUE(Agent());
+    m_options = AgentOptions(Agent()->Port());
+  }
   void BecomeReader(const wchar_t* passphrase) {
     m_options.snmp.version = Host::SnmpVersion::kV3;
     m_options.snmp.user = L"reader";
     m_options.snmp.authPassphrase = passphrase;
   }
 
-  static std::unique_ptr<Snmpd> s_agent;
-  static bool s_ready;
   Host::NetworkOptions m_options;
 };
-
-std::unique_ptr<Snmpd> MibConnection::s_agent;
-bool MibConnection::s_ready = false;
 
 Host::NetworkOptions OptionsOf(const Case& c, Host::NetworkOptions options) {
   const auto number = [&c](const char* field, auto other) {
@@ -94,7 +92,7 @@ TEST_F(MibConnection, AGroupHasAValueForEachOidThatHasOne) {
   EXPECT_HR(some.result, S_FALSE);
   EXPECT_EQ(some.value, L"i:-5 empty empty s:a printer");
   EXPECT_EQ(session.Failure(), L"SNMP get of 4 OIDs (2 without a value, as " + kBase +
-                                   L"0) at 127.0.0.1:" + std::to_wstring(s_agent->Port()) +
+                                   L"0) at 127.0.0.1:" + std::to_wstring(Agent()->Port()) +
                                    L": no such object");
   const Read none = session.GetGroup({kBase + L"0", L"no OID"});
   EXPECT_HR(none.result, kSnmpNoSuchObject);
@@ -120,7 +118,7 @@ TEST_F(MibConnection, SetsWhatTheAgentLetsItSet) {
   EXPECT_HR(session.Set(kBase + L"3.0", _variant_t(1.5)), DISP_E_TYPEMISMATCH);
   EXPECT_HR(session.Set(kBase + L"1.0", _variant_t(1L)), SnmpStatusResult(17));
   EXPECT_EQ(session.Failure(), L"SNMP set " + kBase + L"1.0 at 127.0.0.1:" +
-                                   std::to_wstring(s_agent->Port()) +
+                                   std::to_wstring(Agent()->Port()) +
                                    L": not writable (notWritable)");
   m_options.snmp.community = L"public";
   EXPECT_HR(MibSession(m_options).Set(kBase + L"3.0", _variant_t(1L)), SnmpStatusResult(6));
@@ -200,13 +198,8 @@ TEST_F(MibConnection, ManySessionsOnManyThreads) {
   const MibSession shared(m_options);
   std::vector<std::thread> threads;
   for (int i = 0; i < 6; ++i) {
-    threads.emplace_back([this, i, &shared] {
-      Host::NetworkOptions options = m_options;
-      if (i % 2 == 0) {
-        options.snmp.version = Host::SnmpVersion::kV3;
-        options.snmp.user = L"reader";
-        options.snmp.authPassphrase = L"reader-secret";
-      }
+    if (i == 3) BecomeReader(L"reader-secret");
+    threads.emplace_back([&shared, options = m_options] {
       const MibSession own(options);
       for (int round = 0; round < 20; ++round) {
         EXPECT_EQ(own.Get(kBase + L"1.0").value, L"i:-5");

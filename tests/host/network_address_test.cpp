@@ -21,14 +21,11 @@ namespace {
 
 using namespace std::string_literals;
 
-// Port 7627 speaks TLS, and so does 443, behind which there is a printer.
-class NetworkAddress : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    s_printer = std::make_unique<LoopbackServer>(
-        LoopbackServer::AnswerEach("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok"));
-    s_nginx = std::make_unique<Nginx>();
-    const TempFolder& folder = s_nginx->Folder();
+// nginx, and a printer behind it. Port 7627 speaks TLS, and so does 443, which leads to the
+// printer.
+struct Servers {
+  Servers() {
+    const TempFolder& folder = nginx.Folder();
     folder.Write("root/tree.xml", "<tree/>");
     folder.Write("root/empty", "");
     folder.Write("root/binary", "a\0b\0"s);
@@ -36,32 +33,34 @@ class NetworkAddress : public ::testing::Test {
     folder.Write("root/bytes", std::string(100'000, 'x'));
     folder.Write("passwords", "admin:{PLAIN}pass.word\n");
     std::string servers = ReadData("host/nginx.conf");
-    servers.replace(servers.find("@PRINTER@"), 9, std::to_string(s_printer->Port()));
-    s_ready = s_nginx->MakeCertificate("device", "IP:127.0.0.1") &&
-              s_nginx->MakeCertificate("stranger", "DNS:other.test") && s_nginx->Start(servers, 3);
+    servers.replace(servers.find("@PRINTER@"), 9, std::to_string(printer.Port()));
+    areReady = nginx.MakeCertificate("device", "IP:127.0.0.1") &&
+               nginx.MakeCertificate("stranger", "DNS:other.test") && nginx.Start(servers, 3);
   }
-  static void TearDownTestSuite() {
-    s_nginx.reset();
-    s_printer.reset();
-  }
-
-  void SetUp() override {
-    ASSERT_TRUE(s_ready) << s_nginx->Failure();
-    m_options = LoopbackOptions(s_nginx->Port(0));
-    m_options.tlsPorts.insert(kWsPort);
-    m_options.portMap[kIppsPort] = s_nginx->Port(1);
-    m_options.caFile = (s_nginx->Folder().Path() / "device.pem").string();
-  }
-
-  static std::unique_ptr<LoopbackServer> s_printer;
-  static std::unique_ptr<Nginx> s_nginx;
-  static bool s_ready;
-  Host::NetworkOptions m_options;
+  LoopbackServer printer{
+      LoopbackServer::AnswerEach("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok")};
+  Nginx nginx;
+  bool areReady = false;
 };
 
-std::unique_ptr<LoopbackServer> NetworkAddress::s_printer;
-std::unique_ptr<Nginx> NetworkAddress::s_nginx;
-bool NetworkAddress::s_ready = false;
+Servers& TheServers() {
+  static Servers servers;
+  return servers;
+}
+
+struct NetworkAddress : testing::Test {
+  void SetUp() override {
+    ASSERT_TRUE(TheServers().areReady) << m_nginx.Failure();
+    m_options = LoopbackOptions(m_nginx.Port(0));
+    m_options.tlsPorts.insert(kWsPort);
+    m_options.portMap[kIppsPort] = m_nginx.Port(1);
+    m_options.caFile = (m_nginx.Folder().Path() / "device.pem").string();
+  }
+
+  const Nginx& m_nginx = TheServers().nginx;
+  LoopbackServer& m_printer = TheServers().printer;
+  Host::NetworkOptions m_options;
+};
 
 // Those that may be repeated, or have a body, over one connection.
 TEST_F(NetworkAddress, DeliversBodiesWhole) {
@@ -84,7 +83,7 @@ TEST_F(NetworkAddress, DeliversBodiesWhole) {
     EXPECT_EQ(seen.body, body);
     EXPECT_EQ(seen.failure, status == 200
                                 ? L""
-                                : L"HEAD http://127.0.0.1:" + std::to_wstring(s_nginx->Port(0)) +
+                                : L"HEAD http://127.0.0.1:" + std::to_wstring(m_nginx.Port(0)) +
                                       L"/absent: HTTP status 404");
     EXPECT_TRUE(status != 200 || seen.contentType == L"text/xml");
     // "connection:request on it"
@@ -101,16 +100,16 @@ TEST_F(NetworkAddress, BringsEveryByteInEveryWay) {
   for (const auto& [name, exchange] : kWays) {
     for (const bool knowsPassword : {true, false}) {
       SCOPED_TRACE(name);
-      const std::size_t before = s_printer->Requests().size();
+      const std::size_t before = m_printer.Requests().size();
       const Owned<Address> address = NetworkDevice(m_options);
       address->SetUserName(L"admin");
       address->SetPassword(knowsPassword ? L"pass.word" : L"word");
       const Exchanged seen = exchange(address, 443, document, {});
       EXPECT_EQ(seen.status, knowsPassword ? 200U : 401U) << testing::PrintToString(seen.failure);
       EXPECT_EQ(seen.failure.find(L"word"), std::wstring::npos);
-      ASSERT_EQ(s_printer->Requests().size(), before + (knowsPassword ? 1 : 0));
+      ASSERT_EQ(m_printer.Requests().size(), before + (knowsPassword ? 1 : 0));
       if (knowsPassword) {
-        EXPECT_TRUE(s_printer->Requests().back().ends_with("\r\n\r\n" + document));
+        EXPECT_TRUE(m_printer.Requests().back().ends_with("\r\n\r\n" + document));
       }
     }
   }
@@ -121,10 +120,10 @@ TEST_F(NetworkAddress, TrustsOnlyTheCertificatesThatItIsGiven) {
     SCOPED_TRACE(c.Where() + " " + c.Text("name"));
     const std::string file = c.Text("trusted");
     const auto error = static_cast<std::uint32_t>(c.Number("error"));
-    m_options.caFile = file == "-" ? "" : (s_nginx->Folder().Path() / file).string();
+    m_options.caFile = file == "-" ? "" : (m_nginx.Folder().Path() / file).string();
     m_options.verifyCertificates = c.Text("verifies") == "yes";
     m_options.portMap[kWsPort] = m_options.portMap[kIppsPort] =
-        s_nginx->Port(static_cast<std::size_t>(c.Number("server")));
+        m_nginx.Port(static_cast<std::size_t>(c.Number("server")));
     const Owned<Address> address = NetworkDevice(m_options);
     const Exchanged seen = Exchange(address, L"/tree.xml", {}, kWsPort);
     EXPECT_EQ(seen.error, error) << testing::PrintToString(seen.failure);

@@ -166,14 +166,6 @@ void LoopbackServer::Accept() {
   }
 }
 
-LoopbackServer::Script LoopbackServer::Answer(std::string response) {
-  return [response = std::move(response)](LoopbackConnection& connection) {
-    if (connection.ReadRequest().empty()) return;
-    connection.Send(response);
-    connection.WaitForClose();
-  };
-}
-
 LoopbackServer::Script LoopbackServer::AnswerEach(std::string response) {
   return [response = std::move(response)](LoopbackConnection& connection) {
     while (!connection.ReadRequest().empty() && connection.Send(response)) {

@@ -52,8 +52,6 @@ class LoopbackServer {
   LoopbackServer& operator=(const LoopbackServer&) = delete;
   ~LoopbackServer();
 
-  // Answers the first request with `response`, then waits for the client to go.
-  static Script Answer(std::string response);
   // Answers every request with `response`.
   static Script AnswerEach(std::string response);
 

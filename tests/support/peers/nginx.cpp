@@ -11,25 +11,11 @@
 namespace Corvane::Test {
 
 bool Nginx::MakeCertificate(const std::string& name, const std::string& subjectAltName) const {
-  const std::vector<std::string> command = {"openssl",
-                                            "req",
-                                            "-x509",
-                                            "-newkey",
-                                            "ec",
-                                            "-pkeyopt",
-                                            "ec_paramgen_curve:prime256v1",
-                                            "-nodes",
-                                            "-days",
-                                            "2",
-                                            "-subj",
-                                            "/CN=device",
-                                            "-addext",
-                                            "subjectAltName=" + subjectAltName,
-                                            "-keyout",
-                                            name + ".key",
-                                            "-out",
-                                            name + ".pem"};
-  return ChildProcess(command, {.folder = m_folder.Path()}).Wait() == 0;
+  const std::string command =
+      "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 "
+      "-subj /CN=device -addext subjectAltName=" +
+      subjectAltName + " -keyout " + name + ".key -out " + name + ".pem";
+  return ChildProcess({"sh", "-c", command}, {.folder = m_folder.Path()}).Wait() == 0;
 }
 
 bool Nginx::Start(std::string servers, std::size_t portCount) {
@@ -56,11 +42,11 @@ bool Nginx::Start(std::string servers, std::size_t portCount) {
   }
   m_folder.Write("nginx.conf", configuration + servers + "}\n");
   std::filesystem::create_directories(m_folder.Path() / "root");
-  m_process.emplace(
-      std::vector<std::string>{"nginx", "-p", "./", "-c", "nginx.conf", "-e", "stderr"},
-      ProcessOptions{.folder = m_folder.Path(),
-                     .environment = {"NGINX=" + inherited},
-                     .descriptors = sockets});
+  const std::vector<std::string> command = {"nginx",      "-p", "./",    "-c",
+                                            "nginx.conf", "-e", "stderr"};
+  m_process.emplace(command, ProcessOptions{.folder = m_folder.Path(),
+                                            .environment = {"NGINX=" + inherited},
+                                            .descriptors = sockets});
   for (const int socket : sockets) close(socket);
   // The sockets take connections before it runs, so only an answer tells; also of a TLS port.
   if (std::all_of(m_ports.begin(), m_ports.end(), AnswersHttp)) return true;

@@ -48,8 +48,7 @@ struct AgentRequest {
     rest = content;
     version = NextBer(&rest).second;
     community = NextBer(&rest).second;
-    const auto [tag, pdu] = NextBer(&rest);
-    command = tag;
+    const std::string pdu = NextBer(&rest).second;
     rest = pdu;
     id = NextBer(&rest).second;
     NextBer(&rest);
@@ -62,12 +61,9 @@ struct AgentRequest {
     }
   }
 
-  // Other names than were asked for: with another last arc, all or those that end in `from`; or
-  // with one arc more.
-  AgentRequest& Rename(char lastArc, char from = 0) {
-    for (std::string& name : names) {
-      if (from == 0 || name.back() == from) name.back() = lastArc;
-    }
+  // Other names than were asked for: with another last arc, or with one arc more.
+  AgentRequest& Rename(char lastArc) {
+    for (std::string& name : names) name.back() = lastArc;
     return *this;
   }
   AgentRequest& Extend() {
@@ -76,7 +72,7 @@ struct AgentRequest {
   }
 
   // With values of their own tag and length, each behind the name of the same place.
-  std::string Answer(const std::vector<std::string>& values, int status = 0, int index = 0) const {
+  std::string Answer(const std::vector<std::string>& values, int status = 0) const {
     std::string list;
     for (std::size_t i = 0; i < values.size(); ++i) {
       list += Ber(0x30, Ber(0x06, names.at(i % names.size())) + values[i]);
@@ -84,13 +80,8 @@ struct AgentRequest {
     const auto number = [](int content) {
       return Ber(0x02, std::string(1, static_cast<char>(content)));
     };
-    return Ber(0x30,
-               Ber(0x02, version) + Ber(0x04, community) +
-                   Ber(0xA2, Ber(0x02, id) + number(status) + number(index) + Ber(0x30, list)));
-  }
-  // As agents do it: with the variables of the request.
-  std::string Fail(int status, int index = 0) const {
-    return Answer(std::vector<std::string>(names.size(), Ber(0x05, "")), status, index);
+    return Ber(0x30, Ber(0x02, version) + Ber(0x04, community) +
+                         Ber(0xA2, Ber(0x02, id) + number(status) + number(0) + Ber(0x30, list)));
   }
   // For each name the text of its last arc, "7".
   std::string AnswerLastArcs() const {
@@ -101,7 +92,6 @@ struct AgentRequest {
     return Answer(values);
   }
 
-  int command = 0;
   std::string version, community, id;
   std::vector<std::string> names;
 };

@@ -28,12 +28,15 @@ bool Snmpd::Restart(const std::string& configuration) {
 bool Snmpd::Run() {
   const std::string folder = m_folder.Path().string();
   m_process.reset();
-  m_process.emplace(std::vector<std::string>{"snmpd", "-f", "-C", "-c", "snmpd.conf", "-Le", "-I",
-                                             "-smux", "udp:127.0.0.1:" + std::to_string(m_port)},
-                    ProcessOptions{.folder = folder,
-                                   .environment = {"SNMP_PERSISTENT_DIR=" + folder + "/state",
-                                                   "SNMPCONFPATH=" + folder, "MIBS="},
-                                   .endSignal = SIGKILL});  // it writes its state at any other
+  const std::vector<std::string> command = {
+      "snmpd", "-f",         "-C",
+      "-c",    "snmpd.conf", "-Le",
+      "-I",    "-smux",      "udp:127.0.0.1:" + std::to_string(m_port)};
+  const std::vector<std::string> environment = {"SNMP_PERSISTENT_DIR=" + folder + "/state",
+                                                "SNMPCONFPATH=" + folder, "MIBS="};
+  // It writes its state at any other signal.
+  m_process.emplace(
+      command, ProcessOptions{.folder = folder, .environment = environment, .endSignal = SIGKILL});
   // It says its version once it has bound its port.
   if (m_process->Await(
           [this] { return m_process->Error().find("version") != std::string::npos; })) {
