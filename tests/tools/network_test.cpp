@@ -1,5 +1,6 @@
 // The tool over devices on the network: printers and pages that answer from a table, devices that
 // fall silent or flood, a real SNMP agent (Linux).
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -8,7 +9,6 @@
 #include "tests/support/ipp_bytes.h"
 #include "tests/support/peers/loopback_server.h"
 #include "tests/support/peers/snmpd.h"
-#include "tests/support/peers/udp_relay.h"
 #include "tests/support/test_store.h"
 #include "tests/tools/tool_test.h"
 
@@ -68,7 +68,7 @@ TEST_F(NetworkTest, DevicesThatFallSilentEndInTime) {
   const LoopbackServer silent([](LoopbackConnection& c) { c.WaitForClose(); });
   Meet(silent);
   std::uint16_t udp = 0;
-  const int agent = BindToLoopback(&udp);
+  const int agent = BindToLoopback(SOCK_DGRAM, &udp);
   m_names["udp"] = std::to_string(udp);
   const auto start = Clock::now();
   Expect(std::string("probe 127.0.0.1 --timeout 1") + kAllPorts,
