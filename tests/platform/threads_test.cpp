@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <thread>
 
 #include "platform/system.h"
 
@@ -165,32 +166,24 @@ TEST(ThreadsTest, AThreadIsSignalledWhenItHasEnded) {
   CloseHandle(event);
 }
 
-struct Counter {
-  CRITICAL_SECTION section;
-  int count = 0;
-};
-
-unsigned __stdcall Count(void* argument) {
-  auto& counter = *static_cast<Counter*>(argument);
-  for (int i = 0; i < 10000; ++i) {
-    EnterCriticalSection(&counter.section);
-    EnterCriticalSection(&counter.section);
-    ++counter.count;
-    LeaveCriticalSection(&counter.section);
-    LeaveCriticalSection(&counter.section);
-  }
-  return 0;
-}
-
 TEST(ThreadsTest, ACriticalSectionAdmitsOneThreadAsOftenAsItLikes) {
-  Counter counter;
-  InitializeCriticalSection(&counter.section);
-  HANDLE threads[4];
-  for (HANDLE& thread : threads) thread = Start(&Count, &counter);
-  EXPECT_EQ(WAIT_OBJECT_0, WaitForMultipleObjects(4, threads, TRUE, INFINITE));
-  for (const HANDLE thread : threads) CloseHandle(thread);
-  EXPECT_EQ(40000, counter.count);
-  DeleteCriticalSection(&counter.section);
+  CRITICAL_SECTION section;
+  InitializeCriticalSection(&section);
+  int count = 0;
+  const auto add = [&] {
+    for (int i = 0; i < 10000; ++i) {
+      EnterCriticalSection(&section);
+      EnterCriticalSection(&section);
+      ++count;
+      LeaveCriticalSection(&section);
+      LeaveCriticalSection(&section);
+    }
+  };
+  std::thread first(add), second(add);
+  first.join();
+  second.join();
+  EXPECT_EQ(20000, count);
+  DeleteCriticalSection(&section);
 }
 
 }  // namespace
