@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include "base/utf8.h"
 #include "corvane/platform.h"
 #include "platform/system.h"
 #include "tests/support/cases.h"
@@ -29,54 +30,31 @@ Result ResultOf(Call call) {
   return {result, GetLastError()};
 }
 
-constexpr Result kInvalid(0, ERROR_INVALID_PARAMETER);
-
-TEST(TextTest, WidenChecksItsArguments) {
-  wchar_t out[8];
-  const auto widen = [](const char* text, int bytes, wchar_t* output, int size, UINT page = CP_UTF8,
-                        DWORD flags = 0) {
-    return ResultOf([&] { return MultiByteToWideChar(page, flags, text, bytes, output, size); });
-  };
-  EXPECT_EQ(Result(3, kSentinel), widen("ab", -1, out, 8, CP_ACP));
-  EXPECT_EQ(Result(3, kSentinel), widen("ab", -2, out, 8));
-  EXPECT_EQ(Result(1, kSentinel), widen("", -1, out, 8));
-  EXPECT_EQ(Result(2, kSentinel), widen("ab", 2, out, 0));
-  EXPECT_EQ(Result(0, ERROR_INSUFFICIENT_BUFFER), widen("abc", 3, out, 2));
-  EXPECT_EQ(Result(0, ERROR_INSUFFICIENT_BUFFER), widen("ab", -1, out, 2));
-  EXPECT_EQ(Result(0, ERROR_NO_UNICODE_TRANSLATION),
-            widen("a\x80", 2, out, 8, CP_UTF8, MB_ERR_INVALID_CHARS));
-  EXPECT_EQ(Result(2, kSentinel), widen("a\x80", 2, out, 8));
-  EXPECT_EQ(kInvalid, widen("ab", 0, out, 8));
-  EXPECT_EQ(kInvalid, widen(nullptr, 2, out, 8));
-  EXPECT_EQ(kInvalid, widen("ab", 2, nullptr, 8));
-  EXPECT_EQ(kInvalid, widen("ab", 2, out, -1));
-  EXPECT_EQ(kInvalid, widen("ab", 2, out, 8, 12345));
-  if (UnderWine()) GTEST_SKIP() << "Wine 8 takes MB_PRECOMPOSED, which UTF-8 does not have";
-  constexpr DWORD kPrecomposed = 1;
-  EXPECT_EQ(Result(0, ERROR_INVALID_FLAGS), widen("ab", 2, out, 8, CP_UTF8, kPrecomposed));
-}
-
-TEST(TextTest, NarrowChecksItsArguments) {
-  char out[8];
-  const auto narrow = [](const wchar_t* text, int chars, char* output, int size, DWORD flags = 0,
-                         const char* replacement = nullptr, BOOL* replaced = nullptr) {
-    return ResultOf([&] {
-      return WideCharToMultiByte(CP_UTF8, flags, text, chars, output, size, replacement, replaced);
-    });
-  };
-  const wchar_t lone[] = {static_cast<wchar_t>(0xD800)};
-  EXPECT_EQ(Result(3, kSentinel), narrow(L"ab", -1, out, 8));
-  EXPECT_EQ(Result(0, ERROR_INSUFFICIENT_BUFFER), narrow(L"a\u20AC", 2, out, 3));
-  EXPECT_EQ(Result(0, ERROR_INVALID_FLAGS), narrow(L"ab", 2, out, 8, 1));
-  EXPECT_EQ(Result(0, ERROR_NO_UNICODE_TRANSLATION), narrow(lone, 1, out, 8, WC_ERR_INVALID_CHARS));
-  EXPECT_EQ(Result(3, kSentinel), narrow(lone, 1, out, 8));
-  EXPECT_EQ(kInvalid, narrow(L"ab", 0, out, 8));
-  EXPECT_EQ(kInvalid, narrow(nullptr, 2, out, 8));
-  EXPECT_EQ(kInvalid, narrow(L"ab", 2, nullptr, 8));
-  if (UnderWine()) GTEST_SKIP() << "Wine 8 takes default characters for UTF-8";
+// "-" is a null pointer; of what is no number the bytes count.
+TEST(TextTest, ChecksArgumentsAndConverts) {
+  wchar_t wide[8];
+  char narrow[8];
   BOOL replaced = FALSE;
-  EXPECT_EQ(kInvalid, narrow(L"ab", 2, out, 8, 0, "?"));
-  EXPECT_EQ(kInvalid, narrow(L"ab", 2, out, 8, 0, nullptr, &replaced));
+  for (const Case& c : CasesHere("platform/text_conversions.txt")) {
+    const auto number = [&c](const char* field) { return static_cast<int>(c.Number(field)); };
+    const std::string text = c.Text("text");
+    const std::wstring source = text == "lone" ? L"\xD800" : ToWide(text);
+    const auto flags = static_cast<DWORD>(c.Number("flags"));
+    const auto page = static_cast<UINT>(c.Number("page"));
+    const bool out = c.Text("out") != "-";
+    const Result result = ResultOf([&] {
+      if (c.Text("call") == "widen") {
+        return MultiByteToWideChar(page, flags, text == "-" ? nullptr : text.c_str(),
+                                   number("length"), out ? wide : nullptr, number("size"));
+      }
+      const bool asks = c.Text("out") == "replaced";
+      return WideCharToMultiByte(page, flags, text == "-" ? nullptr : source.c_str(),
+                                 number("length"), out ? narrow : nullptr, number("size"),
+                                 c.Text("out") == "replacement" ? "?" : nullptr,
+                                 asks ? &replaced : nullptr);
+    });
+    EXPECT_EQ(Result(number("result"), static_cast<DWORD>(c.Number("error"))), result) << c.Where();
+  }
 }
 
 TEST(TimeTest, CountsUnitsSince1601) {

@@ -71,6 +71,25 @@ LSTATUS Create(HKEY key, const wchar_t* path, HKEY* made, DWORD* disposition = n
                          made, disposition);
 }
 
+// The code of a call named in the data file.
+LSTATUS Call(const std::string& call, HKEY key, const wchar_t* name) {
+  UniqueHkey out;
+  wchar_t buffer[8];
+  std::wstring found;
+  DWORD size = 8;
+  if (call == "create") return Create(key, name, out.Receive());
+  if (call == "open") return RegOpenKeyExW(key, name, 0, KEY_READ, out.Receive());
+  if (call == "remove") return RegDeleteKeyW(key, name);
+  if (call == "close") return RegCloseKey(key);
+  if (call == "set") return Set(key, name);
+  if (call == "get") return RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &size);
+  if (call == "unset") return RegDeleteValueW(key, name);
+  if (call == "values") return NameAt(key, 0, &found);
+  if (call == "group") return WriteGroup(key).Commit();
+  EXPECT_EQ("keys", call);
+  return RegEnumKeyExW(key, 0, buffer, &size, nullptr, nullptr, nullptr, nullptr);
+}
+
 class RegistryTest : public testing::Test {
  protected:
   RegistryTest() {
@@ -130,33 +149,10 @@ TEST_F(RegistryTest, RefusesWhatItCannotDo) {
                                             {"null", nullptr},
                                             {"odd", reinterpret_cast<HKEY>(3)},
                                             {"far", reinterpret_cast<HKEY>(0x7FFF'FFF0)}};
-  UniqueHkey out;
-  DWORD size = 0, chars = 8;
-  wchar_t buffer[8];
-  std::wstring found;
-  const std::map<std::string, std::function<LSTATUS(HKEY, const wchar_t*)>> calls = {
-      {"create", [&](HKEY key, auto* name) { return Create(key, name, out.Receive()); }},
-      {"open",
-       [&](HKEY k, auto* name) { return RegOpenKeyExW(k, name, 0, KEY_READ, out.Receive()); }},
-      {"remove", [&](HKEY key, auto* name) { return RegDeleteKeyW(key, name); }},
-      {"close", [&](HKEY key, auto*) { return RegCloseKey(key); }},
-      {"set", [&](HKEY key, auto* name) { return Set(key, name); }},
-      {"get",
-       [&](HKEY key, auto* name) {
-         return RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &size);
-       }},
-      {"unset", [&](HKEY key, auto* name) { return RegDeleteValueW(key, name); }},
-      {"values", [&](HKEY key, auto*) { return NameAt(key, 0, &found); }},
-      {"keys",
-       [&](HKEY key, auto*) {
-         return RegEnumKeyExW(key, 0, buffer, &chars, nullptr, nullptr, nullptr, nullptr);
-       }},
-      {"group", [&](HKEY key, auto*) { return WriteGroup(key).Commit(); }}};
   for (const Case& c : CasesHere("platform/registry_codes.txt")) {
     const std::wstring name = c.Wide("name");
     const wchar_t* const given = c.Text("name") == "-" ? nullptr : name.c_str();
-    EXPECT_EQ(c.Number("code"), calls.at(c.Text("call"))(keys.at(c.Text("key")), given))
-        << c.Where();
+    EXPECT_EQ(c.Number("code"), Call(c.Text("call"), keys.at(c.Text("key")), given)) << c.Where();
   }
   EXPECT_EQ((Value{REG_BINARY, {1}}), Get(Key(), L"v"));
   EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(HKEY_LOCAL_MACHINE));
@@ -184,23 +180,20 @@ TEST_F(RegistryTest, ChecksArguments) {
 }
 
 TEST_F(RegistryTest, KeepsDataByteForByte) {
-  const std::map<std::wstring, Value> values = {
-      {L"text", {REG_SZ, TextBytes(L"caf\u00E9 \u20AC")}},
-      {L"text without terminator", {REG_SZ, Bytes(2 * sizeof(wchar_t), 'x')}},
-      {L"odd number of bytes", {REG_SZ, {1, 2, 3}}},
-      {L"number", {REG_DWORD, {1, 2, 3, 4}}},
-      {L"number of a wrong size", {REG_DWORD, {1, 2, 3}}},
-      {L"many", {REG_MULTI_SZ, TextBytes(L"a\0b\0"s)}},
-      {L"bytes", {REG_BINARY, Bytes(70'000, 0xA5)}},
-      {L"nothing", {REG_BINARY, {}}},
-      {L"no known type", {0x12345, {0, 0}}},
-      {L"", {REG_SZ, TextBytes(L"default")}},
-      {L"device's \"; $(x) %n ' \r\n ../", {REG_SZ, TextBytes(L"\r\n")}}};
-  for (const auto& [name, value] : values) {
-    EXPECT_EQ(ERROR_SUCCESS, Set(Key(), name.c_str(), value.type, value.data)) << name;
+  const std::vector<Case> cases = ReadCases("platform/registry_values.txt");
+  const auto value = [](const Case& c) {
+    const std::string bytes = c.Text("bytes");
+    return Value{static_cast<DWORD>(c.Number("type")),
+                 c.Find("text") ? TextBytes(c.Wide("text")) : Bytes(bytes.begin(), bytes.end())};
+  };
+  for (const Case& c : cases) {
+    const auto [type, data] = value(c);
+    EXPECT_EQ(ERROR_SUCCESS, Set(Key(), c.Wide("name").c_str(), type, data)) << c.Where();
   }
-  for (const auto& [name, value] : values) EXPECT_EQ(value, Get(Key(), name.c_str())) << name;
-  EXPECT_EQ(values.at(L""), Get(Key(), nullptr));
+  for (const Case& c : cases) EXPECT_EQ(value(c), Get(Key(), c.Wide("name").c_str())) << c.Where();
+  EXPECT_EQ((Value{REG_SZ, TextBytes(L"default")}), Get(Key(), nullptr));
+  EXPECT_EQ(ERROR_SUCCESS, Set(Key(), L"long", REG_BINARY, Bytes(70'000, 0xA5)));
+  EXPECT_EQ((Value{REG_BINARY, Bytes(70'000, 0xA5)}), Get(Key(), L"long"));
 }
 
 TEST_F(RegistryTest, FoldsCaseOfNamesAndKeepsTheFirst) {

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -34,6 +33,17 @@ DWORD Get(HANDLE printer, const wchar_t* key, const wchar_t* name, Bytes* data) 
   const DWORD code = GetPrinterDataExW(printer, key, name, nullptr, data->data(), 64, &needed);
   data->resize(needed);
   return code;
+}
+
+// The code of a call named in the data file.
+DWORD Call(const std::string& call, HANDLE printer, const wchar_t* key, const wchar_t* value) {
+  DWORD needed = 0, count = 0;
+  if (call == "set") return Set(printer, key, value);
+  if (call == "get") return GetPrinterDataExW(printer, key, value, nullptr, nullptr, 0, &needed);
+  if (call == "delete") return DeletePrinterDataExW(printer, key, value);
+  if (call == "enumerate") return EnumPrinterDataExW(printer, key, nullptr, 0, &needed, &count);
+  EXPECT_EQ("close", call);
+  return ClosePrinter(printer) ? kSuccess : GetLastError();
 }
 
 class SpoolerTest : public testing::Test {
@@ -98,22 +108,12 @@ TEST_F(SpoolerTest, RefusesWhatItCannotDo) {
       {"own", Printer()},   {"other", other.Handle()},
       {"user", user.Get()}, {"key", key.Get()},
       {"null", nullptr},    {"none", reinterpret_cast<HANDLE>(0x12345678)}};
-  DWORD needed = 0, count = 0;
-  using Text = const wchar_t*;
-  const std::map<std::string, std::function<DWORD(HANDLE, Text, Text)>> calls = {
-      {"set", [&](HANDLE h, Text k, Text v) { return Set(h, k, v); }},
-      {"get", [&](HANDLE h, Text k,
-                  Text v) { return GetPrinterDataExW(h, k, v, nullptr, nullptr, 0, &needed); }},
-      {"delete", [&](HANDLE h, Text k, Text v) { return DeletePrinterDataExW(h, k, v); }},
-      {"enumerate", [&](HANDLE h, Text k,
-                        Text) { return EnumPrinterDataExW(h, k, nullptr, 0, &needed, &count); }},
-      {"close", [&](HANDLE h, Text, Text) { return ClosePrinter(h) ? 0 : GetLastError(); }}};
   ASSERT_EQ(kSuccess, Set(Printer(), L"k", L"v"));
   for (const Case& c : CasesHere("platform/spooler_codes.txt")) {
     const std::wstring name = c.Wide("key"), value = c.Wide("value");
-    EXPECT_EQ(c.Number("code"), calls.at(c.Text("call"))(printers.at(c.Text("printer")),
-                                                         name == L"-" ? nullptr : name.c_str(),
-                                                         value == L"-" ? nullptr : value.c_str()))
+    EXPECT_EQ(c.Number("code"),
+              Call(c.Text("call"), printers.at(c.Text("printer")),
+                   name == L"-" ? nullptr : name.c_str(), value == L"-" ? nullptr : value.c_str()))
         << c.Where();
   }
   EXPECT_EQ(ERROR_INVALID_HANDLE, RegCloseKey(static_cast<HKEY>(other.Handle())));

@@ -27,7 +27,8 @@ extern "C" {
 HANDLE WINAPI CreateEventW(_SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState,
                            const wchar_t* name);
 // These three: FALSE and ERROR_INVALID_HANDLE unless the handle is open and of that kind. A thread
-// goes on when its handle is closed.
+// goes on when its handle is closed. SetEvent ends the waits for the event before it returns, one
+// wait of an automatic event: resetting it at once takes nothing back.
 BOOL WINAPI SetEvent(HANDLE event);
 BOOL WINAPI ResetEvent(HANDLE event);
 BOOL WINAPI CloseHandle(HANDLE object);
