@@ -15,20 +15,19 @@ using Node = RefPtr<IXMLDOMNode>;
 
 inline UniqueBstr Bstr(std::wstring_view text) { return UniqueBstr::Make(text); }
 
-// S_OK with an object, S_FALSE without one.
-template <typename Getter, typename Result>
-bool Gives(Getter&& get, Result* result) {
-  const HRESULT code = get(result->Receive());
-  EXPECT_EQ(*result ? S_OK : S_FALSE, code);
+// Whether a getter of the DOM gives something, with S_OK; nothing comes with S_FALSE.
+template <typename Object, typename Interface, typename Out, typename Owner>
+bool Gives(Object* object, HRESULT (STDMETHODCALLTYPE Interface::*get)(Out), Owner* owner) {
+  const HRESULT code = (object->*get)(owner->Receive());
+  EXPECT_EQ(*owner ? S_OK : S_FALSE, code);
   return code == S_OK;
 }
 
-// What a getter of the DOM gives; "<null>" for null, which comes with S_FALSE.
+// "<null>" for null.
 template <typename Object, typename Interface>
 std::wstring Ask(Object* object, HRESULT (STDMETHODCALLTYPE Interface::*get)(BSTR*)) {
   UniqueBstr text;
-  Gives([&](BSTR* out) { return (object->*get)(out); }, &text);
-  return text ? std::wstring(text.View()) : L"<null>";
+  return Gives(object, get, &text) ? std::wstring(text.View()) : L"<null>";
 }
 inline std::wstring TextOf(IXMLDOMNode* node) { return Ask(node, &IXMLDOMNode::get_text); }
 inline std::wstring NameOf(IXMLDOMNode* node) { return Ask(node, &IXMLDOMNode::get_nodeName); }
