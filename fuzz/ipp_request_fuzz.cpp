@@ -3,37 +3,31 @@
 // and what was made without blobs, of tags that values have, can be read back.
 #include "corvane/handles.h"
 #include "fuzz/input.h"
-#include "ipp/ipp_operations.h"
+#include "tests/support/request_settings.h"
 
 namespace {
 
 using namespace Corvane;
+using namespace Corvane::Test;
 using Fuzz::Expect;
 
-constexpr HRESULT (IPPOperations::*kTexts[])(const char*) = {
-    &IPPOperations::SetResourceURI, &IPPOperations::SetAttributeName, &IPPOperations::SetJobURI,
-    &IPPOperations::SetRequestedUserName};
-constexpr HRESULT (IPPRequestBase::*kRequestTexts[])(const char*) = {
-    &IPPRequestBase::SetPrinterURI,   &IPPRequestBase::SetRequestingUserName,
-    &IPPRequestBase::SetDocumentUri,  &IPPRequestBase::SetJobName,
-    &IPPRequestBase::SetDocumentName, &IPPRequestBase::SetJobURI};
-constexpr void (IPPRequestBase::*kNumbers[])(std::int32_t) = {
-    &IPPRequestBase::SetCopy,          &IPPRequestBase::SetMultipleDocHandling,
-    &IPPRequestBase::SetPrintingSides, &IPPRequestBase::SetOrientationRequested,
-    &IPPRequestBase::SetPrintQuality,  &IPPRequestBase::SetOutputMode};
+template <typename Settings>
+const auto& Nth(const Settings& settings, unsigned number) {
+  return settings[number % std::size(settings)];
+}
 
 // False for what need not be well formed.
 bool ApplyNext(Fuzz::Input* input, IPPOperations* operations, IPPRequestBase* request) {
   const unsigned which = input->Next<std::uint8_t>();
   switch (which % 5) {
     case 0:
-      (operations->*kTexts[which / 5 % std::size(kTexts)])(input->Text().c_str());
+      (operations->*Nth(kExchangeSettings, which / 5).set)(input->Text().c_str());
       return true;
     case 1:
-      (request->*kRequestTexts[which / 5 % std::size(kRequestTexts)])(input->Text().c_str());
+      (request->*Nth(kTextSettings, which / 5).set)(input->Text().c_str());
       return true;
     case 2:
-      (request->*kNumbers[which / 5 % std::size(kNumbers)])(input->Next<std::int32_t>());
+      (request->*Nth(kNumberSettings, which / 5).set)(input->Next<std::int32_t>());
       request->SetIPPAttributeFidelity(which > 127);
       request->SetLastDocument(which > 127);
       return true;

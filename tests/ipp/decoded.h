@@ -1,15 +1,17 @@
-// What the decoder gave, as one text to compare.
+// What was read of an answer, as one text to compare.
 #ifndef CORVANE_TESTS_IPP_DECODED_H_
 #define CORVANE_TESTS_IPP_DECODED_H_
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "core/text.h"
+#include "base/utf8.h"
 #include "ipp/ipp_operations.h"
+#include "ipp/wire/values.h"
 #include "platform/system.h"
 
 namespace Corvane::Test {
@@ -24,7 +26,7 @@ inline std::string JoinValues(const std::vector<std::string>& values) {
 // The text of one value, "[a|b]" of several, "nothing" of an output that was left alone.
 inline std::string Shown(const VARIANT& value) {
   if (value.vt == VT_I4) return "nothing";
-  const auto text = [](BSTR bstr) { return Narrow({bstr, SysStringLen(bstr)}); };
+  const auto text = [](BSTR bstr) { return ToUtf8({bstr, SysStringLen(bstr)}); };
   if (value.vt == VT_BSTR) return text(value.bstrVal);
   EXPECT_EQ(VT_ARRAY | VT_BSTR, value.vt);
   if (value.vt != (VT_ARRAY | VT_BSTR)) return {};
@@ -38,26 +40,20 @@ inline std::string Shown(const VARIANT& value) {
   return JoinValues(texts);
 }
 
-inline HRESULT Parse(IPPOperations* operations, std::string_view body, VARIANT* value) {
-  return operations->ParseIPPContent(reinterpret_cast<const unsigned char*>(body.data()),
-                                     static_cast<int>(body.size()), value);
-}
-
-// Decodes and asks for an attribute at once; "E_FAIL" for a failure, which leaves the output alone.
-inline std::string Decoded(IPPOperations* operations, std::string_view body,
-                           const char* attribute = nullptr) {
-  operations->SetAttributeName(attribute);
+// Of what fills an output: "E_FAIL" for a failure, which leaves that alone.
+template <typename Ask>
+std::string Asked(Ask ask) {
   _variant_t value(7L, VT_I4);
-  const HRESULT result = Parse(operations, body, &value);
+  const HRESULT result = ask(&value);
   if (result == S_OK) return Shown(value);
   EXPECT_EQ(E_FAIL, result);
   EXPECT_EQ(VT_I4, value.vt);
   return "E_FAIL";
 }
 
-inline std::string Decoded(std::string_view body, const char* attribute = nullptr) {
-  IPPOperations operations(nullptr);
-  return Decoded(&operations, body, attribute);
+inline HRESULT Parse(IPPOperations* operations, std::string_view body, VARIANT* value = nullptr) {
+  return operations->ParseIPPContent(reinterpret_cast<const unsigned char*>(body.data()),
+                                     static_cast<int>(body.size()), value);
 }
 
 // What an answer that was decoded has under a name, or path.
@@ -66,6 +62,26 @@ inline std::string Held(const IPPOperations& operations, const char* path) {
   const bool found = operations.GetValueFromIPPMap(path, &value);
   EXPECT_EQ(found, value.vt != VT_I4) << (path ? path : "null");
   return Shown(value);
+}
+
+// "group tag name=value|value" in a line for each attribute; collections as they lie on the wire.
+inline std::string Told(std::string_view bytes) {
+  IPPMessage message;
+  ReadIPPMessage(bytes, &message);
+  std::string lines;
+  for (const IPPGroup& group : message.Groups()) {
+    for (const IPPAttribute& attribute : message.AttributesOf(group)) {
+      const auto values = message.ValuesOf(attribute);
+      char tags[16];
+      std::snprintf(tags, sizeof(tags), "%d %X ", group.tag, values.empty() ? 0 : values[0].tag);
+      lines.append(lines.empty() ? "" : "\n").append(tags).append(message.NameOf(attribute));
+      for (const IPPValue& value : values) {
+        lines += &value == &values[0] ? '=' : '|';
+        lines += IPPTextOf(message, value);
+      }
+    }
+  }
+  return lines;
 }
 
 }  // namespace Corvane::Test

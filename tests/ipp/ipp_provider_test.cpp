@@ -1,16 +1,14 @@
 // Providers over a scripted host whose text is a USB port name: nothing is probed.
-// tests/ipp/printer_port_test.cpp has the real ports.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
-#include <vector>
 
-#include "corvane/error_codes.h"
 #include "corvane/handles.h"
 #include "ipp/provider/ipp_provider_impl.h"
 #include "ipp/wire/codes.h"
 #include "tests/ipp/decoded.h"
+#include "tests/support/cases.h"
 #include "tests/support/fake_device.h"
 #include "tests/support/hr.h"
 #include "tests/support/ipp_bytes.h"
@@ -21,167 +19,78 @@ namespace {
 
 using namespace std::string_literals;
 using Provider = RefPtr<IPPProvider>;
-using Reply = FakeDevice::Answer;
 
 constexpr DWORD kUntouched = 7;
+constexpr wchar_t kPlain[] = L"ipp://h/ipp/print";
+constexpr wchar_t kSecure[] = L"ipps://h/ipp/print";
+constexpr wchar_t kGetJobs[] = L"Corvane::IPPProviderImpl::GetJobs";
+constexpr char kPage[] = "<html></html>";
 
-std::string Message(const std::string& attributes, int status = 0) {
-  return LibraryAnswer(status, IppGroup(4) + attributes);
-}
-
-std::string JobState(int state, const std::string& reasons = {}) {
-  const std::string text = IppNumber(IPPTag::kEnum, "job-state", state);
-  return Message(reasons.empty() ? text
-                                 : text + IppValue(IPPTag::kKeyword, "job-state-reasons", reasons));
-}
-
-Reply Status(std::uint32_t status) {
-  Reply reply;
-  reply.body = "no";
-  reply.status = status;
-  return reply;
-}
-
-Reply Failure(std::uint32_t error) {
-  Reply reply;
-  reply.result = E_FAIL;
-  reply.error = error;
-  return reply;
-}
-
-Reply Body(std::string body) {
-  Reply reply;
-  reply.body = std::move(body);
-  return reply;
-}
-
-// All that a request says of itself, by our own decoder: "status-code" is its operation.
-std::string Sent(const FakeDevice& device) {
-  IPPOperations request(nullptr);
-  Decoded(&request, device.lastRequestBody);
-  std::string all;
-  for (const char* const name : {"status-code", "printer-uri", "job-uri", "requested-attributes",
-                                 "requesting-user-name", "which-jobs"}) {
-    if (const std::string value = Held(request, name); value != "nothing") all += value + ' ';
-  }
-  return all;
-}
-
-std::string Messages(const TraceRecorder& recorder, const wchar_t* function) {
+std::string Messages(const TraceRecorder& recorder, const std::wstring& function) {
   std::string messages;
   for (const auto& line : recorder.Lines()) {
     if (line.kind != TraceKind::kMessage || line.function != function) continue;
-    messages += std::to_string(line.level) + ' ' + Narrow(line.message) + '\n';
+    messages += std::to_string(line.level) + ' ' + ToUtf8(line.message) + '\n';
   }
   return messages;
-}
-
-enum class By { kPath, kUri, kSecureUri };
-
-Provider Make(By by, Address* address, const wchar_t* text) {
-  switch (by) {
-    case By::kPath:
-      return Provider::Adopt(CreateIPPProvider(address, text ? Narrow(text).c_str() : nullptr));
-    case By::kUri:
-      return Provider::Adopt(CreateIPPPrintProvider(address, text));
-    default:
-      return Provider::Adopt(CreateSecureIPPPrintProvider(address, text, 1));
-  }
 }
 
 class IppProviderTest : public ::testing::Test {
  protected:
   IppProviderTest() {
-    m_device.AddRef();
-    m_device.SetNoDelete(true);
-    m_device.host = L"USB001";
-    AnswerWith(Body(Message(IppValue(IPPTag::kName, "printer-name", "p") +
-                            IppValue(IPPTag::kKeyword, "media-ready", "a4") +
-                            IppValue(IPPTag::kKeyword, "", "a5") +
-                            IppValue(IPPTag::kInteger, "pages", "\0\0\1\2"s))));
+    m_device->host = L"USB001";
+    AnswerWith({ReadCases("ipp/provider_creation.txt").front().Text("body")});
   }
-  ~IppProviderTest() override { EXPECT_EQ(1u, m_device.References()); }
+  ~IppProviderTest() override { EXPECT_EQ(1u, m_device->References()); }
 
-  void AnswerWith(const Reply& reply) {
+  void AnswerWith(const FakeDevice::Answer& answer) {
     for (const std::uint32_t port : {631u, 443u}) {
-      for (const wchar_t* const path : {L"/ipp/print", L"/other"}) {
-        m_device.answers[{port, path}] = reply;
+      for (const wchar_t* const path : {L"/ipp/print", L"/other", L""}) {
+        m_device->answers[{port, path}] = answer;
       }
     }
+    m_device->calls.clear();
+    SetLastError(kUntouched);
+  }
+  void AnswerAs(const Case& c) {
+    const auto failure = static_cast<std::uint32_t>(c.Number("failure"));
+    const auto status = static_cast<std::uint32_t>(c.Number("http"));
+    AnswerWith(
+        {c.Text("body"), status ? status : 200, failure ? E_FAIL : S_OK, false, false, failure});
+  }
+  Provider Make(const std::string& by, const wchar_t* text, bool hasAddress = true) const {
+    Address* const address = hasAddress ? m_device.Get() : nullptr;
+    return Provider::Adopt(by == "path"
+                               ? CreateIPPProvider(address, text ? ToUtf8(text).c_str() : nullptr)
+                           : by == "uri" ? CreateIPPPrintProvider(address, text)
+                                         : CreateSecureIPPPrintProvider(address, text, 1));
   }
   bool Called(const std::wstring& call) const {
-    return std::count(m_device.calls.begin(), m_device.calls.end(), call) > 0;
+    return std::count(m_device->calls.begin(), m_device->calls.end(), call) > 0;
+  }
+  // The operation, and what the last request told.
+  std::string Sent() const {
+    const std::string& body = m_device->lastRequestBody;
+    return std::to_string(ReadIPPHeader(body).value_or(IPPHeader()).code) + '\n' + Told(body);
   }
 
-  FakeDevice m_device;
+  const RefPtr<FakeDevice> m_device = RefPtr<FakeDevice>::Share(new FakeDevice);
 };
 
-TEST_F(IppProviderTest, IsNotMadeAndTellsWhy) {
-  const Reply good = Body(Message(""));
-  const struct {
-    const char* name;
-    By by;
-    const wchar_t* text;
-    Reply reply;
-    DWORD error;
-    int requests = 0;
-    bool hasAddress = true;
-  } cases[] = {
-      {"path: null", By::kPath, nullptr, good, kUntouched},
-      {"path: no address", By::kPath, L"/ipp/print", good, kUntouched, 0, false},
-      {"path: empty", By::kPath, L"", good, kIPPNoResourcePath},
-      {"path: missing", By::kPath, L"/ipp/print", Status(404), 404, 1},
-      {"path: no body", By::kPath, L"/ipp/print", Body(""), 200, 1},
-      {"path: garbage", By::kPath, L"/ipp/print", Body("<html></html>"), kUntouched, 1},
-      {"path: cut answer", By::kPath, L"/ipp/print", Body("\2\0\0\0\0\0\0"s), kUntouched, 1},
-      {"URI: null", By::kUri, nullptr, good, kIPPInvalidArgument},
-      {"URI: no address", By::kUri, L"ipp://h/ipp/print", good, kIPPInvalidArgument, 0, false},
-      {"URI: secure", By::kUri, L"ipps://h/ipp/print", good, kIPPInvalidArgument},
-      {"URI: https", By::kUri, L"https://h/ipp/print", good, kIPPInvalidArgument},
-      {"URI: none", By::kUri, L"ipp", good, kIPPInvalidArgument},
-      {"URI: no path", By::kUri, L"ipp://h", good, kIPPNoResourcePath},
-      {"URI: refused", By::kUri, L"ipp://h/ipp/print", Status(401), kIPPNotAuthorized, 1},
-      {"URI: time-out", By::kUri, L"ipp://h/ipp/print", Failure(kErrorTimeout), kErrorTimeout, 1},
-      {"secure URI: plain", By::kSecureUri, L"ipp://h/ipp/print", good, kIPPInvalidArgument},
-      {"secure URI: refused", By::kSecureUri, L"ipps://h/ipp/print", Status(401), kIPPNotAuthorized,
-       1},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    AnswerWith(test.reply);
-    m_device.calls.clear();
-    SetLastError(kUntouched);
-    EXPECT_FALSE(Make(test.by, test.hasAddress ? &m_device : nullptr, test.text));
-    EXPECT_EQ(test.error, GetLastError());
-    EXPECT_EQ(test.requests, m_device.Requests());
-    EXPECT_EQ(1u, m_device.References());
-  }
-}
-
-TEST_F(IppProviderTest, IsMadeByOneExchange) {
-  static const struct {
-    const char* name;
-    By by;
-    const wchar_t* text;
-    const wchar_t* port;
-  } kCases[] = {
-      {"path", By::kPath, L"/ipp/print", L"631"},
-      {"URI", By::kUri, L"ipp://elsewhere/ipp/print", L"631"},
-      {"URI with the other port", By::kUri, L"ipp://elsewhere:443/ipp/print", L"631"},
-      {"secure URI", By::kSecureUri, L"ipps://elsewhere/ipp/print", L"443"},
-      {"secure URI with the other port", By::kSecureUri, L"ipps://e:631/ipp/print", L"443"},
-  };
-  for (const auto& test : kCases) {
-    SCOPED_TRACE(test.name);
-    m_device.calls.clear();
-    const Provider provider = Make(test.by, &m_device, test.text);
-    ASSERT_TRUE(provider);
-    EXPECT_EQ(L"CreateIPPHTTPRequest "s + test.port, m_device.calls.front());
-    EXPECT_EQ(1, m_device.Requests());
-    EXPECT_EQ("11 /ipp/print [printer-name|all] ", Sent(m_device));
-    EXPECT_EQ(L"~HTTPRequest", m_device.calls.back());
-    provider->AddRef();
-    EXPECT_EQ(1u, provider->Release());
+TEST_F(IppProviderTest, IsMadeByOneExchangeOrTellsWhyNot) {
+  for (const Case& c : ReadCases("ipp/provider_creation.txt")) {
+    SCOPED_TRACE(c.Where());
+    AnswerAs(c);
+    const std::wstring text = c.Wide("text");
+    const Provider provider =
+        Make(c.Text("by"), c.Find("text") ? text.c_str() : nullptr, !c.Find("address"));
+    EXPECT_EQ(c.Number("error"), provider ? 0 : GetLastError());
+    EXPECT_EQ(c.Number("requests"), m_device->Requests());
+    if (!provider) continue;
+    EXPECT_EQ(L"CreateIPPHTTPRequest " + c.Wide("port"), m_device->calls.front());
+    EXPECT_TRUE(Called(L"SetOption 30000"));
+    EXPECT_EQ(L"~HTTPRequest", m_device->calls.back());
+    EXPECT_EQ(c.Text("sent"), Sent());
   }
 }
 
@@ -191,204 +100,108 @@ TEST_F(IppProviderTest, TracesItsMaking) {
       "16 Resource URI is /ipp/print \r\n\n16 Resource URI is ipp://h/ipp/print \r\n\n";
   const auto traced = [&] {
     const TraceRecorder recorder(kTraceInfo);
-    Make(By::kUri, &m_device, L"ipp://h/ipp/print");
+    Make("uri", kPlain);
     return Messages(recorder, L"Corvane::IPPProviderImpl::Create") +
            Messages(recorder, L"Corvane::IPPProviderImpl::Create2");
   };
   EXPECT_EQ(parsed + '\n' + uris, traced());
-  AnswerWith(Body("<html></html>"));
+  AnswerWith({kPage});
   EXPECT_EQ(parsed + " failed\n" + uris, traced());
-  m_device.host = L"printer.example";
-  const std::string silent = traced();
+  m_device->host = L"printer.example";
   EXPECT_TRUE(
-      silent.starts_with("16 IPP support is not present in the device\n"
-                         "16 Failed with error "))
-      << silent;
+      traced().starts_with("16 IPP support is not present in the device\n"
+                           "16 Failed with error "));
   EXPECT_EQ(kIPPDeviceSilent, GetLastError());
-  EXPECT_EQ(2, m_device.Requests());
+  EXPECT_EQ(1, m_device->Requests());
 }
 
 TEST_F(IppProviderTest, HasTheFirstOfSeveralNames) {
-  const Provider provider = Make(By::kPath, &m_device, L"/ipp/print");
+  const Provider provider = Make("path", L"/ipp/print");
   ASSERT_TRUE(provider);
-  AnswerWith(Body(Message("")));  // what it has is from its making
-  static const struct {
-    const char* name;
-    const char* expected;
-  } kCases[] = {
-      {"printer-name", "p"},
-      {"media-ready", "[a4|a5]"},
-      {"missing_OR_pages_OR_printer-name", "258"},
-      {"_OR_pages", "258"},
-      {"pages_OR_", "258"},
-      {"missing_OR_absent", "nothing"},
-      {"_OR_", "nothing"},
-      {"", "nothing"},
-      {"missing_or_pages", "nothing"},
-      {nullptr, "nothing"},
+  m_device->answers.clear();  // what it has is from its making
+  const auto get = [&](const char* name) {
+    return Asked([&](VARIANT* value) { return provider->GetValue(name, value); });
   };
-  for (const auto& test : kCases) {
-    SCOPED_TRACE(test.name ? test.name : "null");
-    _variant_t value(7L, VT_I4);
-    EXPECT_HR(provider->GetValue(test.name, &value), test.expected == "nothing"s ? E_FAIL : S_OK);
-    EXPECT_EQ(test.expected, Shown(value));
+  for (const Case& c : ReadCases("ipp/provider_values.txt")) {
+    EXPECT_EQ(c.Text("value"), get(c.Text("name").c_str())) << c.Where();
   }
-  EXPECT_EQ(1, m_device.Requests());
+  EXPECT_EQ("E_FAIL", get(nullptr));
+  EXPECT_EQ(1, m_device->Requests());
 }
 
 TEST_F(IppProviderTest, AsksThePrinterAnew) {
-  const std::string pages = IppValue(IPPTag::kInteger, "pages", "\0\0\0\x9"s);
-  const std::string asked = "11 /ipp/print [printer-name|pages] ";
-  const char* const job = "ipp://h/ipp/print/4";
-  const struct {
-    const char* name;
-    const char* attribute;
-    bool forJob;
-    const char* uri;
-    const char* resource;
-    std::string sent;
-    Reply reply;
-    const char* expected;
-    DWORD error = kUntouched;
-  } cases[] = {
-      {"printer", "pages", false, nullptr, nullptr, asked, Body(Message(pages)), "9"},
-      {"by its URI", "pages", false, "ipp://h/x", nullptr, asked, Body(Message(pages)), "9"},
-      {"another resource", "pages", false, nullptr, "/other", "11 /other [printer-name|pages] ",
-       Body(Message(pages)), "9"},
-      {"not told", "pages", false, nullptr, nullptr, asked, Body(Message("")), "nothing"},
-      {"an error with it", "pages", false, nullptr, nullptr, asked, Body(Message(pages, 0x503)),
-       "9"},
-      {"job", "pages", true, job, nullptr, "9 /ipp/print ipp://h/ipp/print/4 pages ",
-       Body(Message(pages)), "9"},
-      {"no such job", "pages", true, job, nullptr, "9 /ipp/print ipp://h/ipp/print/4 pages ",
-       Body(Message("", 0x406)), "nothing"},
-      {"garbage", "pages", false, nullptr, nullptr, asked, Body("<html></html>"), "nothing"},
-      {"refused", "pages", false, nullptr, nullptr, asked, Status(401), "nothing",
-       kIPPNotAuthorized},
-      {"time-out", "pages", true, job, nullptr, "9 /ipp/print ipp://h/ipp/print/4 pages ",
-       Failure(kErrorTimeout), "nothing", kErrorTimeout},
-      {"no name", nullptr, false, nullptr, nullptr, "", Body(Message(pages)), "nothing"},
-  };
-  const Provider plain = Make(By::kUri, &m_device, L"ipp://h/ipp/print");
-  const Provider secure = Make(By::kSecureUri, &m_device, L"ipps://h/ipp/print");
-  ASSERT_TRUE(plain && secure);
-  for (const auto& test : cases) {
-    AnswerWith(test.reply);
-    for (const bool isSecure : {false, true}) {
-      SCOPED_TRACE(test.name + (isSecure ? ", secure"s : ""s));
-      m_device.calls.clear();
-      SetLastError(kUntouched);
-      _variant_t value(7L, VT_I4);
-      EXPECT_HR((isSecure ? secure : plain)
-                    ->GetIPPValue(test.attribute, test.forJob, &value, test.uri, test.resource, 0),
-                test.expected == "nothing"s ? E_FAIL : S_OK);
-      EXPECT_EQ(test.expected, Shown(value));
-      EXPECT_EQ(test.error, GetLastError());
-      EXPECT_EQ(test.attribute ? 1 : 0, m_device.Requests());
-      if (!test.attribute) continue;
-      EXPECT_EQ(test.sent, Sent(m_device));
-      EXPECT_EQ(L"CreateIPPHTTPRequest "s + (isSecure ? L"443" : L"631"), m_device.calls.front());
+  const std::pair<Provider, std::wstring> providers[] = {{Make("uri", kPlain), L"631"},
+                                                         {Make("secure", kSecure), L"443"}};
+  for (const Case& c : ReadCases("ipp/provider_questions.txt")) {
+    for (const auto& [provider, port] : providers) {
+      SCOPED_TRACE(c.Where());
+      ASSERT_TRUE(provider);
+      AnswerAs(c);
+      const auto field = [&c](const char* name) { return c.Find(name); };
+      const auto attribute = field("attribute"), resource = field("resource"), job = field("job");
+      const auto uri = job ? job : field("uri");
+      const auto chars = [](const std::optional<std::string>& text) {
+        return text ? text->c_str() : nullptr;
+      };
+      EXPECT_EQ(c.Text("value"), Asked([&](VARIANT* value) {
+                  return provider->GetIPPValue(chars(attribute), job.has_value(), value, chars(uri),
+                                               chars(resource), 0);
+                }));
+      EXPECT_EQ(c.Find("error").value_or("7"), std::to_string(GetLastError()));
+      EXPECT_EQ(attribute ? 1 : 0, m_device->Requests());
+      if (!attribute) continue;
+      EXPECT_EQ(c.Text("sent"), Sent());
+      EXPECT_EQ(L"CreateIPPHTTPRequest " + port, m_device->calls.front());
     }
   }
 }
 
-constexpr wchar_t kGetJobs[] = L"Corvane::IPPProviderImpl::GetJobs";
-
-TEST_F(IppProviderTest, ListsTheJobsOfAUser) {
-  const std::string none =
-      "16 May be we ask for which-jobs=completed but job is still in process else may be reverse "
-      "condition\n";
-  const struct {
-    const char* name;
-    bool selectState;
-    Reply reply;
-    HRESULT result;
-    const char* state;
-    std::string traces;
-    bool hasRecord = true;
-  } cases[] = {
-      {"ended", true, Body(JobState(9)), S_OK, "Completed", ""},
-      {"going on", false, Body(JobState(5, "none")), S_OK, "Processing", ""},
-      {"nowhere to put it", true, Body(JobState(9)), S_FALSE, "null", "", false},
-      {"none", true, Body(Message("")), S_FALSE, "null", none},
-      {"refused", true, Status(500), E_FAIL, "null",
-       "128 GetJobs(struct)..SendIPPRequest() failed\n"},
-      {"garbage", true, Body("<html></html>"), E_FAIL, "null",
-       "128 GetJobs(struct)..ParseIPPResponse() failed\n"},
-  };
-  const auto provider =
-      RefPtr<IPPProviderImpl>::Adopt(IPPProviderImpl::Create(&m_device, "/ipp/print", false, 0));
+TEST_F(IppProviderTest, ListsJobsAndWatchesTheCurrentOne) {
+  const auto provider = RefPtr<IPPProviderImpl>::Adopt(
+      IPPProviderImpl::Create(m_device.Get(), "/ipp/print", false, 0));
   ASSERT_TRUE(provider);
   const auto request = RefPtr<IPPRequestBase>::Adopt(CreateIPPRequest());
   EXPECT_HR(provider->GetJobs(nullptr, nullptr, true), E_FAIL);
   EXPECT_HR(provider->GetJobs(request.Get(), nullptr, true), E_FAIL);  // of nobody
-  EXPECT_EQ(1, m_device.Requests());
+  EXPECT_EQ(1, m_device->Requests());
   request->SetRequestingUserName("anna");
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    AnswerWith(test.reply);
-    const auto record = RefPtr<IPPResponseBase>::Adopt(CreateIPPResponse());
-    const TraceRecorder recorder(kTraceInfo | kTraceSevere);
-    EXPECT_HR(
-        provider->GetJobs(request.Get(), test.hasRecord ? record.Get() : nullptr, test.selectState),
-        test.result);
-    EXPECT_STREQ(test.state, record->GetJobState() ? record->GetJobState() : "null");
-    EXPECT_EQ(test.traces, Messages(recorder, kGetJobs));
-    EXPECT_EQ("10 /ipp/print all anna "s + (test.selectState ? "completed " : "not-completed "),
-              Sent(m_device));
-  }
-}
-
-TEST_F(IppProviderTest, TellsWhetherTheCurrentJobHasEnded) {
-  const auto says = [](const std::string& state, const std::string& reasons) {
-    return "16 Print Job state=" + state + " and JobstateReasons=" + reasons + '\n';
-  };
-  const std::string ended = "16 Job is canceled or completed\n";
-  const struct {
-    const char* name;
-    Reply reply;
-    HRESULT result;
-    std::string traces;
-  } cases[] = {
-      {"completed", Body(JobState(9)), S_OK, says("9", "") + ended},
-      {"aborted", Body(JobState(8, "x")), S_OK, says("8", "x") + ended},
-      {"canceled", Body(JobState(7)), S_OK, says("7", "") + ended},
-      {"about to be canceled", Body(JobState(6, "job-canceled-by-user")), S_OK,
-       says("6", "job-canceled-by-user") +
-           "16 job-state-reasons can be job-canceled-at-device, canceled-by-user, "
-           "canceled-by-operator,printer-stopped\n"},
-      {"going on", Body(JobState(5)), S_FALSE,
-       says("5", "") + "16 Job is continuing..Print Job state=5 and JobstateReasons=\n"},
-      {"none", Body(Message("")), S_FALSE, "16 value is empty\n"},
-      {"refused", Status(500), S_FALSE, "128 GetJobs()..SendIPPRequest() failed\n"},
-      {"garbage", Body("<html></html>"), S_FALSE, "128 GetJobs()..ParseIPPResponse() failed\n"},
-  };
-  auto operations = std::make_unique<IPPOperations>(&m_device);
+  auto operations = std::make_unique<IPPOperations>(m_device.Get());
   operations->SetRequestedUserName("anna");
-  const auto provider =
-      RefPtr<IPPProviderImpl>::Share(new IPPProviderImpl(&m_device, std::move(operations)));
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    m_device.answers[{631, L""}] = test.reply;  // it was made without a resource
+  const auto watching =
+      RefPtr<IPPProviderImpl>::Share(new IPPProviderImpl(m_device.Get(), std::move(operations)));
+  for (const Case& c : ReadCases("ipp/job_lists.txt")) {
+    SCOPED_TRACE(c.Where());
+    AnswerAs(c);
+    for (const bool selectState : {false, true}) {
+      const auto set = RefPtr<IPPResponseBase>::Adopt(CreateIPPResponse());
+      const TraceRecorder recorder(kTraceInfo | kTraceSevere);
+      EXPECT_HR(provider->GetJobs(request.Get(), set.Get(), selectState),
+                static_cast<HRESULT>(c.Number("listed")));
+      EXPECT_EQ(c.Text("state"), set->GetJobState() ? set->GetJobState() : "-");
+      EXPECT_EQ(c.Text("traces"), Messages(recorder, kGetJobs));
+      const std::string which = "which-jobs="s + (selectState ? "completed" : "not-completed");
+      EXPECT_NE(std::string::npos, Sent().find(which)) << Sent();
+    }
+    if (c.Number("listed") == 0) {
+      EXPECT_HR(provider->GetJobs(request.Get(), nullptr, true), S_FALSE);  // nowhere to put it
+    }
     const TraceRecorder recorder(kTraceInfo | kTraceSevere);
-    EXPECT_HR(provider->GetJobs(true), test.result);
-    EXPECT_EQ(test.traces, Messages(recorder, kGetJobs));
-    EXPECT_NE(std::string::npos, Sent(m_device).find("all anna completed ")) << Sent(m_device);
+    EXPECT_HR(watching->GetJobs(true), static_cast<HRESULT>(c.Number("current")));
+    EXPECT_EQ(c.Text("currentTraces"), Messages(recorder, kGetJobs));
+    EXPECT_NE(std::string::npos, Sent().find("requesting-user-name=anna")) << Sent();
   }
 }
 
 TEST_F(IppProviderTest, GivesTheLongestTimeoutToEachRequest) {
-  const Provider provider = Make(By::kSecureUri, &m_device, L"ipps://h/ipp/print");
+  const Provider provider = Make("secure", kSecure);
   ASSERT_TRUE(provider);
-  EXPECT_TRUE(Called(L"SetOption 30000"));
   for (const std::uint32_t longest : {0u, 1u, 2u}) {
-    SCOPED_TRACE(longest);
-    provider->SetTimeouts(longest == 0 ? 90000 : 1, longest == 1 ? 90000 : 2,
-                          longest == 2 ? 90000 : 3);
+    const auto timeout = [=](std::uint32_t which) { return which == longest ? 90000 : which + 1; };
+    provider->SetTimeouts(timeout(0), timeout(1), timeout(2));
     _variant_t value;
-    m_device.calls.clear();
+    m_device->calls.clear();
     EXPECT_HR(provider->GetIPPValue("pages", false, &value, nullptr, nullptr, 0), S_OK);
-    EXPECT_TRUE(Called(L"SetOption 90000"));
+    EXPECT_TRUE(Called(L"SetOption 90000")) << longest;
   }
 }
 
@@ -396,36 +209,26 @@ TEST_F(IppProviderTest, TriesCredentialsOnTheCallersRequest) {
   const auto request = RefPtr<IPPRequestBase>::Adopt(CreateIPPRequest());
   request->SetUsername("anna");
   request->SetAuthorizationHeader(L"Basic eA==");
-  const Provider provider = Make(By::kSecureUri, &m_device, L"ipps://h/ipp/print");
-  ASSERT_TRUE(provider);
+  const Provider provider = Make("secure", kSecure);
+  const Provider plain = Make("uri", kPlain);
+  ASSERT_TRUE(provider && plain);
   const auto check = [&](const Provider& asked) {
     RefPtr<HTTPRequest> httpRequest;
-    m_device.CreateIPPHTTPRequest(httpRequest.Receive(), 443);
-    m_device.calls.clear();
-    SetLastError(kUntouched);
+    m_device->CreateIPPHTTPRequest(httpRequest.Receive(), 443);
     return asked->CheckAuthorization(httpRequest.Get(), request.Get());
   };
-  const struct {
-    const char* name;
-    Reply reply;
-    HRESULT result;
-    DWORD error;
-  } cases[] = {{"taken", Body(Message("")), S_OK, kUntouched},
-               {"refused", Status(401), E_FAIL, kIPPNotAuthorized},
-               {"garbage", Body("<html></html>"), E_FAIL, kIPPUnexpectedAnswer},
-               {"time-out", Failure(kErrorTimeout), E_FAIL, kErrorTimeout}};
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    AnswerWith(test.reply);
-    EXPECT_HR(check(provider), test.result);
-    EXPECT_EQ(test.error, GetLastError());
+  for (const Case& c : ReadCases("ipp/authorization.txt")) {
+    SCOPED_TRACE(c.Where());
+    AnswerAs(c);
+    EXPECT_HR(check(provider), static_cast<HRESULT>(c.Number("result")));
+    EXPECT_EQ(c.Number("error"), GetLastError());
     EXPECT_TRUE(Called(L"SetUserName anna"));
-    EXPECT_EQ(test.result == S_OK, Called(L"AddHeader Authorization: Basic eA=="));
+    EXPECT_EQ(c.Number("result") == S_OK, Called(L"AddHeader Authorization: Basic eA=="));
   }
   EXPECT_HR(provider->CheckAuthorization(nullptr, request.Get()), E_FAIL);
   EXPECT_EQ(87u, GetLastError());
-  AnswerWith(Body(Message("")));
-  EXPECT_HR(check(Make(By::kUri, &m_device, L"ipp://h/ipp/print")), E_FAIL);
+  m_device->calls.clear();
+  EXPECT_HR(check(plain), E_FAIL);
   EXPECT_EQ(kIPPNoSecureUri, GetLastError());
   EXPECT_FALSE(Called(L"GetResponse"));
 }

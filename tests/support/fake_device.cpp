@@ -38,19 +38,6 @@ class TableExchange final : public FakeDevice::Exchange {
   bool m_hasBegun = false;
 };
 
-class FakeResponse final : public HTTPResponse {
- public:
-  FakeDevice::Answer answer;
-
-  std::uint32_t GetStatusCode() override { return answer.status; }
-  const wchar_t* GetHeader(const wchar_t*) override { return nullptr; }
-  const wchar_t* GetContentType() override { return L""; }
-  std::uint32_t GetContentLength() override {
-    return static_cast<std::uint32_t>(answer.body.size());
-  }
-  const char* GetContent() override { return answer.nullBody ? nullptr : answer.body.c_str(); }
-};
-
 std::string_view Bytes(const void* data, std::uint32_t size) {
   return {static_cast<const char*>(data), size};
 }

@@ -89,6 +89,21 @@ class FakeDevice : public Counted<Address> {
   std::mutex m_lock;  // guards calls and faults while requests are made
 };
 
+class FakeResponse : public HTTPResponse {
+ public:
+  explicit FakeResponse(FakeDevice::Answer its = {}) : answer(std::move(its)) {}
+
+  std::uint32_t GetStatusCode() override { return answer.status; }
+  const wchar_t* GetHeader(const wchar_t*) override { return nullptr; }
+  const wchar_t* GetContentType() override { return L""; }
+  std::uint32_t GetContentLength() override {
+    return static_cast<std::uint32_t>(answer.body.size());
+  }
+  const char* GetContent() override { return answer.nullBody ? nullptr : answer.body.c_str(); }
+
+  FakeDevice::Answer answer;
+};
+
 }  // namespace Corvane::Test
 
 #endif  // CORVANE_TESTS_SUPPORT_FAKE_DEVICE_H_
