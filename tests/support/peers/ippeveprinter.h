@@ -3,26 +3,20 @@
 #ifndef CORVANE_TESTS_SUPPORT_PEERS_IPPEVEPRINTER_H_
 #define CORVANE_TESTS_SUPPORT_PEERS_IPPEVEPRINTER_H_
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
+#include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
 
 namespace Corvane::Test {
 
 // Its resource is /ipp/print, it takes jobs without credentials and keeps their documents. It
-// listens on localhost alone and announces itself to nobody. Ends its own processes, also when the
-// test dies.
+// listens on localhost alone and announces itself to nobody.
 class Ippeveprinter {
  public:
-  Ippeveprinter() = default;
-  Ippeveprinter(const Ippeveprinter&) = delete;
-  Ippeveprinter& operator=(const Ippeveprinter&) = delete;
-  ~Ippeveprinter();
-
   // Starts it with more options of its command line ("-f application/pdf"), as the shell reads
   // them, and waits until it answers. False, with the reason in Failure(), when it does not. 0 is a
   // free port.
@@ -35,13 +29,10 @@ class Ippeveprinter {
   const std::string& Failure() const { return m_failure; }
 
  private:
-  bool StartBus();
-  bool StartPrinter(const std::string& options);
-
   TempFolder m_folder;
   std::uint16_t m_port = 0;
-  pid_t m_bus = -1;
-  pid_t m_printer = -1;
+  std::optional<ChildProcess> m_bus;
+  std::optional<ChildProcess> m_printer;
   std::string m_failure;
 };
 
