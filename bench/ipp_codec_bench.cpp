@@ -28,6 +28,11 @@ namespace {
 using Corvane::IPPOperations;
 
 constexpr char kUri[] = "ipp://printer.example.com:631/ipp/print";
+// The encoder puts "printer-name" before what is asked for.
+constexpr char kAsked[] =
+    "printer-info,printer-make-and-model,printer-state,printer-state-reasons,"
+    "printer-is-accepting-jobs,media-ready,media-supported,document-format-supported,"
+    "sides-supported";
 constexpr const char* kRequested[] = {
     "printer-name",   "printer-info",          "printer-make-and-model",
     "printer-state",  "printer-state-reasons", "printer-is-accepting-jobs",
@@ -42,22 +47,23 @@ constexpr const char* kRead[] = {
     "media-ready",          "media-supported",  "print-quality-default",
     "operations-supported", "sides-supported"};
 
-// --- This library.
+struct Body {
+  char bytes[Corvane::kIPPRequestSize];
+  int length = 0;
+  std::string_view View() const { return {bytes, static_cast<std::size_t>(length)}; }
+};
+
+// This library.
 
 void SetUp(IPPOperations* operations) {
-  // The encoder puts "printer-name" before what is asked for.
-  static const std::string names = [] {
-    std::string list;
-    for (const char* name : kRequested) list.append(list.empty() ? "" : ",").append(name);
-    return list.substr(list.find(',') + 1);
-  }();
   operations->SetResourceURI(kUri);
-  operations->SetAttributeName(names.c_str());
+  operations->SetAttributeName(kAsked);
 }
 
-bool Encode(IPPOperations* operations, char* body, int* length) {
-  return operations->FormIPPRequestBasedOnOperation(
-             body, Corvane::IPPOperation::kGetPrinterAttributes, length, nullptr) == S_OK;
+bool Encode(IPPOperations* operations, Body* body) {
+  constexpr int kOperation = Corvane::IPPOperation::kGetPrinterAttributes;
+  return operations->FormIPPRequestBasedOnOperation(body->bytes, kOperation, &body->length,
+                                                    nullptr) == S_OK;
 }
 
 bool Decode(const std::string& answer, IPPOperations* operations) {
@@ -65,87 +71,78 @@ bool Decode(const std::string& answer, IPPOperations* operations) {
                                      static_cast<int>(answer.size()), nullptr) == S_OK;
 }
 
-// --- libcups.
+// libcups.
 
-struct IppDelete {
-  void operator()(ipp_t* ipp) const { ippDelete(ipp); }
-};
-using UniqueIpp = std::unique_ptr<ipp_t, IppDelete>;
+using UniqueIpp = std::unique_ptr<ipp_t, decltype(&ippDelete)>;
 
-struct Body {
-  char bytes[Corvane::kIPPRequestSize];
-  std::size_t length = 0;
-};
-
-ssize_t Append(void* context, ipp_uchar_t* bytes, std::size_t count) {
-  auto* const body = static_cast<Body*>(context);
-  if (count > sizeof(body->bytes) - body->length) return -1;
-  std::memcpy(body->bytes + body->length, bytes, count);
-  body->length += count;
-  return static_cast<ssize_t>(count);
-}
-
-bool CupsEncode(Body* body) {
-  const UniqueIpp request(ippNewRequest(IPP_OP_GET_PRINTER_ATTRIBUTES));
+void CupsEncode(Body* body) {
+  const UniqueIpp request(ippNewRequest(IPP_OP_GET_PRINTER_ATTRIBUTES), &ippDelete);
   ippSetRequestId(request.get(), 100);
   ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, kUri);
   ippAddStrings(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes",
                 static_cast<int>(std::size(kRequested)), nullptr, kRequested);
+  const ipp_iocb_t append = [](void* to, ipp_uchar_t* bytes, std::size_t count) {
+    auto* const written = static_cast<Body*>(to);
+    std::memcpy(written->bytes + written->length, bytes, count);
+    written->length += static_cast<int>(count);
+    return static_cast<ssize_t>(count);
+  };
   body->length = 0;
-  return ippWriteIO(body, Append, 1, nullptr, request.get()) == IPP_STATE_DATA;
-}
-
-ssize_t Take(void* context, ipp_uchar_t* bytes, std::size_t count) {
-  auto* const rest = static_cast<std::string_view*>(context);
-  count = rest->copy(reinterpret_cast<char*>(bytes), count);
-  rest->remove_prefix(count);
-  return static_cast<ssize_t>(count);
+  ippWriteIO(body, append, 1, nullptr, request.get());
 }
 
 UniqueIpp CupsDecode(std::string_view answer) {
-  UniqueIpp ipp(ippNew());
-  if (ippReadIO(&answer, Take, 1, nullptr, ipp.get()) != IPP_STATE_DATA) ipp.reset();
+  UniqueIpp ipp(ippNew(), &ippDelete);
+  const ipp_iocb_t take = [](void* from, ipp_uchar_t* bytes, std::size_t count) {
+    auto* const rest = static_cast<std::string_view*>(from);
+    count = rest->copy(reinterpret_cast<char*>(bytes), count);
+    rest->remove_prefix(count);
+    return static_cast<ssize_t>(count);
+  };
+  if (ippReadIO(&answer, take, 1, nullptr, ipp.get()) != IPP_STATE_DATA) ipp.reset();
   return ipp;
 }
 
-bool CupsRead(ipp_t* ipp, const char* name) {
-  ipp_attribute_t* const attribute = ippFindAttribute(ipp, name, IPP_TAG_ZERO);
-  for (int i = 0; i < ippGetCount(attribute); ++i) {
-    const char* const text = ippGetString(attribute, i, nullptr);
-    const bool isBoolean = ippGetValueTag(attribute) == IPP_TAG_BOOLEAN;
-    std::string copy = text ? std::string(text)
-                            : std::to_string(isBoolean ? ippGetBoolean(attribute, i)
-                                                       : ippGetInteger(attribute, i));
-    benchmark::DoNotOptimize(copy.data());
+bool CupsRead(ipp_t* ipp) {
+  for (const char* name : kRead) {
+    ipp_attribute_t* const attribute = ippFindAttribute(ipp, name, IPP_TAG_ZERO);
+    if (!attribute) return false;
+    for (int i = 0; i < ippGetCount(attribute); ++i) {
+      const char* const text = ippGetString(attribute, i, nullptr);
+      const bool isBoolean = ippGetValueTag(attribute) == IPP_TAG_BOOLEAN;
+      std::string copy = text ? std::string(text)
+                              : std::to_string(isBoolean ? ippGetBoolean(attribute, i)
+                                                         : ippGetInteger(attribute, i));
+      benchmark::DoNotOptimize(copy.data());
+    }
   }
-  return attribute != nullptr;
+  return true;
 }
 
-// --- The benchmarks.
+// The benchmarks.
+
+void Expect(benchmark::State& state, bool holds) {
+  if (!holds) state.SkipWithError("the bodies differ, or there is no answer, or no value");
+}
 
 void CorvaneEncode(benchmark::State& state) {
   IPPOperations operations(nullptr);
   SetUp(&operations);
-  char body[Corvane::kIPPRequestSize];
-  int length = 0;
+  Body body;
   Body wanted;
-  if (!CupsEncode(&wanted) || !Encode(&operations, body, &length) ||
-      std::string_view(body, static_cast<std::size_t>(length)) !=
-          std::string_view(wanted.bytes, wanted.length)) {
-    state.SkipWithError("the bodies differ");
-  }
+  CupsEncode(&wanted);
+  Expect(state, Encode(&operations, &body) && body.View() == wanted.View());
   for (auto _ : state) {
-    Encode(&operations, body, &length);
+    Encode(&operations, &body);
     benchmark::DoNotOptimize(body);
   }
 }
 void CorvaneEncodeAnew(benchmark::State& state) {
-  char body[Corvane::kIPPRequestSize];
-  int length = 0;
+  Body body;
   for (auto _ : state) {
     IPPOperations operations(nullptr);
     SetUp(&operations);
-    Encode(&operations, body, &length);
+    Encode(&operations, &body);
     benchmark::DoNotOptimize(body);
   }
 }
@@ -165,18 +162,25 @@ std::string Answer() {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
+template <typename Get>
+bool CorvaneRead(Get get) {
+  bool succeeded = true;
+  for (const char* name : kRead) {
+    _variant_t value;
+    succeeded = get(name, &value) && succeeded;
+    benchmark::DoNotOptimize(value);
+  }
+  return succeeded;
+}
+
 void CorvaneDecode(benchmark::State& state, bool reads) {
   const std::string answer = Answer();
   for (auto _ : state) {
     IPPOperations operations(nullptr);
-    bool succeeded = Decode(answer, &operations);
-    for (const char* name : kRead) {
-      if (!reads) break;
-      _variant_t value;
-      succeeded = operations.GetValueFromIPPMap(name, &value) && succeeded;
-      benchmark::DoNotOptimize(value);
-    }
-    if (!succeeded) state.SkipWithError("no answer, or a value is missing");
+    const auto get = [&](const char* name, VARIANT* value) {
+      return operations.GetValueFromIPPMap(name, value);
+    };
+    Expect(state, Decode(answer, &operations) && (!reads || CorvaneRead(get)));
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(answer.size()));
 }
@@ -184,12 +188,7 @@ void CupsDecodes(benchmark::State& state, bool reads) {
   const std::string answer = Answer();
   for (auto _ : state) {
     const UniqueIpp ipp = CupsDecode(answer);
-    bool succeeded = ipp != nullptr;
-    for (const char* name : kRead) {
-      if (!reads) break;
-      succeeded = CupsRead(ipp.get(), name) && succeeded;
-    }
-    if (!succeeded) state.SkipWithError("no answer, or a value is missing");
+    Expect(state, ipp && (!reads || CupsRead(ipp.get())));
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(answer.size()));
 }
@@ -200,25 +199,18 @@ BENCHMARK_CAPTURE(CupsDecodes, libcups, true)->Name("DecodeAndRead/libcups");
 
 void CorvaneGetValue(benchmark::State& state) {
   auto operations = std::make_unique<IPPOperations>(nullptr);
-  if (!Decode(Answer(), operations.get())) state.SkipWithError("no answer");
+  Expect(state, Decode(Answer(), operations.get()));
   const auto provider = Corvane::RefPtr<Corvane::IPPProviderImpl>::Share(
       new Corvane::IPPProviderImpl(nullptr, std::move(operations)));
-  for (auto _ : state) {
-    for (const char* name : kRead) {
-      _variant_t value;
-      if (provider->GetValue(name, &value) != S_OK) state.SkipWithError("a value is missing");
-      benchmark::DoNotOptimize(value);
-    }
-  }
+  const auto get = [&](const char* name, VARIANT* value) {
+    return provider->GetValue(name, value) == S_OK;
+  };
+  for (auto _ : state) Expect(state, CorvaneRead(get));
 }
 void CupsGetValue(benchmark::State& state) {
   const std::string answer = Answer();
   const UniqueIpp ipp = CupsDecode(answer);
-  for (auto _ : state) {
-    for (const char* name : kRead) {
-      if (!CupsRead(ipp.get(), name)) state.SkipWithError("a value is missing");
-    }
-  }
+  for (auto _ : state) Expect(state, CupsRead(ipp.get()));
 }
 BENCHMARK(CorvaneGetValue)->Name("GetValue/corvane");
 BENCHMARK(CupsGetValue)->Name("GetValue/libcups");
