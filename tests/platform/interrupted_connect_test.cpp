@@ -21,14 +21,15 @@ int InterruptedConnect(const Listener& listener, const std::function<void()>& re
   interrupting.sa_handler = [](int) { ++signalsTaken; };  // without SA_RESTART
   struct sigaction before {};
   sigaction(SIGUSR1, &interrupting, &before);
-  int error = -1;
+  constexpr int kConnecting = -1;
+  std::atomic<int> error = kConnecting;
   std::thread connecting([&] { error = listener.Connect(); });
   // Long enough for the thread to be inside connect() and, after the first signal, poll().
   constexpr int kSettleMs = 100;
   for (int i = 1; i <= 2; ++i) {
     poll(nullptr, 0, kSettleMs);
     pthread_kill(connecting.native_handle(), SIGUSR1);
-    while (signalsTaken < i) poll(nullptr, 0, 1);
+    while (signalsTaken < i && error == kConnecting) poll(nullptr, 0, 1);
   }
   react();
   connecting.join();
