@@ -8,45 +8,56 @@
 namespace Corvane::Test {
 namespace {
 
-constexpr wchar_t kTree[] = L"/DevMgmt/DiscoveryTree.xml";
-
 class VariantsTest : public DeviceTest {
  protected:
+  static RefPtr<IXMLProvider> Make(std::uint32_t port, Address* address) {
+    IXMLProvider* made = nullptr;
+    if (port == 8080) made = CreateQUARNProvider(address);
+    if (port == 7627) made = CreateWSProvider(address);
+    if (port == 80) made = PLSXMLProviderImpl::Create(address);
+    return RefPtr<IXMLProvider>::Adopt(made);
+  }
+  // Of a device that answers so.
+  RefPtr<IXMLProvider> Open(std::uint32_t port, const wchar_t* path, const std::string& body) {
+    m_device->Serve(port, path, body);
+    return Make(port, m_device.Get());
+  }
+  RefPtr<IXMLProvider> OpenWs() {
+    return Open(7627, L"/device", "<e xmlns:dd='u'><dd:MakeAndModel>M</dd:MakeAndModel></e>");
+  }
+
   wchar_t m_buffer[400] = L"";
   std::uint32_t m_required = 0;
 };
 
-class QUARNProviderTest : public VariantsTest {
- protected:
-  void SetUp() override {
-    if (UnderWine()) GTEST_SKIP() << "Wine's DOM answers //.[filter]/name wrongly";
+TEST_F(VariantsTest, ProbesDecideWhetherThereIsAProvider) {
+  for (const Case& c : ReadCases("providers/probes.txt")) {
+    const auto port = static_cast<std::uint32_t>(c.Number("port"));
+    if (port == 8080 && UnderWine()) continue;  // its DOM answers //.[filter]/name wrongly
+    SCOPED_TRACE(c.Where());
+    m_device->answers.clear();
+    const auto provider = Open(port, c.Wide("path").c_str(), c.Text("body"));
+    ASSERT_EQ(c.Text("there") == "yes", static_cast<bool>(provider));
+    EXPECT_EQ(provider ? 2u : 1u, m_device->References()) << "a refused one gives back the address";
+    EXPECT_EQ(port, provider ? provider->GetPort() : port);
   }
-  RefPtr<QUARNProvider> Open(const std::string& tree) {
-    m_device->Serve(8080, kTree, tree);
-    return RefPtr<QUARNProvider>::Adopt(CreateQUARNProvider(m_device.Get()));
-  }
-};
-
-TEST_F(QUARNProviderTest, NeedsTheProductConfigurationInTheTree) {
-  const auto tree = [](const std::string& type) {
-    return "<t xmlns:dd='urn:dd'><r><dd:ResourceType>" + type +
-           "</dd:ResourceType><dd:ResourceURI/></r></t>";
-  };
-  EXPECT_TRUE(Open(tree("quarn:zqQuarnProductConfigDyn"))) << "its URI may be empty";
-  EXPECT_FALSE(Open(tree("quarn:other")));
-  EXPECT_FALSE(Open(tree("quarn:zqQuarnProductConfigDyn2")));
-  EXPECT_FALSE(Open("<r>")) << "a tree that is no XML";
-  m_device->answers.clear();
-  EXPECT_EQ(nullptr, CreateQUARNProvider(m_device.Get()));
-  EXPECT_EQ(1u, m_device->References()) << "a refused provider gives back the address";
 }
 
-TEST_F(QUARNProviderTest, ResolvesResourceTypesThroughTheTreeOnce) {
-  const auto provider = Open(ReadData("providers/discovery_tree.xml"));
-  ASSERT_TRUE(provider);
-  EXPECT_EQ(std::wstring(L"CreateHTTPRequest 8080, SetURI ") + kTree +
-                L", GetResponse, Dispose, ~HTTPRequest",
-            TakeCalls());
+TEST_F(VariantsTest, NullAddressIsABadArgument) {
+  for (const std::uint32_t port : {8080u, 7627u, 80u}) {
+    SetLastError(0);
+    EXPECT_FALSE(Make(port, nullptr));
+    EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_PARAMETER), GetLastError());
+  }
+}
+
+TEST_F(VariantsTest, QuarnResolvesResourceTypesThroughTheTreeOnce) {
+  if (UnderWine()) GTEST_SKIP() << "Wine's DOM answers //.[filter]/name wrongly";
+  const auto opened =
+      Open(8080, L"/DevMgmt/DiscoveryTree.xml", ReadData("providers/discovery_tree.xml"));
+  auto* const provider = dynamic_cast<QUARNProvider*>(opened.Get());
+  ASSERT_NE(nullptr, provider);
+  TakeCalls();
   const auto get = [&](const wchar_t* uri) {
     return provider->GetValue(uri, L"//v", m_buffer, 400, &m_required, 0, 600);
   };
@@ -67,14 +78,6 @@ TEST_F(QUARNProviderTest, ResolvesResourceTypesThroughTheTreeOnce) {
   EXPECT_HR(provider->GetResourceURI(L"quarn:none", m_buffer, 400, &m_required, 0), S_FALSE);
 }
 
-class WSProviderTest : public VariantsTest {
- protected:
-  RefPtr<WSProvider> Open() {
-    m_device->Serve(7627, L"/device", "<e xmlns:dd='u'><dd:MakeAndModel>M</dd:MakeAndModel></e>");
-    return RefPtr<WSProvider>::Adopt(CreateWSProvider(m_device.Get()));
-  }
-};
-
 // Takes the UUID behind "urn:uuid:" out of an envelope, and leaves its standard form.
 std::string TakeMessageId(std::string* envelope) {
   const std::size_t start = envelope->find("urn:uuid:") + 9;
@@ -85,21 +88,22 @@ std::string TakeMessageId(std::string* envelope) {
   return id;
 }
 
-TEST_F(WSProviderTest, PostsAnEnvelopeThatIsExactButForItsMessageId) {
-  ASSERT_TRUE(Open());
+TEST_F(VariantsTest, WsPostsAnEnvelopeThatIsExactButForItsMessageId) {
+  ASSERT_TRUE(OpenWs());
   EXPECT_EQ(
       L"CreateHTTPRequest 7627, SetMethod POST, SetURI /device, SetUserName guest, SetRequestData, "
       L"SetContentType application/soap+xml, GetResponse, Dispose, ~HTTPRequest",
       TakeCalls());
   std::string first = m_device->lastRequestBody;
-  ASSERT_TRUE(Open());
+  ASSERT_TRUE(OpenWs());
   EXPECT_NE(TakeMessageId(&first), TakeMessageId(&m_device->lastRequestBody));
   EXPECT_EQ(ReadData("providers/soap_get.txt"), first + '\n');
 }
 
-TEST_F(WSProviderTest, PathIsTheNextToLastField) {
-  const auto provider = Open();
-  ASSERT_TRUE(provider);
+TEST_F(VariantsTest, WsPathIsTheNextToLastField) {
+  const auto opened = OpenWs();
+  auto* const provider = dynamic_cast<WSProvider*>(opened.Get());
+  ASSERT_NE(nullptr, provider);
   TakeCalls();
   const auto refuses = [&](const wchar_t* uri) {
     EXPECT_HR(provider->GetResourcePath(uri, m_buffer, 400, &m_required), E_FAIL);
@@ -120,33 +124,6 @@ TEST_F(WSProviderTest, PathIsTheNextToLastField) {
   EXPECT_HR(provider->GetResourcePath(L"a:b:c", m_buffer, 2, &m_required), E_OUTOFMEMORY);
   EXPECT_EQ(3u, m_required);
   EXPECT_EQ(L"", TakeCalls()) << "no request was made";
-}
-
-TEST_F(VariantsTest, ProbesDecideWhetherThereIsAProvider) {
-  m_device->Serve(7627, L"/device", "<e xmlns:dd='u'><dd:Model/></e>");
-  EXPECT_EQ(nullptr, CreateWSProvider(m_device.Get()));
-  EXPECT_EQ(nullptr, PLSXMLProviderImpl::Create(m_device.Get()));
-  TakeCalls();
-  m_device->Serve(80, L"/zq/device/product_information.xml", "<p><ProductSerialNumber/></p>");
-  const auto provider = RefPtr<PLSXMLProvider>::Adopt(PLSXMLProviderImpl::Create(m_device.Get()));
-  ASSERT_TRUE(provider);
-  EXPECT_EQ(80u, provider->GetPort());
-  EXPECT_EQ(
-      L"CreateHTTPRequest 80, SetURI /zq/device/product_information.xml, GetResponse, Dispose, "
-      L"~HTTPRequest",
-      TakeCalls());
-}
-
-TEST_F(VariantsTest, NullAddressIsABadArgument) {
-  const auto expect = [](IXMLProvider* provider) {
-    EXPECT_EQ(nullptr, provider);
-    EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_PARAMETER), GetLastError());
-    SetLastError(0);
-  };
-  SetLastError(0);
-  expect(CreateQUARNProvider(nullptr));
-  expect(CreateWSProvider(nullptr));
-  expect(PLSXMLProviderImpl::Create(nullptr));
 }
 
 TEST_F(VariantsTest, FactoriesTraceTheirOperations) {

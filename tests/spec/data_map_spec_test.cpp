@@ -140,5 +140,13 @@ TEST_F(DataMapSpecTest, CollectionHoldsAMapForEveryChildNode) {
   EXPECT_EQ(1u, kept->Release());
 }
 
+TEST_F(DataMapSpecTest, ItemsConvertValuesByTheirTables) {
+  for (const Case& c : ReadCases("spec/value_conversions.txt")) {
+    SCOPED_TRACE(c.Where());
+    const DataItemSpec item(Element(L"<i>" + c.Wide("entries") + L"</i>").Get());
+    EXPECT_EQ(c.Wide("converted"), TextOf(item.ConvertValue(ValueOf(c.Wide("raw")))));
+  }
+}
+
 }  // namespace
 }  // namespace Corvane::Test

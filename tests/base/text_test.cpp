@@ -1,11 +1,10 @@
-#include "base/utf8.h"
-
 #include <gtest/gtest.h>
 
 #include <array>
 #include <sstream>
 
-#include "platform/system.h"
+#include "base/letter_case.h"
+#include "base/utf8.h"
 #include "tests/support/cases.h"
 
 namespace Corvane::Test {
@@ -25,21 +24,6 @@ std::wstring WideOf(const std::string& points) {
   return wide;
 }
 
-// The system's own conversion, which replaces alike.
-std::wstring SystemWide(std::string_view utf8) {
-  wchar_t wide[1000];
-  const int chars = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()),
-                                        wide, static_cast<int>(std::size(wide)));
-  return {wide, static_cast<std::size_t>(chars)};
-}
-
-std::string SystemUtf8(std::wstring_view wide) {
-  char utf8[1000];
-  const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()),
-                                        utf8, static_cast<int>(std::size(utf8)), nullptr, nullptr);
-  return {utf8, static_cast<std::size_t>(bytes)};
-}
-
 TEST(Utf8, ConvertsReplacesAndRefuses) {
   const std::string x(400, 'x');
   const std::wstring wideX(400, L'x');
@@ -48,7 +32,6 @@ TEST(Utf8, ConvertsReplacesAndRefuses) {
     const std::string utf8 = c.Text("bytes");
     const std::wstring wide = WideOf(c.Text("points"));
     EXPECT_EQ(wide, ToWide(utf8));
-    EXPECT_EQ(wide, SystemWide(utf8));
     EXPECT_EQ(wideX + wide + wideX, ToWide(x + utf8 + x)) << "inside blocks of ASCII";
     std::string again;
     for (std::size_t i = 0; i < utf8.size();) {
@@ -60,7 +43,6 @@ TEST(Utf8, ConvertsReplacesAndRefuses) {
     EXPECT_EQ(isMalformed, Measure(utf8, Malformed::kRefuse).malformed);
     if (isMalformed) continue;
     EXPECT_EQ(utf8, again);
-    EXPECT_EQ(utf8, SystemUtf8(wide));
     EXPECT_EQ(x + utf8 + x, ToUtf8(wideX + wide + wideX));
     EXPECT_EQ(utf8, ToUtf8Strictly(wide));
   }
@@ -78,7 +60,6 @@ TEST(Utf8, ReplacesRefusesOrKeepsLoneSurrogates) {
   const std::wstring wide = {L'a', static_cast<wchar_t>(0xD83D), L'z'};
   const std::string kept = "a\xED\xA0\xBDz";
   EXPECT_EQ("a\xEF\xBF\xBDz", ToUtf8(wide));
-  EXPECT_EQ("a\xEF\xBF\xBDz", SystemUtf8(wide));
   EXPECT_EQ(std::nullopt, ToUtf8Strictly(wide));
   EXPECT_EQ(kept, (Kept<char, wchar_t>(wide)));
   EXPECT_EQ(wide, (Kept<wchar_t, char>(kept)));
@@ -97,6 +78,27 @@ TEST(Utf8, WritesWholeCharactersThatFit) {
   wchar_t unit[1];
   EXPECT_EQ(sizeof(wchar_t) == 2 ? 0u : 1u,
             Convert("\U0001F5A8", Malformed::kReplace, unit).written);
+}
+
+TEST(LetterCase, LowersAllLettersAndFoldsWhatIsEachOthersCase) {
+  for (const Case& c : ReadCases("base/letter_case.txt")) {
+    SCOPED_TRACE(c.Where());
+    EXPECT_EQ(c.Wide("lower"), ToLower(c.Wide("text")));
+    const std::string text = c.Text("text");
+    std::string folded;
+    for (std::size_t i = 0; i < text.size();) {
+      AppendUtf8(FoldCase(NextCodePoint(text, &i)), &folded);
+    }
+    EXPECT_EQ(c.Find("folded").value_or(c.Text("lower")), folded);
+  }
+}
+
+TEST(LetterCase, ComparesAsciiLettersAlone) {
+  EXPECT_TRUE(EqualsIgnoreAsciiCase(L"DataItem", L"dATAiTEM"));
+  EXPECT_FALSE(EqualsIgnoreAsciiCase(L"\u00C4", L"\u00E4"));
+  EXPECT_FALSE(EqualsIgnoreAsciiCase(L"\u212A", L"k"));
+  EXPECT_FALSE(EqualsIgnoreAsciiCase("WS", "WSX"));
+  EXPECT_EQ(L"az[\u00C4", LowerAscii(L"AZ[\u00C4"));
 }
 
 }  // namespace
