@@ -3,28 +3,25 @@
 // must be readable.
 #include <cstdint>
 #include <cstdlib>
-#include <initializer_list>
 #include <span>
 #include <string>
 
-#include "corvane/platform.h"
+#include "corvane/handles.h"
 #include "platform/linux/dom/dom_objects.h"
 #include "platform/linux/dom/tree/xml_reader.h"
 
 namespace {
 
-BSTR MakeBstr(const std::wstring& text) {
-  return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-}
+using Corvane::RefPtr;
+using Corvane::UniqueBstr;
 
 std::wstring Describe(IXMLDOMNode* node) {
-  BSTR name = nullptr;
-  BSTR text = nullptr;
-  if (node->get_nodeName(&name) != S_OK || node->get_text(&text) != S_OK) std::abort();
-  const std::wstring described = std::wstring(name) + L' ' + text;
-  SysFreeString(name);
-  SysFreeString(text);
-  return described;
+  UniqueBstr name;
+  UniqueBstr text;
+  if (node->get_nodeName(name.Receive()) != S_OK || node->get_text(text.Receive()) != S_OK) {
+    std::abort();
+  }
+  return std::wstring(name.View()) + L' ' + text.Get();
 }
 
 }  // namespace
@@ -32,28 +29,22 @@ std::wstring Describe(IXMLDOMNode* node) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0 || data[0] >= size) return 0;
   const std::span<const std::uint8_t> text(data + 1 + data[0], size - 1 - data[0]);
-  BSTR pattern = MakeBstr({data + 1, data + 1 + data[0]});
-  BSTR xml = MakeBstr({text.begin(), text.end()});
+  const UniqueBstr pattern = UniqueBstr::Make(std::wstring(data + 1, data + 1 + data[0]));
+  const UniqueBstr xml = UniqueBstr::Make(std::wstring(text.begin(), text.end()));
   Corvane::Dom::LoadFailure failure;
   Corvane::Dom::ReadBytes({reinterpret_cast<const char*>(text.data()), text.size()}, &failure);
 
-  IXMLDOMDocument* document = nullptr;
-  CreateDomDocument(IID_IXMLDOMDocument, reinterpret_cast<void**>(&document));
+  RefPtr<IXMLDOMDocument> document;
+  CreateDomDocument(IID_IXMLDOMDocument, document.ReceiveVoid());
   VARIANT_BOOL loaded = VARIANT_FALSE;
-  document->loadXML(xml, &loaded);
-  IXMLDOMNode* first = nullptr;
-  IXMLDOMNode* same = nullptr;
-  IXMLDOMNodeList* all = nullptr;
-  const HRESULT found = document->selectSingleNode(pattern, &first);
-  document->selectNodes(pattern, &all);
+  document->loadXML(xml.Get(), &loaded);
+  RefPtr<IXMLDOMNode> first;
+  RefPtr<IXMLDOMNode> same;
+  RefPtr<IXMLDOMNodeList> all;
+  const HRESULT found = document->selectSingleNode(pattern.Get(), first.Receive());
+  document->selectNodes(pattern.Get(), all.Receive());
   // Either search alone may cost more than the bound.
-  if (found != E_FAIL && all != nullptr && all->get_item(0, &same) != found) std::abort();
-  if (first != nullptr && same != nullptr && Describe(first) != Describe(same)) std::abort();
-
-  for (IUnknown* object : std::initializer_list<IUnknown*>{first, same, all, document}) {
-    if (object != nullptr) object->Release();
-  }
-  SysFreeString(pattern);
-  SysFreeString(xml);
+  if (found != E_FAIL && all && all->get_item(0, same.Receive()) != found) std::abort();
+  if (first && same && Describe(first.Get()) != Describe(same.Get())) std::abort();
   return 0;
 }

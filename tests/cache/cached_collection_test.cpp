@@ -50,7 +50,10 @@ TEST_F(CachedCollectionTest, SecondRunAnswersFromTheRegistry) {
   EXPECT_EQ(identity + L", " + all, Run(Registry(path)));
   EXPECT_EQ(identity + L", Get 1.3.4", Run(Registry(path)));
 
-  ASSERT_EQ(6u, m_registry.Values(L"SN1\\OID").size());
+  const auto stored = m_registry.Values(L"SN1\\OID");
+  ASSERT_EQ(6u, stored.size());
+  EXPECT_EQ(RegistryKey::Text(L"0"), stored.at(L"Family.Expires"));
+  EXPECT_NE(RegistryKey::Text(L"0"), stored.at(L"Model.Expires"));
   ASSERT_EQ(ERROR_SUCCESS, m_registry.Set(L"SN1\\OID", L"Model.Expires", RegistryKey::Text(L"1")));
   EXPECT_EQ(identity + L", Get 1.3.1, Get 1.3.4", Run(Registry(path))) << "the model is stale";
   EXPECT_NE(RegistryKey::Text(L"1"), m_registry.Values(L"SN1\\OID")[L"Model.Expires"]);

@@ -87,37 +87,5 @@ TEST_F(DataCollectionTest, ClearsByPrefix) {
   EXPECT_EQ(L"4", Get(L":b"));
 }
 
-// Keeps what it is given.
-class FakeCache final : public Counted<ICacheProvider> {
- public:
-  int writes = 0;
-  CachedValueMap written;
-
-  std::uint32_t GetDataValue(const wchar_t*, VARIANT*) override { return 1; }
-  std::uint32_t SetDataValue(const wchar_t*, const VARIANT*, std::int64_t) override { return 1; }
-  std::uint32_t SetDataValues(const CachedValueMap* values) override {
-    ++writes;
-    written = *values;
-    return 0;
-  }
-};
-
-TEST_F(DataCollectionTest, GivesItsStoreToTheCacheOnce) {
-  const auto cache = RefPtr<FakeCache>::Share(new FakeCache);
-  Make(m_xml.c_str(), S_OK, cache.Get());
-  Get(L"Status");
-  Get(L"p:Status");
-  EXPECT_EQ(0, cache->writes);
-  EXPECT_EQ(2u, cache->References());
-  m_collection.Reset();
-  EXPECT_EQ(1, cache->writes);
-  EXPECT_EQ(1u, cache->References());
-  ASSERT_EQ(8u, cache->written.size());
-  EXPECT_EQ(600u, cache->written[L"p:Status"].lifespan);
-  EXPECT_NE(0u, cache->written[L"Status"].timestamp);
-  EXPECT_EQ(0u, cache->written[L"dev:Model"].timestamp);
-  EXPECT_EQ(L"Ready", TextOf(cache->written[L"Status"].value));
-}
-
 }  // namespace
 }  // namespace Corvane::Test

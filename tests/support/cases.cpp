@@ -108,7 +108,7 @@ std::vector<Case> ReadCases(const std::string& file) {
 std::vector<Case> CasesHere(const std::string& file) {
   std::vector<Case> cases = ReadCases(file);
   const auto left_out = std::erase_if(cases, [](const Case& c) {
-    return (UnderWine() && c.Find("wine")) || (LayerOnly("") != nullptr && c.Find("layer"));
+    return (UnderWine() && c.Find("wine")) || (!OnLayer() && c.Find("layer"));
   });
   if (left_out > 0) std::cout << "[  SKIPPED ] " << left_out << " cases of " << file << '\n';
   return cases;

@@ -1,5 +1,5 @@
-// A queue with a driver of its own. The driver is the one that Wine brings; where it is missing
-// there is no printer to test with.
+// A queue with a driver of its own, the one that Wine brings; where it is missing there is no
+// printer to test with.
 #include "tests/support/test_printer.h"
 
 namespace Corvane::Test {

@@ -2,7 +2,6 @@
 #ifndef CORVANE_TESTS_SUPPORT_TRACE_RECORDER_H_
 #define CORVANE_TESTS_SUPPORT_TRACE_RECORDER_H_
 
-#include <algorithm>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -43,11 +42,8 @@ class TraceRecorder {
     return text;
   }
   bool HasMessage(std::uint32_t level, const wchar_t* function, const wchar_t* message) const {
-    const auto lines = Lines();
-    return std::any_of(lines.begin(), lines.end(), [&](const Line& line) {
-      return line.kind == TraceKind::kMessage && line.level == level && line.function == function &&
-             line.message == message;
-    });
+    return Text().find(std::to_wstring(level) + L' ' + function + L": " + message + L'\n') !=
+           std::wstring::npos;
   }
 
  private:

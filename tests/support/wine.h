@@ -2,26 +2,14 @@
 #ifndef CORVANE_TESTS_SUPPORT_WINE_H_
 #define CORVANE_TESTS_SUPPORT_WINE_H_
 
-#include <iostream>
-
 namespace Corvane::Test {
 
-// `reason` when the program runs under Wine, which is known to answer otherwise; null elsewhere.
-const char* WineDefect(const char* reason);
+// The Windows build runs under Wine, which is known to answer some cases otherwise. A test that
+// skips then names the defect.
+bool UnderWine();
 
-// `reason` when the platform is not this project's own layer, whose limits are what the case is
-// about; null on Linux.
-const char* LayerOnly(const char* reason);
-
-// Prints that the table row `name` is skipped, and why, when `reason` is not null. True when it is
-// to be skipped.
-inline bool SkipRow(const char* name, const char* reason) {
-  if (reason != nullptr) std::cout << "[  SKIPPED ] " << name << ": " << reason << '\n';
-  return reason != nullptr;
-}
-
-// The Windows build runs under Wine. A test that skips then names the defect.
-inline bool UnderWine() { return WineDefect("") != nullptr; }
+// The platform is this project's own layer, whose limits some cases are about.
+bool OnLayer();
 
 }  // namespace Corvane::Test
 

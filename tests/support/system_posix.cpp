@@ -1,6 +1,8 @@
+// Where the tests run: on the layer, whose store a test can choose.
 #include <cstdlib>
 
 #include "tests/support/test_store.h"
+#include "tests/support/wine.h"
 
 namespace Corvane::Test {
 namespace {
@@ -19,5 +21,8 @@ TestStore::~TestStore() {
     unsetenv(kVariable);
   }
 }
+
+bool UnderWine() { return false; }
+bool OnLayer() { return true; }
 
 }  // namespace Corvane::Test

@@ -1,8 +1,0 @@
-#include "tests/support/test_store.h"
-
-namespace Corvane::Test {
-
-TestStore::TestStore() = default;
-TestStore::~TestStore() = default;
-
-}  // namespace Corvane::Test
