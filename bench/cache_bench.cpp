@@ -2,11 +2,13 @@
 // rows (1,000 values of 24 characters, 1,000 companions), the same journal and synchronisation, an
 // open database, prepared statements, one transaction.
 //
-//   BareSqliteWrite   2,000 rows replaced in one transaction
-//   CacheWrite        ICacheProvider::SetDataValues of the registry cache: key opened and closed
-//   too PrinterWrite      the same of the printer-data cache BareSqliteRead    2,000 rows read
-//   CacheLoad         PopulateFromRegistry: key opened, values paired, checked and converted
-//   PrinterLoad       the printer-data cache made, and the same
+//   BareSqlite         2,000 rows read and replaced in one transaction; BareSqliteWrite replaces,
+//                      BareSqliteRead reads
+//   CacheRun           a run of a client: the registry cache made, loaded and written back;
+//                      CacheRunUnchanged writes what is there
+//   CacheWrite         ICacheProvider::SetDataValues alone: key opened and closed, too
+//   CacheLoad          PopulateFromRegistry alone: key opened, values paired, checked and converted
+//   Printer...         the same of the printer-data cache
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 #include <stdlib.h>
@@ -41,39 +43,25 @@ CachedValueMap Values(int run) {
   return values;
 }
 
-// Of an even run and an odd one.
-struct BothRuns {
-  CachedValueMap even = Values(0);
-  CachedValueMap odd = Values(1);
-  const CachedValueMap* operator[](int run) const { return run % 2 == 0 ? &even : &odd; }
-};
-
-// A folder with a store and a bare database of its own.
 // A folder with a store and a bare database of its own.
 class Databases {
  public:
   Databases() {
     setenv("CORVANE_STORE", (m_folder.Path() / "store.db").c_str(), 1);
     sqlite3_open((m_folder.Path() / "bare.db").c_str(), &m_bare);
-    Run("PRAGMA journal_mode=WAL");
-    Run("PRAGMA synchronous=NORMAL");
-    Run("PRAGMA wal_autocheckpoint=256");
-    Run("CREATE TABLE v(node INTEGER NOT NULL, folded TEXT NOT NULL, name TEXT NOT NULL, "
+    Run("PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA wal_autocheckpoint=256; "
+        "CREATE TABLE v(node INTEGER NOT NULL, folded TEXT NOT NULL, name TEXT NOT NULL, "
         "type INTEGER NOT NULL, data BLOB NOT NULL, PRIMARY KEY(node, folded)) "
         "STRICT, WITHOUT ROWID");
-    sqlite3_prepare_v2(m_bare, "INSERT OR REPLACE INTO v VALUES(1,?,?,?,?)", -1, &m_insert,
+    sqlite3_prepare_v2(m_bare, "INSERT OR REPLACE INTO v VALUES(1,?,?,1,?)", -1, &m_insert,
                        nullptr);
     sqlite3_prepare_v2(m_bare, "SELECT name, type, data FROM v WHERE node = 1 ORDER BY folded", -1,
                        &m_select, nullptr);
     for (int i = 0; i < kValues; ++i) {
       const std::wstring wide = NameOf(i);
-      for (const char* const ending : {"", ".Expires"}) {
-        Row row{std::string(wide.begin(), wide.end()) + ending, {}, TextOf(i, 0), TextOf(i, 1)};
-        if (*ending) row.even = row.odd = L"1";
-        row.folded = row.name;
-        for (char& c : row.folded) c = static_cast<char>(std::toupper(c));
-        m_rows.push_back(std::move(row));
-      }
+      const std::string name(wide.begin(), wide.end());
+      m_rows.push_back({name, Folded(name), {TextOf(i, 0), TextOf(i, 1)}});
+      m_rows.push_back({name + ".Expires", Folded(name + ".Expires"), {L"1", L"1"}});
     }
   }
   ~Databases() {
@@ -85,12 +73,10 @@ class Databases {
   void Run(const char* sql) const { sqlite3_exec(m_bare, sql, nullptr, nullptr, nullptr); }
   void Write(int run) const {
     for (const Row& row : m_rows) {
-      const std::wstring& text = run % 2 == 0 ? row.even : row.odd;
-      Bind(1, row.folded);
-      Bind(2, row.name);
-      sqlite3_bind_int(m_insert, 3, 1);
-      sqlite3_bind_blob(m_insert, 4, text.c_str(),
-                        static_cast<int>((text.size() + 1) * sizeof(wchar_t)), SQLITE_STATIC);
+      const std::wstring& text = row.texts[run % 2];
+      Bind(1, row.folded.data(), row.folded.size(), &sqlite3_bind_text);
+      Bind(2, row.name.data(), row.name.size(), &sqlite3_bind_text);
+      Bind(3, text.c_str(), (text.size() + 1) * sizeof(wchar_t), &sqlite3_bind_blob);
       sqlite3_step(m_insert);
       sqlite3_reset(m_insert);
     }
@@ -110,13 +96,16 @@ class Databases {
   struct Row {
     std::string name;
     std::string folded;
-    std::wstring even;
-    std::wstring odd;
+    std::wstring texts[2];  // of even and odd runs
   };
 
-  void Bind(int parameter, const std::string& text) const {
-    sqlite3_bind_text(m_insert, parameter, text.data(), static_cast<int>(text.size()),
-                      SQLITE_STATIC);
+  static std::string Folded(std::string name) {
+    for (char& c : name) c = static_cast<char>(std::toupper(c));
+    return name;
+  }
+  template <typename Data, typename Binding>
+  void Bind(int parameter, const Data* data, std::size_t bytes, Binding bind) const {
+    bind(m_insert, parameter, data, static_cast<int>(bytes), SQLITE_STATIC);
   }
 
   Corvane::Test::TempFolder m_folder;
@@ -126,28 +115,26 @@ class Databases {
   std::vector<Row> m_rows;
 };
 
-RefPtr<Corvane::RegCacheProvider> Registry() {
-  auto cache = RefPtr<Corvane::RegCacheProvider>::Share(
-      new Corvane::RegCacheProvider(L"Software\\Corvane bench"));
-  cache->SetDevice(L"SN1", L"OID");
-  return cache;
-}
-
-class Printer {
- public:
-  Printer() {
+// What the two caches are made from.
+struct InRegistry {
+  RefPtr<Corvane::RegCacheProvider> Make() const {
+    auto cache = RefPtr<Corvane::RegCacheProvider>::Share(
+        new Corvane::RegCacheProvider(L"Software\\Corvane bench"));
+    cache->SetDevice(L"SN1", L"OID");
+    return cache;
+  }
+};
+struct InPrinter {
+  InPrinter() {
     std::wstring name = L"bench";
     PRINTER_DEFAULTSW defaults = {nullptr, nullptr, PRINTER_ALL_ACCESS};
-    OpenPrinterW(name.data(), &m_printer, &defaults);
+    OpenPrinterW(name.data(), printer.Receive(), &defaults);
   }
-  ~Printer() { ClosePrinter(m_printer); }
-  RefPtr<Corvane::PrintDataCacheProvider> Cache() const {
+  RefPtr<Corvane::PrintDataCacheProvider> Make() const {
     return RefPtr<Corvane::PrintDataCacheProvider>::Share(
-        new Corvane::PrintDataCacheProvider(m_printer));
+        new Corvane::PrintDataCacheProvider(printer.Get()));
   }
-
- private:
-  HANDLE m_printer = nullptr;
+  Corvane::UniquePrinter printer;
 };
 
 // A data map of the values' items, fresh for ever.
@@ -163,103 +150,61 @@ RefPtr<Corvane::DataMapSpec> Spec() {
   return spec;
 }
 
-void BareSqlite(benchmark::State& state) {
+void BareSqlite(benchmark::State& state, bool reads, bool writes) {
   const Databases databases;
   databases.Write(1);
   int run = 0;
   for (auto _ : state) {
-    databases.Run("BEGIN IMMEDIATE");
-    benchmark::DoNotOptimize(databases.Read());
+    if (writes) databases.Run("BEGIN IMMEDIATE");
+    if (reads) benchmark::DoNotOptimize(databases.Read());
+    if (!writes) continue;
     databases.Write(run++);
     databases.Run("COMMIT");
   }
 }
 
-void BareSqliteWrite(benchmark::State& state) {
+// A cache is made for each load. `step` 0 writes what is there.
+template <typename Where>
+void Cached(benchmark::State& state, bool loads, bool writes, int step) {
   const Databases databases;
+  const Where where;
+  const CachedValueMap values[] = {Values(0), Values(1)};
+  const auto spec = Spec();
+  auto cache = where.Make();
+  cache->SetDataValues(&values[0]);
   int run = 0;
   for (auto _ : state) {
-    databases.Run("BEGIN IMMEDIATE");
-    databases.Write(run++);
-    databases.Run("COMMIT");
+    CachedValueMap loaded;
+    if (loads) {
+      cache = where.Make();
+      cache->PopulateFromRegistry(spec.Get(), &loaded);
+      if (loaded.size() != kValues) state.SkipWithError("values are missing");
+    }
+    if (!writes) continue;
+    run += step;
+    if (cache->SetDataValues(&values[run % 2]) != 0) state.SkipWithError("values are not taken");
   }
 }
 
-void BareSqliteRead(benchmark::State& state) {
-  const Databases databases;
-  databases.Write(0);
-  for (auto _ : state) benchmark::DoNotOptimize(databases.Read());
+template <typename... Arguments>
+void Register(const char* name, Arguments... arguments) {
+  benchmark::RegisterBenchmark(name, arguments...)->Unit(benchmark::kMicrosecond);
 }
-
-// What the two caches are made from.
-struct InRegistry {
-  auto Make() const { return Registry(); }
-};
-struct InPrinter {
-  auto Make() const { return printer.Cache(); }
-  Printer printer;
-};
-
-template <typename Cache>
-void Load(benchmark::State& state, const Cache& cache, Corvane::DataMapSpec* spec) {
-  CachedValueMap loaded;
-  cache->PopulateFromRegistry(spec, &loaded);
-  if (loaded.size() != kValues) state.SkipWithError("values are missing");
-}
-
-template <typename Cache>
-void Write(benchmark::State& state, const Cache& cache, const CachedValueMap* values) {
-  if (cache->SetDataValues(values) != 0) state.SkipWithError("values are not taken");
-}
-
-// A run of a client: load, write back. `step` 0 writes what is there.
-template <typename Where, int step>
-void Run(benchmark::State& state) {
-  const Databases databases;
-  const Where where;
-  const BothRuns values;
-  const auto spec = Spec();
-  Write(state, where.Make(), values[0]);
-  int run = 0;
-  for (auto _ : state) {
-    const auto cache = where.Make();
-    Load(state, cache, spec.Get());
-    Write(state, cache, values[run += step]);
-  }
-}
-
-template <typename Where>
-void WriteAlone(benchmark::State& state) {
-  const Databases databases;
-  const Where where;
-  const BothRuns values;
-  const auto cache = where.Make();
-  int run = 0;
-  for (auto _ : state) Write(state, cache, values[run++]);
-}
-
-template <typename Where>
-void LoadAlone(benchmark::State& state) {
-  const Databases databases;
-  const Where where;
-  const BothRuns values;
-  const auto spec = Spec();
-  Write(state, where.Make(), values[0]);
-  for (auto _ : state) Load(state, where.Make(), spec.Get());
-}
-
-#define MEASURE(function, name) BENCHMARK(function)->Name(name)->Unit(benchmark::kMicrosecond)
-MEASURE(BareSqlite, "BareSqlite");
-MEASURE((Run<InRegistry, 1>), "CacheRun");
-MEASURE((Run<InPrinter, 1>), "PrinterRun");
-MEASURE((Run<InRegistry, 0>), "CacheRunUnchanged");
-MEASURE(BareSqliteWrite, "BareSqliteWrite");
-MEASURE(WriteAlone<InRegistry>, "CacheWrite");
-MEASURE(WriteAlone<InPrinter>, "PrinterWrite");
-MEASURE(BareSqliteRead, "BareSqliteRead");
-MEASURE(LoadAlone<InRegistry>, "CacheLoad");
-MEASURE(LoadAlone<InPrinter>, "PrinterLoad");
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  Register("BareSqlite", BareSqlite, true, true);
+  Register("CacheRun", Cached<InRegistry>, true, true, 1);
+  Register("PrinterRun", Cached<InPrinter>, true, true, 1);
+  Register("CacheRunUnchanged", Cached<InRegistry>, true, true, 0);
+  Register("BareSqliteWrite", BareSqlite, false, true);
+  Register("CacheWrite", Cached<InRegistry>, false, true, 1);
+  Register("PrinterWrite", Cached<InPrinter>, false, true, 1);
+  Register("BareSqliteRead", BareSqlite, true, false);
+  Register("CacheLoad", Cached<InRegistry>, true, false, 0);
+  Register("PrinterLoad", Cached<InPrinter>, true, false, 0);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

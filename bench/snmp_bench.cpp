@@ -16,14 +16,16 @@
 #include <cstdio>
 #include <iterator>
 #include <string>
-#include <vector>
 
 #include "corvane/corvane.h"
+#include "corvane/handles.h"
 #include "host/network_address.h"
 #include "host/snmp/netsnmp.h"
 #include "tests/support/peers/snmpd.h"
 
 namespace {
+
+using Corvane::RefPtr;
 
 constexpr std::size_t kValues = 20;
 constexpr oid kBase[] = {1, 3, 6, 1, 4, 1, 99999, 1};
@@ -55,62 +57,54 @@ class Session {
       options.snmp.user = L"bench";
       options.snmp.authPassphrase = options.snmp.privacyPassphrase = L"bench-secret";
     }
-    m_address = Corvane::Host::CreateNetworkAddress(options);
-    m_address->GetMIBConnection(&m_connection);
+    m_address = RefPtr<Corvane::Address>(Corvane::Host::CreateNetworkAddress(options));
+    m_address->GetMIBConnection(m_connection.Receive());
     for (std::size_t i = 0; i < kValues; ++i) {
-      m_texts.push_back(L"1.3.6.1.4.1.99999.1." + std::to_wstring(i));
+      m_texts[i] = L"1.3.6.1.4.1.99999.1." + std::to_wstring(i);
+      m_names[i] = m_texts[i].c_str();
     }
-    for (const std::wstring& text : m_texts) m_names.push_back(text.c_str());
-  }
-  Session(const Session&) = delete;
-  Session& operator=(const Session&) = delete;
-  ~Session() {
-    m_connection->Dispose();
-    m_address->Dispose();
   }
 
   bool GetGroup() {
-    const HRESULT result = m_connection->GetMultipleValues(m_names.data(), m_values.data(),
-                                                           static_cast<unsigned>(kValues));
-    Clear();
-    return result == S_OK;
+    return Cleared(m_connection->GetMultipleValues(m_names.data(), m_values.data(),
+                                                   static_cast<unsigned>(kValues)) == S_OK);
   }
   bool GetEach() {
     bool got = true;
     for (std::size_t i = 0; i < kValues; ++i) {
       got = got && m_connection->GetValue(m_names[i], &m_values[i]) == S_OK;
     }
-    Clear();
-    return got;
+    return Cleared(got);
   }
 
  private:
-  void Clear() {
+  bool Cleared(bool got) {
     for (VARIANT& value : m_values) VariantClear(&value);
+    return got;
   }
 
-  Corvane::Address* m_address = nullptr;
-  Corvane::MIBConnection* m_connection = nullptr;
-  std::vector<std::wstring> m_texts;
-  std::vector<const wchar_t*> m_names;
+  RefPtr<Corvane::Address> m_address;
+  RefPtr<Corvane::MIBConnection> m_connection;
+  std::array<std::wstring, kValues> m_texts;
+  std::array<const wchar_t*, kValues> m_names;
   std::array<VARIANT, kValues> m_values{};
 };
 
-void Run(benchmark::State& state, bool isVersion3, bool (Session::*get)()) {
-  Session session(isVersion3);
+// `get` says whether every value came.
+template <typename Get>
+void Measure(benchmark::State& state, Get get) {
   for (auto _ : state) {
-    if (!(session.*get)()) {
+    if (!get()) {
       state.SkipWithError("a value is missing");
       break;
     }
   }
 }
-void GroupOf20(benchmark::State& state) { Run(state, false, &Session::GetGroup); }
-void TwentyGets(benchmark::State& state) { Run(state, false, &Session::GetEach); }
-void GroupOf20V3(benchmark::State& state) { Run(state, true, &Session::GetGroup); }
-BENCHMARK(GroupOf20)->UseRealTime();
-BENCHMARK(TwentyGets)->UseRealTime();
-BENCHMARK(GroupOf20V3)->UseRealTime();
+
+void Run(benchmark::State& state, bool isVersion3, bool (Session::*get)()) {
+  Session session(isVersion3);
+  Measure(state, [&] { return (session.*get)(); });
+}
 
 // False when not every value came.
 bool BareGet(void* session, std::size_t first, std::size_t count) {
@@ -143,26 +137,29 @@ void RunBare(benchmark::State& state, std::size_t perRequest) {
   settings.community = reinterpret_cast<u_char*>(community.data());
   settings.community_len = community.size();
   void* const session = snmp_sess_open(&settings);
-  for (auto _ : state) {
+  Measure(state, [session, perRequest] {
     bool got = session != nullptr;
     for (std::size_t i = 0; i < kValues; i += perRequest) {
       got = got && BareGet(session, i, perRequest);
     }
-    if (!got) {
-      state.SkipWithError("a value is missing");
-      break;
-    }
-  }
+    return got;
+  });
   if (session) snmp_sess_close(session);
 }
-void BareGroupOf20(benchmark::State& state) { RunBare(state, kValues); }
-void BareTwentyGets(benchmark::State& state) { RunBare(state, 1); }
-BENCHMARK(BareGroupOf20)->UseRealTime();
-BENCHMARK(BareTwentyGets)->UseRealTime();
+
+template <typename... Arguments>
+void Register(const char* name, Arguments... arguments) {
+  benchmark::RegisterBenchmark(name, arguments...)->UseRealTime();
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  Register("GroupOf20", Run, false, &Session::GetGroup);
+  Register("TwentyGets", Run, false, &Session::GetEach);
+  Register("GroupOf20V3", Run, true, &Session::GetGroup);
+  Register("BareGroupOf20", RunBare, kValues);
+  Register("BareTwentyGets", RunBare, std::size_t{1});
   benchmark::Initialize(&argc, argv);
   if (!StartAgent()) {
     std::fprintf(stderr, "%s\n", Agent().Failure().c_str());
