@@ -1,5 +1,6 @@
 // The IPP codec beside libcups: a Get-Printer-Attributes request of ten attributes, and the answer
-// of a printer (data/printer_attributes.ipp). Both sides make the same bytes of the request.
+// of a printer (tests/data/ipp/printer_attributes.ipp). Both sides make the same bytes of the
+// request.
 //
 //   Encode/corvane        FormIPPRequestBasedOnOperation, settings made before
 //   EncodeAnew/corvane    the same with the object and its settings
