@@ -6,6 +6,7 @@
 #include "tests/tools/tool_test.h"
 #include "tools/ipp/printer_uri.h"
 #include "tools/options/cache_location.h"
+#include "tools/options/command_line.h"
 #include "tools/output/failure.h"
 
 namespace Corvane::Test {
@@ -95,6 +96,18 @@ std::string Parsed(const std::function<std::string()>& parse) {
     EXPECT_EQ(failure.Status(), Tool::kBadUsage);
     return failure.what();
   }
+}
+
+TEST(NetworkOptions, AreTakenFromTheCommandLine) {
+  const char* const words[] = {"corvane", "probe", "h",   "--timeout", "1.5", "--port",
+                               "80=81",   "--tls", "443", "--cacert",  "f"};
+  const auto options = Tool::ParseOptions(static_cast<int>(std::size(words)), words);
+  ASSERT_TRUE(options);
+  const Tool::NetworkArguments& network = options->network;
+  EXPECT_EQ(network.timeoutMs, 1500u);
+  EXPECT_EQ(network.portMap, (std::map<std::uint32_t, std::uint32_t>{{80, 81}}));
+  EXPECT_EQ(network.tlsPorts, std::set<std::uint32_t>{443});
+  EXPECT_EQ(network.caFile, "f");
 }
 
 TEST(PrinterUri, HasHostPortAndPath) {
