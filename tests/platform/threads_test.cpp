@@ -154,7 +154,7 @@ TEST(ThreadsTest, AThreadIsSignalledWhenItHasEnded) {
   for (HANDLE& thread : threads) thread = Start(&WaitForIt, event);
   EXPECT_EQ(kTimeout, WaitForMultipleObjects(8, threads, FALSE, kSoonMs));
   SetEvent(event);
-  EXPECT_EQ(WAIT_OBJECT_0, WaitForMultipleObjects(8, threads, TRUE, INFINITE));
+  EXPECT_EQ(WAIT_OBJECT_0, WaitForMultipleObjects(8, threads, TRUE, kLongMs));
   for (const HANDLE thread : threads) {
     EXPECT_EQ(WAIT_OBJECT_0, Wait(thread)) << "it stays signalled";
     EXPECT_FALSE(SetEvent(thread)) << "it is no event";
