@@ -91,10 +91,11 @@ TEST_F(HttpExchangeTest, CallsTheHostInOrder) {
     m_operations->SetPrinterFileBufferContent(big.data(), 0xABC);
     EXPECT_HR(Print(true, 0xABD), E_FAIL);  // more than there is
     EXPECT_HR(Print(true, -1), E_FAIL);
+    EXPECT_HR(Print(true, 1), S_OK);  // behind it the buffer stays as it was
     EXPECT_HR(Print(true, 0xABC), S_OK);
     EXPECT_EQ(nullptr, m_response);
     EXPECT_HR(Print(true, 0), S_OK);
-    return printJob + big;
+    return printJob + 'x' + big;
   };
   const std::map<std::string, std::function<std::string()>> ways = {
       {"asked", ask},
