@@ -66,10 +66,10 @@ class KilledWriterTest : public testing::Test {
     return RefPtr<ICacheProvider>::Adopt(cache.Release());
   }
 
-  // Kills a process that writes version after version, `delay` microseconds after its first word.
+  // Kills a process that writes version after version, `delay` microseconds after its first one.
   static void KillWriter(const RefPtr<ICacheProvider>& cache, Progress* progress,
                          useconds_t delay) {
-    progress->begun = 0;
+    const std::uint64_t before = progress->reported;
     const pid_t child = Start([&] {
       for (std::uint64_t version = progress->reported + 1;; ++version) {
         const CachedValueMap values = ValuesOf(L"item", version);
@@ -78,7 +78,7 @@ class KilledWriterTest : public testing::Test {
       }
       return 0;
     });
-    while (progress->begun == 0) sched_yield();
+    while (progress->reported == before) sched_yield();
     usleep(delay);
     EXPECT_EQ(0, kill(child, SIGKILL));
     EXPECT_EQ(child, waitpid(child, nullptr, 0));
