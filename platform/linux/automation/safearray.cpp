@@ -30,7 +30,7 @@ char* ElementAt(const SAFEARRAY& array, ULONG position) {
 }
 
 // NULL when `index` lies outside the bounds.
-char* FindElement(const SAFEARRAY& array, LONG index) {
+char* FindArrayElement(const SAFEARRAY& array, LONG index) {
   const std::int64_t position = std::int64_t{index} - array.rgsabound[0].lLbound;
   if (position < 0 || position >= array.rgsabound[0].cElements) return nullptr;
   return ElementAt(array, static_cast<ULONG>(position));
@@ -138,13 +138,13 @@ HRESULT WINAPI SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {
 
 HRESULT WINAPI SafeArrayGetElement(SAFEARRAY* array, LONG* index, void* element) {
   if (array == nullptr || index == nullptr || element == nullptr) return E_INVALIDARG;
-  const char* source = FindElement(*array, *index);
+  const char* source = FindArrayElement(*array, *index);
   return source == nullptr ? DISP_E_BADINDEX : CopyElement(*array, source, element);
 }
 
 HRESULT WINAPI SafeArrayPutElement(SAFEARRAY* array, LONG* index, void* element) {
   if (array == nullptr || index == nullptr) return E_INVALIDARG;
-  char* destination = FindElement(*array, *index);
+  char* destination = FindArrayElement(*array, *index);
   if (destination == nullptr) return DISP_E_BADINDEX;
   const void* source = HoldsTexts(*array) ? &element : element;
   if (source == nullptr) return E_INVALIDARG;
