@@ -1,17 +1,22 @@
-// One exchange with an address, and everything that a client sees of it.
+// Exchanges with an address, in each way that a body goes out, and everything that a client sees of
+// them.
 #ifndef CORVANE_TESTS_HOST_EXCHANGE_H_
 #define CORVANE_TESTS_HOST_EXCHANGE_H_
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "base/utf8.h"
+#include "corvane/error_codes.h"
 #include "corvane/transport.h"
 #include "host/network_address.h"
+#include "tests/support/hr.h"
 
 namespace Corvane::Test {
 
@@ -32,6 +37,15 @@ struct Exchanged {
   std::wstring connection;  // the field X-Connection
   std::wstring failure;
 };
+
+// "200 body", or the code of a failure, then "lost" where it leaves open what became of the body,
+// and "early" where a step of the streaming has told it.
+inline std::string Told(const Exchanged& seen) {
+  std::string told = std::to_string(seen.error);
+  if (seen.status != 0) told = std::to_string(seen.status) + ' ' + seen.body;
+  if (seen.result == kAnswerLost) told += " lost";
+  return told + (seen.stepError != 0 ? " early" : "");
+}
 
 // What GetResponse of a configured request gives.
 inline Exchanged GetExchanged(const Owned<Address>& address, HTTPRequest* request) {
@@ -79,6 +93,89 @@ inline Host::NetworkOptions LoopbackOptions(std::uint16_t port) {
 
 inline Owned<Address> NetworkDevice(const Host::NetworkOptions& options) {
   return Owned<Address>(Host::CreateNetworkAddress(options));
+}
+
+// The last chunk of a body, without trailers (RFC 9112, 7.1).
+constexpr char kLastChunk[] = "0\r\n\r\n";
+
+inline std::string Framed(std::string_view data) {
+  char size[16];
+  snprintf(size, sizeof(size), "%zX\r\n", data.size());
+  return size + std::string(data) + "\r\n";
+}
+
+// POST /ipp.
+struct PrinterRequest {
+  explicit PrinterRequest(const Owned<Address>& owner, std::uint32_t port = 631) : address(owner) {
+    HTTPRequest* made = nullptr;
+    EXPECT_EQ(address->CreateIPPHTTPRequest(&made, port), S_OK);
+    request.reset(made);
+    extended = dynamic_cast<TqHTTPRequestEx*>(made);
+    EXPECT_NE(extended, nullptr);
+    request->SetMethod(L"POST");
+    request->SetURI(L"/ipp");
+  }
+
+  void Send(std::string_view body) const {
+    extended->SendBody(body.data(), static_cast<std::uint32_t>(body.size()));
+  }
+  HRESULT Begin() const {
+    request->AddHeader(L"Transfer-Encoding", L"chunked");
+    return extended->BeginChunkedSend(1);
+  }
+  HRESULT Write(std::string_view chunk) const {
+    return extended->WriteChunk(chunk.data(), static_cast<std::uint32_t>(chunk.size()), 1);
+  }
+  // The first failure of a whole streaming, or S_OK.
+  HRESULT Stream(const std::string& body) const {
+    constexpr std::size_t kPiece = 100'000;
+    HRESULT result = Begin();
+    for (std::size_t at = 0; at < body.size() && result == S_OK; at += kPiece) {
+      result = Write(Framed(body.substr(at, kPiece)));
+    }
+    if (result == S_OK) result = Write(kLastChunk);
+    return result == S_OK ? extended->FinishChunkedSend() : result;
+  }
+  Exchanged Respond() const { return GetExchanged(address, request.get()); }
+
+  const Owned<Address>& address;
+  Owned<HTTPRequest> request;
+  TqHTTPRequestEx* extended = nullptr;
+};
+
+constexpr const char* kWays[] = {"plain", "one piece", "streamed"};
+
+// Brings a body to port 443 or 631 of an address.
+inline Exchanged ExchangeBy(const std::string& way, const Owned<Address>& address,
+                            std::uint32_t port, const std::string& body,
+                            const Configure& configure = {}) {
+  if (way == "plain") {
+    const auto post = [&](HTTPRequest* request) {
+      PostText(request, body);
+      if (configure) configure(request);
+    };
+    return Exchange(address, L"/ipp", post, port);
+  }
+  const PrinterRequest printer(address, port);
+  if (configure) configure(printer.request.get());
+  if (way == "one piece") {
+    printer.Send(body);
+    EXPECT_FALSE(printer.extended->IsSending());
+    return printer.Respond();
+  }
+  const HRESULT sent = printer.Stream(body);
+  EXPECT_FALSE(printer.extended->IsSending());
+  const std::uint32_t stepError = printer.request->GetLastError();
+  EXPECT_HR(sent, stepError == 0 ? S_OK : ResultFromError(stepError));
+  const std::uint64_t bytes = printer.extended->GetSentBytes();
+  if (sent != S_OK) {
+    EXPECT_HR(printer.Write("x"), sent);
+    EXPECT_HR(printer.extended->FinishChunkedSend(), sent);
+  }
+  EXPECT_EQ(printer.extended->GetSentBytes(), bytes);
+  Exchanged seen = printer.Respond();
+  seen.stepError = stepError;
+  return seen;
 }
 
 }  // namespace Corvane::Test

@@ -9,10 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "corvane/transport.h"
-#include "host/network_address.h"
 #include "tests/host/exchange.h"
-#include "tests/support/hr.h"
 
 namespace Corvane::Test {
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -40,11 +39,8 @@ std::string AnswerAsSaid(const Case& c, AgentRequest request) {
   } else {
     request.Rename(static_cast<char>(c.Number("arc")));
   }
-  std::vector<std::string> values;
-  std::istringstream list(c.Text("values"));
-  for (std::string value; std::getline(list, value, '|');) {
-    if (value != "none") values.push_back(value);
-  }
+  std::vector<std::string> values = c.Parts("values");
+  std::erase(values, "none");
   const std::string answer = request.Answer(values, static_cast<int>(c.Number("status")));
   const auto command = static_cast<char>(c.Number("command"));
   return command == 0 ? answer : WithCommand(answer, command);

@@ -9,10 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "base/utf8.h"
-#include "tests/host/ways.h"
+#include "tests/host/exchange.h"
 #include "tests/support/cases.h"
-#include "tests/support/hr.h"
 #include "tests/support/peers/loopback_server.h"
 
 namespace Corvane::Test {
@@ -51,14 +49,6 @@ LoopbackServer::Script Device(const Case& c) {
   };
 }
 
-// As the data file tells it.
-std::string Told(const Exchanged& seen) {
-  std::string told = std::to_string(seen.error);
-  if (seen.status != 0) told = std::to_string(seen.status) + ' ' + seen.body;
-  if (seen.result == kAnswerLost) told += " lost";
-  return told + (seen.stepError != 0 ? " early" : "");
-}
-
 // The answer for one way, else for all.
 std::string Of(const Case& c, const std::string& what, const std::string& way) {
   const std::string own = what == "result" ? way : what + ' ' + way;
@@ -67,7 +57,7 @@ std::string Of(const Case& c, const std::string& what, const std::string& way) {
 
 TEST(MisbehavingDevice, GetsTheCodeOfItsFaultInEveryWay) {
   for (const Case& c : ReadCases("host/misbehaving_devices.txt")) {
-    for (const auto& [way, exchange] : kWays) {
+    for (const std::string way : kWays) {
       SCOPED_TRACE(c.Where() + " " + c.Text("name") + ", " + way);
       const std::string expected = Of(c, "result", way);
       if (expected == "-") continue;
@@ -75,8 +65,8 @@ TEST(MisbehavingDevice, GetsTheCodeOfItsFaultInEveryWay) {
       Host::NetworkOptions options = LoopbackOptions(server.Port());
       options.maxResponseBytes = std::size_t{1} << 20;
       if (c.Find("total")) options.totalTimeoutMs = static_cast<std::uint32_t>(c.Number("total"));
-      const Exchanged seen = exchange(
-          NetworkDevice(options), 631, c.Find("reads") ? kLarge : kSmall,
+      const Exchanged seen = ExchangeBy(
+          way, NetworkDevice(options), kIppPort, c.Find("reads") ? kLarge : kSmall,
           [&c](HTTPRequest* r) { r->SetOption(static_cast<std::uint32_t>(c.Number("silence"))); });
       EXPECT_EQ(Told(seen), expected) << testing::PrintToString(seen.failure);
       if (seen.status == 0 && seen.result != kAnswerLost) {
@@ -103,18 +93,18 @@ TEST(UnreachableDevice, IsToldWithItsReason) {
   }
   std::uint16_t closed = 0;
   close(ListenOnLoopback(0, &closed));
-  for (const auto& [name, exchange] : kWays) {
-    SCOPED_TRACE(name);
+  for (const std::string way : kWays) {
+    SCOPED_TRACE(way);
     Host::NetworkOptions options = LoopbackOptions(full);
     options.connectTimeoutMs = 300;
-    const Exchanged late = exchange(NetworkDevice(options), 631, kSmall, {});
+    const Exchanged late = ExchangeBy(way, NetworkDevice(options), kIppPort, kSmall);
     EXPECT_HR(late.result, ResultFromError(kErrorTimeout));
     EXPECT_TRUE(late.failure.ends_with(L": no connection within 300 ms"))
         << testing::PrintToString(late.failure);
     options = LoopbackOptions(closed);
-    EXPECT_EQ(exchange(NetworkDevice(options), 631, kSmall, {}).error, kErrorCannotConnect);
+    EXPECT_EQ(ExchangeBy(way, NetworkDevice(options), kIppPort, kSmall).error, kErrorCannotConnect);
     options.host = L"device.invalid";  // RFC 2606, 2: resolves nowhere
-    const std::uint32_t error = exchange(NetworkDevice(options), 631, kSmall, {}).error;
+    const std::uint32_t error = ExchangeBy(way, NetworkDevice(options), kIppPort, kSmall).error;
     // A network without a resolver is late.
     EXPECT_TRUE(error == kErrorNameNotResolved || error == kErrorTimeout) << error;
   }
@@ -123,9 +113,9 @@ TEST(UnreachableDevice, IsToldWithItsReason) {
 }
 
 TEST(CancelledExchange, EndsWhereverItStands) {
-  for (const auto& [name, exchange] : kWays) {
+  for (const std::string way : kWays) {
     for (const bool whileSending : {true, false}) {
-      SCOPED_TRACE(std::string(name) + (whileSending ? ", sending" : ", waiting"));
+      SCOPED_TRACE(way + (whileSending ? ", sending" : ", waiting"));
       std::promise<void> arrived;
       LoopbackServer server([&](LoopbackConnection& connection) {
         whileSending ? connection.ReadThrough("\r\n\r\n") : connection.ReadRequest();
@@ -143,11 +133,13 @@ TEST(CancelledExchange, EndsWhereverItStands) {
         });
       };
       const Owned<Address> address = NetworkDevice(LoopbackOptions(server.Port()));
-      const Exchanged seen = exchange(address, 631, whileSending ? kLarge : kSmall, cancel_later);
+      const Exchanged seen =
+          ExchangeBy(way, address, kIppPort, whileSending ? kLarge : kSmall, cancel_later);
       canceller.join();
       EXPECT_EQ(seen.error, kErrorCancelled) << testing::PrintToString(seen.failure);
-      EXPECT_EQ(exchange(address, 631, kSmall, [](HTTPRequest* r) { r->Cancel(); }).error,
-                kErrorCancelled);
+      EXPECT_EQ(
+          ExchangeBy(way, address, kIppPort, kSmall, [](HTTPRequest* r) { r->Cancel(); }).error,
+          kErrorCancelled);
     }
   }
 }

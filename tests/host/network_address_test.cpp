@@ -9,10 +9,8 @@
 #include <tuple>
 #include <vector>
 
-#include "corvane/error_codes.h"
-#include "tests/host/ways.h"
+#include "tests/host/exchange.h"
 #include "tests/support/cases.h"
-#include "tests/support/hr.h"
 #include "tests/support/peers/loopback_server.h"
 #include "tests/support/peers/nginx.h"
 
@@ -97,14 +95,14 @@ TEST_F(NetworkAddress, BringsEveryByteInEveryWay) {
   std::string document(8 << 20, '\0');
   std::minstd_rand generator(1);
   for (char& c : document) c = static_cast<char>(generator() >> 8);
-  for (const auto& [name, exchange] : kWays) {
+  for (const std::string way : kWays) {
     for (const bool knowsPassword : {true, false}) {
-      SCOPED_TRACE(name);
+      SCOPED_TRACE(way);
       const std::size_t before = m_printer.Requests().size();
       const Owned<Address> address = NetworkDevice(m_options);
       address->SetUserName(L"admin");
       address->SetPassword(knowsPassword ? L"pass.word" : L"word");
-      const Exchanged seen = exchange(address, 443, document, {});
+      const Exchanged seen = ExchangeBy(way, address, 443, document);
       EXPECT_EQ(seen.status, knowsPassword ? 200U : 401U) << testing::PrintToString(seen.failure);
       EXPECT_EQ(seen.failure.find(L"word"), std::wstring::npos);
       ASSERT_EQ(m_printer.Requests().size(), before + (knowsPassword ? 1 : 0));

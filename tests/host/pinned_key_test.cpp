@@ -11,12 +11,9 @@
 #include <thread>
 #include <vector>
 
-#include "base/utf8.h"
-#include "corvane/error_codes.h"
 #include "host/trust/pin_file.h"
-#include "tests/host/ways.h"
+#include "tests/host/exchange.h"
 #include "tests/support/cases.h"
-#include "tests/support/hr.h"
 #include "tests/support/peers/loopback_server.h"
 #include "tests/support/peers/nginx.h"
 #include "tests/support/process.h"
@@ -87,13 +84,13 @@ class PinnedKey : public ::testing::Test {
 TEST_F(PinnedKey, TheFirstIsTrustedAndNoOther) {
   const std::string first = KeyOf("first");
   const std::string second = KeyOf("second");
-  for (const auto& [name, exchange] : kWays) {
-    SCOPED_TRACE(name);
+  for (const std::string way : kWays) {
+    SCOPED_TRACE(way);
     Show("first");
     m_nginx.Folder().Write("pins", "# office");  // and no line end
     const std::string pinned = "# office\n" + m_name + ' ' + first + '\n';
     for (const char* const use : {"first use", "second use"}) {
-      const Exchanged seen = exchange(NetworkDevice(m_options), 443, "document", {});
+      const Exchanged seen = ExchangeBy(way, NetworkDevice(m_options), 443, "document");
       EXPECT_EQ(seen.body, "ok") << use << testing::PrintToString(seen.failure);
       EXPECT_EQ(m_nginx.Folder().Read("pins"), pinned) << use;
     }
@@ -101,7 +98,7 @@ TEST_F(PinnedKey, TheFirstIsTrustedAndNoOther) {
     Show("second");
     m_options.caFile = (m_nginx.Folder().Path() / "second.pem").string();  // would vouch for it
     m_seen = m_device.Requests().size();
-    const Exchanged seen = exchange(NetworkDevice(m_options), 443, "document", {});
+    const Exchanged seen = ExchangeBy(way, NetworkDevice(m_options), 443, "document");
     ExpectRefused(seen);
     EXPECT_TRUE(seen.failure.ends_with(
         ToWideStrictly("the key of " + m_name + " has changed from " + first + " to " + second +

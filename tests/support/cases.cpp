@@ -62,6 +62,13 @@ std::optional<std::string> Case::Find(const std::string& field) const {
   return found == m_fields.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::vector<std::string> Case::Parts(const std::string& field) const {
+  std::vector<std::string> parts;
+  std::istringstream text(Text(field));
+  for (std::string part; std::getline(text, part, '|');) parts.push_back(part);
+  return parts;
+}
+
 std::string ReadData(const std::string& file) {
   std::ifstream stream(std::string(CORVANE_TEST_DATA "/") + file, std::ios::binary);
   if (!stream) Refuse(file, "cannot be opened");

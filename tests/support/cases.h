@@ -22,6 +22,8 @@ class Case {
   // In any base that strtoll knows by its prefix; 0 without the field.
   long long Number(const std::string& field) const;
   std::optional<std::string> Find(const std::string& field) const;
+  // The texts of a field, apart by '|'.
+  std::vector<std::string> Parts(const std::string& field) const;
 
  private:
   std::string m_where;
