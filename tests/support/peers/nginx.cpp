@@ -10,14 +10,6 @@
 
 namespace Corvane::Test {
 
-bool Nginx::MakeCertificate(const std::string& name, const std::string& subjectAltName) const {
-  const std::string command =
-      "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 "
-      "-subj /CN=device -addext subjectAltName=" +
-      subjectAltName + " -keyout " + name + ".key -out " + name + ".pem";
-  return ChildProcess({"sh", "-c", command}, {.folder = m_folder.Path()}).Wait() == 0;
-}
-
 bool Nginx::Start(std::string servers, std::size_t portCount) {
   // The listening sockets are made here and handed down, as nginx hands them to its own successor:
   // no other process can take a port in between.

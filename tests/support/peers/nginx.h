@@ -17,10 +17,6 @@ namespace Corvane::Test {
 class Nginx {
  public:
   const TempFolder& Folder() const { return m_folder; }
-  // A self-signed certificate for `subjectAltName` ("IP:127.0.0.1") as NAME.pem and NAME.key; false
-  // when the program openssl fails.
-  bool MakeCertificate(const std::string& name, const std::string& subjectAltName) const;
-
   // Starts it with these server blocks, in which "@PORT0@", "@PORT1@" ... stand for address and
   // port, and waits until each of `portCount` ports answers. False, with the reason in Failure(),
   // when it does not.
