@@ -128,7 +128,7 @@ class PrintClient {
     std::string outcome = piece.empty() ? "ok" : Begin(piece);
     while (outcome == "ok" && std::chrono::steady_clock::now() < limit) {
       outcome = Write("and so on");
-      std::this_thread::sleep_for(std::chrono::milliseconds(2));  // what a driver needs for them
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));  // what a driver needs for them
     }
     return outcome;
   }

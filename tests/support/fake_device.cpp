@@ -120,6 +120,7 @@ class FakeIppRequest final : public Host::ExtendedRequest<FakeRequest> {
   void SetHeader(const wchar_t* name, const wchar_t* value) override { AddHeader(name, value); }
   void SendBody(const void* data, std::uint32_t size) override {
     Record(L"SendBody ", std::to_wstring(size));
+    m_head.isWhole = true;
     m_exchange->Take(m_head, Bytes(data, size));
     Finish();
   }

@@ -30,6 +30,7 @@ class FakeDevice : public Counted<Address> {
     std::uint32_t port = 0;
     std::wstring path;
     bool isAuthorized = false;  // by a header
+    bool isWhole = false;       // its body comes in one piece
   };
   // What the device does with one request.
   class Exchange {

@@ -70,7 +70,11 @@ class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
       m_printer.m_changed.wait_for(lock, silence, [this] { return m_state.isOver; });
       return End(Failure(kErrorTimeout));
     }
-    if (size < m_state.earlyAt) return true;
+    if (size < m_state.earlyAt) {
+      m_isAnswered = head.isWhole;  // nobody sees it taken and not answered
+      if (m_isAnswered) FinishDocument();
+      return true;
+    }
     FinishDocument();
     m_answer.error = m_answer.status;
     return End(m_answer);
