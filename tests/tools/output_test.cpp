@@ -11,8 +11,7 @@
 #include "tests/support/cases.h"
 #include "tests/tools/tool_test.h"
 #include "tools/map/answers.h"
-#include "tools/output/duration.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 #include "tools/print/progress.h"
 
 namespace Corvane::Tool {

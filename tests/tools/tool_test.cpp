@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "base/utf8.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Test {
 namespace {

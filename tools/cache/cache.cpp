@@ -3,7 +3,7 @@
 #include <new>
 
 #include "tools/output/failure.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

@@ -6,7 +6,7 @@
 #include "tools/cache/cache_commands.h"
 #include "tools/cache/cache_reader.h"
 #include "tools/output/failure.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

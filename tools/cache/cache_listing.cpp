@@ -8,9 +8,7 @@
 #include "tools/cache/cache_commands.h"
 #include "tools/cache/cache_reader.h"
 #include "tools/map/specification.h"
-#include "tools/output/duration.h"
-#include "tools/output/json_text.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

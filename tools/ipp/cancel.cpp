@@ -9,7 +9,7 @@
 #include "tools/ipp/user_jobs.h"
 #include "tools/options/device.h"
 #include "tools/output/failure.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 

@@ -11,7 +11,7 @@
 #include "ipp/wire/writer.h"
 #include "tools/options/device.h"
 #include "tools/output/failure.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 

@@ -13,8 +13,7 @@
 #include "tools/ipp/printer_uri.h"
 #include "tools/ipp/user_jobs.h"
 #include "tools/options/device.h"
-#include "tools/output/json_text.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

@@ -4,8 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "tools/output/json_text.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

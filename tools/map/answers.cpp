@@ -1,10 +1,10 @@
 #include "tools/map/answers.h"
 
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
 #include "base/utf8.h"
-#include "tools/output/json_text.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

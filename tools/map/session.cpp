@@ -13,7 +13,7 @@
 #include "tools/map/dom.h"
 #include "tools/options/device.h"
 #include "tools/output/failure.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "base/utf8.h"
 #include "tools/output/failure.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

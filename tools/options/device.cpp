@@ -7,7 +7,7 @@
 #include "base/utf8_path.h"
 #include "host/recorded/recorded_address.h"
 #include "tools/output/failure.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 #if CORVANE_HOST_NETWORK
 #include <netdb.h>

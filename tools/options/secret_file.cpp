@@ -11,7 +11,7 @@
 #include "base/utf8.h"
 #include "base/utf8_path.h"
 #include "tools/output/failure.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

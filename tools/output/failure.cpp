@@ -1,7 +1,7 @@
 #include "tools/output/failure.h"
 
 #include "corvane/platform.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <exception>
 
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

@@ -24,7 +24,7 @@
 #include "tools/ipp/user_jobs.h"
 #include "tools/options/device.h"
 #include "tools/output/console.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 #include "tools/print/print_report.h"
 #include "tools/print/print_watch.h"
 #include "tools/print/progress.h"

@@ -8,7 +8,7 @@
 #include "tools/ipp/ipp_values.h"
 #include "tools/options/device.h"
 #include "tools/output/failure.h"
-#include "tools/output/text_escape.h"
+#include "tools/output/text.h"
 
 namespace Corvane::Tool {
 namespace {

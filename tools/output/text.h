@@ -1,7 +1,10 @@
-// Text of devices and specifications made safe for a terminal and for line-oriented output.
-#ifndef CORVANE_TOOLS_OUTPUT_TEXT_ESCAPE_H_
-#define CORVANE_TOOLS_OUTPUT_TEXT_ESCAPE_H_
+// Text as the tool writes it: safe for terminals and for line-oriented output, as JSON, and spans
+// of time for people.
+#ifndef CORVANE_TOOLS_OUTPUT_TEXT_H_
+#define CORVANE_TOOLS_OUTPUT_TEXT_H_
 
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 
@@ -16,6 +19,13 @@ bool IsControl(char32_t codePoint);
 std::string EscapeText(std::wstring_view text);
 std::string EscapeText(std::string_view utf8);
 
+// RFC 8259, indented, with a line end; no control character stands in it unescaped. Strings must be
+// UTF-8.
+std::string JsonText(const nlohmann::ordered_json& json);
+
+// Of ticks of 100 ns, cut to two units: "0.4 s", "20 s", "3 min 20 s", "2 h 5 min", "41 d 7 h".
+std::string FormatDuration(std::uint64_t ticks);
+
 }  // namespace Corvane::Tool
 
-#endif  // CORVANE_TOOLS_OUTPUT_TEXT_ESCAPE_H_
+#endif  // CORVANE_TOOLS_OUTPUT_TEXT_H_
