@@ -45,9 +45,15 @@ void JobWatch::Begin(IPPRequestBase* request) {
 }
 
 bool JobWatch::BeginSending() {
-  const std::lock_guard lock(m_statusLock);
-  if (!m_isCancelled) m_phase = Phase::kSending;
-  return !m_isCancelled;
+  {
+    const std::lock_guard lock(m_statusLock);
+    if (!m_isCancelled) {
+      m_phase = Phase::kSending;
+      return true;
+    }
+  }
+  AwaitCancelling();
+  return false;
 }
 
 void JobWatch::OpenReadyEvent() {
@@ -103,6 +109,10 @@ void JobWatch::End() {
     m_headers.clear();
   }
   StopThreads();
+  AwaitCancelling();
+}
+
+void JobWatch::AwaitCancelling() const {
   while (Read(m_cancelling) > 0) Sleep(kCancelSliceMs);
 }
 

@@ -32,7 +32,7 @@ class JobWatch {
   // A job begins, for the user and with the name of `request`.
   void Begin(IPPRequestBase* request);
   // Bytes of the document are about to go out. False when the job has been cancelled: then none
-  // may.
+  // may, and those who are cancelling it, who look for it as long as it is being sent, are done.
   bool BeginSending();
   // The event that chunks go with is there from the first one on, the threads only behind it.
   void OpenReadyEvent();
@@ -77,6 +77,7 @@ class JobWatch {
  private:
   enum class Phase { kNone, kBeginning, kSending };
 
+  void AwaitCancelling() const;
   void StartJobsThread();
   void ResumeJobsThread();
   template <typename T>

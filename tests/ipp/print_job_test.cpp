@@ -146,6 +146,25 @@ TEST_F(PrintFlowTest, AnyThreadCancelsTheJobBeingPrinted) {
   });
 }
 
+// The sender gives up at once; whoever cancels goes on until the printer lists the job.
+TEST_F(PrintFlowTest, CancellationOutlivesTheSendersPatience) {
+  PrinterUnderTest printer;
+  PrintClient client(printer);
+  ASSERT_EQ("ok", client.Begin("half"));
+  printer->Locked([](State& state) { state.Latest().listed = false; });
+  auto cancelling = std::async(std::launch::async, [&] { return client.CancelPrinting(); });
+  const auto askedAgain = [&](int times) {
+    return printer->Await(
+        [=, asked = printer.Count(10)](State& state) { return state.Count(10) >= asked + times; });
+  };
+  EXPECT_TRUE(askedAgain(1));
+  auto writing = std::async(std::launch::async, [&] { return client.Write("more"); });
+  EXPECT_TRUE(askedAgain(3));
+  printer->Locked([](State& state) { state.Latest().listed = true; });
+  EXPECT_EQ("ok", cancelling.get());
+  EXPECT_EQ("cancelled", writing.get());
+}
+
 TEST_F(PrintFlowTest, CancelsTwiceAndForNobody) {
   EXPECT_EQ(E_FAIL, CancelPrintJob(nullptr, nullptr, 0));
   PrinterUnderTest printer;
