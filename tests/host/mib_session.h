@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,69 +13,68 @@
 namespace Corvane::Test {
 
 inline Host::NetworkOptions AgentOptions(std::uint16_t port) {
-  Host::NetworkOptions options;
-  options.host = L"127.0.0.1";
+  Host::NetworkOptions options = LoopbackOptions(0);
   options.portMap = {{kSnmpPort, port}};
   options.snmp.timeoutMs = 5'000;
   return options;
 }
 
 // The value as text, with its type: "i:5", "s:text", "empty".
-inline std::wstring Shown(const VARIANT& value) {
+inline std::string Shown(const VARIANT& value) {
   switch (value.vt) {
     case VT_I4:
-      return L"i:" + std::to_wstring(value.lVal);
+      return "i:" + std::to_string(value.lVal);
     case VT_BSTR:
-      return L"s:" + std::wstring(value.bstrVal, SysStringLen(value.bstrVal));
+      return "s:" + ToUtf8({value.bstrVal, SysStringLen(value.bstrVal)});
     case VT_EMPTY:
-      return L"empty";
+      return "empty";
     default:
-      return L"type " + std::to_wstring(value.vt);
+      return "type " + std::to_string(value.vt);
   }
 }
 
-struct Read {
-  HRESULT result = E_UNEXPECTED;
-  std::wstring value;  // as Shown
-};
-
 class MibSession {
  public:
-  explicit MibSession(const Host::NetworkOptions& options)
-      : m_address(Host::CreateNetworkAddress(options)) {
+  explicit MibSession(const Host::NetworkOptions& options) : m_address(NetworkDevice(options)) {
     MIBConnection* made = reinterpret_cast<MIBConnection*>(this);  // must be overwritten
     m_opened = m_address->GetMIBConnection(&made);
     m_connection.reset(made);
   }
 
   MIBConnection* operator->() const { return m_connection.get(); }
-  explicit operator bool() const { return m_connection != nullptr; }
   HRESULT Opened() const { return m_opened; }
-  std::wstring Failure() const { return m_address->GetLastFailure(); }
+  std::string Failure() const { return ToUtf8(m_address->GetLastFailure()); }
 
-  // A variant that holds something is what a failure must leave alone.
-  Read Get(const std::wstring& oid) const {
-    _variant_t value(L"before");
-    Read read;
-    read.result = m_connection->GetValue(oid.c_str(), &value);
-    read.value = Shown(value);
-    return read;
-  }
-  // The values of a group, apart by blanks.
-  Read GetGroup(const std::vector<std::wstring>& oids) const {
+  std::string Get(const std::string& oid) const { return Read("get", {oid}); }
+  // What comes of a "get", a "next" into room for so many characters, or a get of a "group": the
+  // code where it is not S_OK, and the values as Shown, a next one behind its name. A failure must
+  // leave alone what is there.
+  std::string Read(const std::string& operation, const std::vector<std::string>& oids,
+                   std::uint32_t room = 64) const {
+    std::vector<std::wstring> texts;
+    for (const std::string& oid : oids) texts.push_back(ToWide(oid));
     std::vector<const wchar_t*> names;
-    for (const std::wstring& oid : oids) names.push_back(oid.c_str());
+    for (const std::wstring& text : texts) names.push_back(text.c_str());
     std::vector<_variant_t> values(oids.size(), _variant_t(L"before"));
-    Read read;
-    read.result = m_connection->GetMultipleValues(names.data(), values.data(),
-                                                  static_cast<std::uint32_t>(names.size()));
-    for (const _variant_t& value : values) {
-      read.value += (read.value.empty() ? L"" : L" ") + Shown(value);
-    }
-    return read;
+    wchar_t next[64] = L"";
+    const auto shown = [&] {
+      std::string all = ToUtf8(next);
+      for (const _variant_t& value : values) all += (all.empty() ? "" : " ") + Shown(value);
+      return all;
+    };
+    const std::string before = shown();
+    const HRESULT result =
+        operation == "get" ? m_connection->GetValue(names[0], values.data())
+        : operation == "next"
+            ? m_connection->GetNextOidAndValue(names[0], next, room, &values[0])
+            : m_connection->GetMultipleValues(names.data(), values.data(),
+                                              static_cast<std::uint32_t>(names.size()));
+    if (SUCCEEDED(result)) return result == S_OK ? shown() : HrText(result) + ' ' + shown();
+    EXPECT_EQ(shown(), before);
+    return HrText(result);
   }
-  HRESULT Set(const std::wstring& oid, _variant_t value) const {
-    return m_connection->SetValue(oid.c_str(), &value);
+  std::string Set(const std::string& oid, _variant_t value) const {
+    return HrText(m_connection->SetValue(ToWide(oid).c_str(), &value));
   }
 
  private:
