@@ -34,15 +34,15 @@ struct Exchanged {
   std::uint32_t stepError = 0;  // of the step of a streaming that failed
   std::string body;
   std::wstring contentType;
-  std::wstring connection;  // the field X-Connection
   std::wstring failure;
 };
 
-// "200 body", or the code of a failure, then "lost" where it leaves open what became of the body,
-// and "early" where a step of the streaming has told it.
+// "200 body type", or the code of a failure, then "lost" where it leaves open what became of the
+// body, and "early" where a step of the streaming has told it.
 inline std::string Told(const Exchanged& seen) {
   std::string told = std::to_string(seen.error);
   if (seen.status != 0) told = std::to_string(seen.status) + ' ' + seen.body;
+  if (!seen.contentType.empty()) told += ' ' + ToUtf8(seen.contentType);
   if (seen.result == kAnswerLost) told += " lost";
   return told + (seen.stepError != 0 ? " early" : "");
 }
@@ -57,7 +57,6 @@ inline Exchanged GetExchanged(const Owned<Address>& address, HTTPRequest* reques
   if (!response) return seen;
   seen.status = response->GetStatusCode();
   seen.contentType = response->GetContentType();
-  seen.connection = OrEmpty(response->GetHeader(L"x-connection"));
   const char* const content = response->GetContent();
   seen.body.assign(content, response->GetContentLength());
   EXPECT_EQ(content[seen.body.size()], '\0');

@@ -16,17 +16,12 @@
 namespace Corvane::Test {
 namespace {
 
-using namespace std::string_literals;
-
 // nginx, and a printer behind it. Port 7627 speaks TLS, and so does 443, which leads to the
 // printer.
 struct Servers {
   Servers() {
     const TempFolder& folder = nginx.Folder();
     folder.Write("root/tree.xml", "<tree/>");
-    folder.Write("root/empty", "");
-    folder.Write("root/binary", "a\0b\0"s);
-    folder.Write("root/posted", "answer");
     folder.Write("root/bytes", std::string(100'000, 'x'));
     folder.Write("passwords", "admin:{PLAIN}pass.word\n");
     std::string servers = ReadData("host/nginx.conf");
@@ -60,22 +55,6 @@ struct NetworkAddress : testing::Test {
   LoopbackServer& m_printer = TheServers().printer;
   Host::NetworkOptions m_options;
 };
-
-TEST_F(NetworkAddress, DeliversBodiesWhole) {
-  const Owned<Address> address = NetworkDevice(m_options);
-  for (const Case& c : ReadCases("host/documents.txt")) {
-    SCOPED_TRACE(c.Where());
-    const Exchanged seen = Exchange(address, c.Wide("path"), [&](HTTPRequest* request) {
-      if (c.Text("verb") == "POST") PostText(request, "x");
-      request->SetMethod(c.Wide("verb").c_str());
-    });
-    EXPECT_EQ(Told(seen), c.Text("came"));
-    EXPECT_EQ(seen.contentType, c.Wide("type"));
-    EXPECT_TRUE(seen.connection.ends_with(c.Wide("number")));
-    EXPECT_TRUE(seen.failure.ends_with(c.Wide("failure")));
-    EXPECT_EQ(seen.failure.empty(), c.Text("failure").empty());
-  }
-}
 
 TEST_F(NetworkAddress, BringsEveryByteInEveryWay) {
   std::string document(8 << 20, '\0');
