@@ -16,8 +16,11 @@
 namespace Corvane::Test {
 namespace {
 
-// nginx, and a printer behind it. Port 7627 speaks TLS, and so does 443, which leads to the
-// printer.
+// Of the certificates, by the program openssl.
+const std::string kStranger = "sha256//PVV0o3kXyJHZYEgr72n6GTel6H6KrO4fkxjjce/nArs=";
+const std::string kDevice = "sha256//gqFTzUIELy6hjtOshqcXRiBmYF1qy3+XtmPDfEzY6Wc=";
+
+// nginx, and a printer behind it.
 struct Servers {
   Servers() {
     const TempFolder& folder = nginx.Folder();
@@ -25,11 +28,13 @@ struct Servers {
     folder.Write("root/bytes", std::string(100'000, 'x'));
     folder.Write("passwords", "admin:{PLAIN}pass.word\n");
     std::string servers = ReadData("host/nginx.conf");
-    servers.replace(servers.find("@PRINTER@"), 9, std::to_string(printer.Port()));
+    for (std::size_t at; (at = servers.find("@PRINTER@")) != servers.npos;) {
+      servers.replace(at, 9, std::to_string(printer.Port()));
+    }
     for (const std::string name : {"device.pem", "stranger.pem"}) {
       folder.Write(name, ReadData("host/" + name));
     }
-    areReady = nginx.Start(servers, 3);
+    areReady = nginx.Start(servers, 4);
   }
   LoopbackServer printer{
       LoopbackServer::AnswerEach("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok")};
@@ -48,10 +53,32 @@ struct NetworkAddress : testing::Test {
     m_options = LoopbackOptions(m_nginx.Port(0));
     m_options.tlsPorts.insert(kWsPort);
     m_options.portMap[kIppsPort] = m_nginx.Port(1);
-    m_options.caFile = (m_nginx.Folder().Path() / "device.pem").string();
+    m_options.caFile = (m_folder.Path() / "device.pem").string();
+  }
+
+  // What is told of an exchange that sends the device nothing.
+  std::string Refusal(const std::string& way, const Owned<Address>& address) {
+    const std::size_t before = m_printer.Requests().size();
+    const Exchanged seen = ExchangeBy(way, address, kIppsPort, "document");
+    EXPECT_HR(seen.result, ResultFromError(kErrorSecureFailure));
+    EXPECT_EQ(seen.error, kErrorSecureFailure);
+    EXPECT_EQ(seen.status, 0U);
+    EXPECT_EQ(m_printer.Requests().size(), before);
+    return ToUtf8(seen.failure);
+  }
+  void ShowCertificate(const std::string& name) const {
+    m_folder.Write("now", m_folder.Read(name));
+  }
+  // Knows keys by a file that says this at first. Its line for the device begins so.
+  std::string PinKeys(const std::string& content) {
+    ShowCertificate("stranger.pem");
+    m_options.portMap[kIppsPort] = m_nginx.Port(3);
+    m_options.pinFile = m_folder.Write("pins", content).string();
+    return "127.0.0.1:" + std::to_string(m_nginx.Port(3));
   }
 
   const Nginx& m_nginx = TheServers().nginx;
+  const TempFolder& m_folder = m_nginx.Folder();
   LoopbackServer& m_printer = TheServers().printer;
   Host::NetworkOptions m_options;
 };
@@ -81,7 +108,7 @@ TEST_F(NetworkAddress, TrustsOnlyTheCertificatesThatItIsGiven) {
     SCOPED_TRACE(c.Where() + " " + c.Text("name"));
     const std::string file = c.Text("trusted");
     const auto error = static_cast<std::uint32_t>(c.Number("error"));
-    m_options.caFile = file == "-" ? "" : (m_nginx.Folder().Path() / file).string();
+    m_options.caFile = file == "-" ? "" : (m_folder.Path() / file).string();
     m_options.verifyCertificates = c.Text("verifies") == "yes";
     m_options.portMap[kWsPort] = m_options.portMap[kIppsPort] =
         m_nginx.Port(static_cast<std::size_t>(c.Number("server")));
@@ -91,6 +118,37 @@ TEST_F(NetworkAddress, TrustsOnlyTheCertificatesThatItIsGiven) {
     EXPECT_EQ(seen.body, error == 0 ? "<tree/>" : "");
     EXPECT_HR(PrinterRequest(address, 443).Begin(), error == 0 ? S_OK : ResultFromError(error));
   }
+}
+
+TEST_F(NetworkAddress, TrustsTheFirstKeyAndNoOther) {
+  for (const std::string way : kWays) {
+    SCOPED_TRACE(way);
+    const std::string name = PinKeys("# office");  // and no line end
+    const std::string pinned = "# office\n" + name + ' ' + kStranger + '\n';
+    for (const char* const use : {"first use", "second use"}) {
+      EXPECT_EQ(Told(ExchangeBy(way, NetworkDevice(m_options), kIppsPort, "document")), "200 ok")
+          << use;
+      EXPECT_EQ(m_folder.Read("pins"), pinned) << use;
+    }
+    ShowCertificate("device.pem");  // which the address would trust without
+    const std::string told = Refusal(way, NetworkDevice(m_options));
+    EXPECT_TRUE(told.ends_with(
+        ": the key of " + name + " has changed from " + kStranger + " to " + kDevice +
+        "; where the device is known to have a new one, remove line 2 of " + m_options.pinFile))
+        << told;
+    EXPECT_EQ(m_folder.Read("pins"), pinned);
+  }
+}
+
+TEST_F(NetworkAddress, HoldsAnOpenConnectionToTheFileOfKeysToo) {
+  const std::string name = PinKeys("");
+  const Owned<Address> address = NetworkDevice(m_options);
+  EXPECT_EQ(Told(ExchangeBy("plain", address, kIppsPort, "document")), "200 ok");
+  m_folder.Write("pins", name + ' ' + kDevice + '\n');
+  Refusal("plain", address);
+  m_options.pinFile = (m_folder.Path() / "absent/pins").string();
+  const std::string told = Refusal("plain", NetworkDevice(m_options));
+  EXPECT_TRUE(told.ends_with("cannot be written: No such file or directory")) << told;
 }
 
 TEST_F(NetworkAddress, ManyThreadsShareAnAddress) {
