@@ -42,12 +42,9 @@ TEST(BstrTest, KeepsItsLengthAndEndsInNul) {
     EXPECT_EQ(bytes / sizeof(wchar_t), SysStringLen(text.Get())) << bytes;
     EXPECT_EQ(L'\0', text.Get()[(bytes + sizeof(wchar_t) - 1) / sizeof(wchar_t)]) << bytes;
   }
-}
-
-TEST(BstrTest, TakesNullAndRefusesLengthsOfMoreThan32Bits) {
+  // Null, and lengths of more than 32 bits.
   EXPECT_EQ(nullptr, SysAllocString(nullptr));
-  EXPECT_EQ(0u, SysStringLen(nullptr));
-  EXPECT_EQ(0u, SysStringByteLen(nullptr));
+  EXPECT_EQ(0u, SysStringLen(nullptr) + SysStringByteLen(nullptr));
   SysFreeString(nullptr);
   EXPECT_EQ(nullptr, SysAllocStringLen(nullptr, UINT32_MAX / sizeof(wchar_t)));
   EXPECT_EQ(nullptr, SysAllocStringLen(nullptr, UINT32_MAX));
@@ -87,6 +84,8 @@ TEST(VariantTest, CopiesTextByByteLengthAndNullAsEmptyText) {
   EXPECT_HR(VariantCopy(&copy, &source), S_OK);
   EXPECT_NE(source.bstrVal, copy.bstrVal);
   EXPECT_EQ("a\0c"s, Bytes(copy.bstrVal));
+  EXPECT_HR(VariantCopy(&source, &source), S_OK);
+  EXPECT_EQ("a\0c"s, Bytes(source.bstrVal));
   BSTR none = nullptr;
   VARIANT null{};
   null.vt = VT_BSTR;
@@ -97,16 +96,6 @@ TEST(VariantTest, CopiesTextByByteLengthAndNullAsEmptyText) {
   EXPECT_HR(VariantCopyInd(&copy, &null), S_OK);
   EXPECT_EQ(VT_BSTR, copy.vt);
   EXPECT_NE(nullptr, copy.bstrVal);
-}
-
-TEST(VariantTest, CopiesObjectsOntoThemselves) {
-  CountedObject object;
-  {
-    _variant_t source(&object);
-    EXPECT_HR(VariantCopy(&source, &source), S_OK);
-    EXPECT_EQ(2u, object.references);
-  }
-  EXPECT_EQ(1u, object.references);
 }
 
 TEST(VariantTest, FollowsReferencesOnce) {
@@ -134,6 +123,7 @@ class SafeArrayTest : public testing::Test {
   ~SafeArrayTest() override { EXPECT_HR(SafeArrayDestroy(m_array), S_OK); }
 
   void Create(VARTYPE type, LONG lowerBound, ULONG count) {
+    EXPECT_HR(SafeArrayDestroy(m_array), S_OK);
     m_array = SafeArrayCreateVector(type, lowerBound, count);
     ASSERT_NE(nullptr, m_array);
   }
@@ -151,12 +141,9 @@ class SafeArrayTest : public testing::Test {
   SAFEARRAY* m_array = nullptr;
 };
 
-TEST_F(SafeArrayTest, OfNothingEndsBelowItsLowerBound) {
+TEST_F(SafeArrayTest, ChecksIndexesAndDimensions) {
   Create(VT_I4, 5, 0);
   EXPECT_EQ("5 4", Bounds());
-}
-
-TEST_F(SafeArrayTest, ChecksIndexesAndDimensions) {
   Create(VT_I4, -1, 2);
   EXPECT_EQ("-1 0", Bounds());
   LONG element = 42;
@@ -220,7 +207,6 @@ TEST_F(SafeArrayTest, TakesNullPointers) {
   EXPECT_HR(SafeArrayPutElement(nullptr, &number, &number), E_INVALIDARG);
   EXPECT_HR(SafeArrayAccessData(m_array, nullptr), E_INVALIDARG);
   EXPECT_HR(SafeArrayUnaccessData(nullptr), E_INVALIDARG);
-  EXPECT_HR(SafeArrayDestroy(nullptr), S_OK);
   EXPECT_HR(SafeArrayCopy(nullptr, &copy), S_OK);
   EXPECT_EQ(nullptr, copy);
 }

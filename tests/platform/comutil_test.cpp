@@ -28,18 +28,12 @@ std::wstring Chars(const _bstr_t& text) {
 }
 const wchar_t* Place(const _bstr_t& text) { return text; }
 
-TEST(ComErrorTest, IsThrownForFailuresOnly) {
-  EXPECT_EQ(std::nullopt, Thrown([] { _com_util::CheckError(S_FALSE); }));
-  EXPECT_EQ(E_FAIL, Thrown([] { _com_util::CheckError(E_FAIL); }));
-}
-
 TEST(BstrHolderTest, SharesCopiesUntilOneChanges) {
   _bstr_t first(L"one");
   _bstr_t second = first;
   EXPECT_EQ(Place(first), Place(second));
   second += L"two";
-  EXPECT_EQ(L"one", Chars(first));
-  EXPECT_EQ(L"onetwo", Chars(second));
+  EXPECT_EQ(L"one onetwo", Chars(first + L" " + second));
   second = first;
   first = L"three";
   EXPECT_EQ(L"one", Chars(second));
@@ -50,40 +44,33 @@ TEST(BstrHolderTest, ComparesAndJoinsWholeTextsAndTellsAbsentFromEmpty) {
   const _bstr_t empty(L"");
   const _bstr_t longer(SysAllocStringLen(L"a\0b", 3), false);
   EXPECT_TRUE(!absent && !!empty && !_bstr_t(static_cast<const wchar_t*>(nullptr)));
-  EXPECT_EQ(nullptr, absent.copy());
-  EXPECT_EQ(0u, absent.length());
+  EXPECT_TRUE(absent.copy() == nullptr && absent.length() == 0);
   EXPECT_TRUE(absent != empty && absent < empty);
-  EXPECT_TRUE(_bstr_t(L"a") < longer && longer != _bstr_t(L"a"));
-  EXPECT_TRUE(_bstr_t(L"b") > _bstr_t(L"aa"));
-  EXPECT_EQ(L"x", Chars(absent + L"x"));
-  EXPECT_EQ(std::wstring(L">a\0b<", 5), Chars(L">" + longer + L"<"));
+  EXPECT_TRUE(_bstr_t(L"a") < longer && longer != _bstr_t(L"a") && _bstr_t(L"b") > longer);
+  EXPECT_EQ(std::wstring(L">a\0b<", 5), Chars(L">" + longer + absent + L"<"));
 }
 
 TEST(BstrHolderTest, HandsItsTextOver) {
   _bstr_t holder;
   *holder.GetAddress() = SysAllocString(L"out");
-  EXPECT_EQ(L"out", Chars(holder));
   const _bstr_t copy(holder.copy(), false);
-  EXPECT_NE(Place(copy), Place(holder));
+  EXPECT_TRUE(copy == holder && Place(copy) != Place(holder));
   BSTR text = holder.Detach();
   EXPECT_TRUE(!holder);
-  _bstr_t owner;
-  owner.Attach(text);
-  EXPECT_EQ(text, owner.GetBSTR());
-  owner.Assign(nullptr);
-  EXPECT_TRUE(!owner);
+  holder.Attach(text);
+  EXPECT_EQ(text, holder.GetBSTR());
+  holder.Assign(nullptr);
+  EXPECT_TRUE(!holder);
 }
 
 TEST(BstrHolderTest, ConvertsNarrowText) {
 #ifdef __MINGW32__
   GTEST_SKIP() << "MinGW-w64 declares the conversion functions but has no library with them";
 #else
-  const _bstr_t text("narrow");
-  EXPECT_EQ(L"narrow", Chars(text));
+  const _bstr_t text = "nar" + _bstr_t(L"row");
   EXPECT_STREQ("narrow", static_cast<const char*>(text));
-  EXPECT_EQ(L"ab", Chars("a" + _bstr_t(L"b")));
   EXPECT_TRUE(!_bstr_t(static_cast<const char*>(nullptr)));
-  EXPECT_TRUE(_variant_t("other") == _variant_t(L"other"));
+  EXPECT_TRUE(_variant_t("narrow") == _variant_t(L"narrow"));
 #endif
 }
 
@@ -92,6 +79,7 @@ TEST(VariantHolderTest, TakesItsTypeFromTheValue) {
   std::vector<int> types;
   for (const _variant_t& value : values) types.push_back(value.vt);
   EXPECT_EQ((std::vector<int>{VT_EMPTY, VT_I4, VT_INT, VT_UINT, VT_UI4, VT_UI2, VT_BSTR}), types);
+  EXPECT_EQ(std::nullopt, Thrown([] { _com_util::CheckError(S_FALSE); }));
   EXPECT_EQ(E_INVALIDARG, Thrown([] { _variant_t value(1L, VT_I8); }));
   EXPECT_EQ(E_INVALIDARG, Thrown([] { _variant_t value(short{1}, VT_I4); }));
   EXPECT_EQ(E_POINTER, Thrown([] { _variant_t value(static_cast<const VARIANT*>(nullptr)); }));
@@ -101,7 +89,7 @@ TEST(VariantHolderTest, TakesItsTypeFromTheValue) {
   EXPECT_EQ(UINT32_MAX, _variant_t(std::numeric_limits<unsigned long>::max()).ulVal);
 }
 
-TEST(VariantHolderTest, AssignsAndConverts) {
+TEST(VariantHolderTest, AssignsConvertsAndCompares) {
   _variant_t value(L"12.6");
   EXPECT_EQ(13L, static_cast<long>(value));
   EXPECT_EQ(12.6, static_cast<double>(value));
@@ -110,36 +98,28 @@ TEST(VariantHolderTest, AssignsAndConverts) {
   value = short{0};  // keeps VT_BOOL
   EXPECT_EQ(VT_BOOL, value.vt);
   value = 5;
-  EXPECT_EQ(VT_INT, value.vt);
   EXPECT_EQ(L"5", Chars(static_cast<_bstr_t>(value)));
-  value = L"text";
-  EXPECT_EQ(DISP_E_TYPEMISMATCH, Thrown([&] { static_cast<void>(static_cast<int>(value)); }));
-}
-
-TEST(VariantHolderTest, ComparesTypeAndValue) {
-  EXPECT_TRUE(_variant_t(L"a") == _variant_t(L"a"));
-  EXPECT_TRUE(_variant_t(L"a") != _variant_t(L"ab"));
-  EXPECT_TRUE(_variant_t(1) != _variant_t(1L));
+  EXPECT_TRUE(value == _variant_t(5) && value != _variant_t(5L));
   EXPECT_TRUE(_variant_t(1LL << 40) != _variant_t(1LL << 41));
   EXPECT_FALSE(_variant_t() == static_cast<const VARIANT*>(nullptr));
+  value = L"text";
+  EXPECT_TRUE(value == _variant_t(L"text") && value != _variant_t(L"texts"));
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, Thrown([&] { static_cast<void>(static_cast<int>(value)); }));
 }
 
 TEST(VariantHolderTest, BalancesReferences) {
   CountedObject object;
   {
     _variant_t value(static_cast<IUnknown*>(&object));
-    EXPECT_EQ(2u, object.references);
     _variant_t copy = value;
     EXPECT_EQ(3u, object.references);
     IUnknown* extracted = copy;
     EXPECT_EQ(4u, object.references);
-    extracted->Release();
+    _variant_t taken(extracted, false);
     _variant_t moved = std::move(copy);
     moved = L"text";
     std::vector<_variant_t> many(3, value);
     many.erase(many.begin());
-    object.AddRef();
-    _variant_t taken(static_cast<IUnknown*>(&object), false);
   }
   EXPECT_EQ(1u, object.references);
 }
@@ -149,7 +129,6 @@ TEST(VariantHolderTest, MovesRawVariants) {
   const BSTR text = raw.bstrVal;
   _variant_t taken(raw, false);
   EXPECT_EQ(VT_EMPTY, raw.vt);
-  EXPECT_EQ(text, taken.bstrVal);
   raw = taken.Detach();
   EXPECT_EQ(VT_EMPTY, taken.vt);
   taken = L"old";

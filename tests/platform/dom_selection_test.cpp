@@ -9,7 +9,8 @@ namespace {
 
 class DomSelectionTest : public DomTest, public testing::WithParamInterface<const char*> {};
 
-INSTANTIATE_TEST_SUITE_P(Dom, DomSelectionTest, testing::Values("documents", "texts", "patterns"));
+INSTANTIATE_TEST_SUITE_P(Dom, DomSelectionTest,
+                         testing::Values("documents", "texts", "patterns", "random"));
 
 TEST_P(DomSelectionTest, GivesTheTextsOfTheNodesInDocumentOrder) {
   const TempFolder folder;
