@@ -126,5 +126,14 @@ TEST_F(DomHostileTest, BoundsPatterns) {
     Texts(L"a[b='" + std::to_wstring(i) + L"']");  // more than are kept
 }
 
+// The search for the first node takes short cuts that the one for all nodes does not: they must
+// agree, as Texts checks.
+TEST_F(DomHostileTest, FindsTheFirstOfAllOnRandomDocuments) {
+  for (const Case& c : ReadCases("platform/dom_random.txt")) {
+    ASSERT_EQ(S_OK, Load(c.Wide("xml")));
+    EXPECT_EQ(c.Wide("texts"), Texts(c.Wide("pattern"))) << c.Where();
+  }
+}
+
 }  // namespace
 }  // namespace Corvane::Test

@@ -9,8 +9,7 @@ namespace {
 
 class DomSelectionTest : public DomTest, public testing::WithParamInterface<const char*> {};
 
-INSTANTIATE_TEST_SUITE_P(Dom, DomSelectionTest,
-                         testing::Values("documents", "texts", "patterns", "random"));
+INSTANTIATE_TEST_SUITE_P(Dom, DomSelectionTest, testing::Values("documents", "texts", "patterns"));
 
 TEST_P(DomSelectionTest, GivesTheTextsOfTheNodesInDocumentOrder) {
   const TempFolder folder;
@@ -26,14 +25,6 @@ TEST_P(DomSelectionTest, GivesTheTextsOfTheNodesInDocumentOrder) {
     ASSERT_TRUE(from);
     EXPECT_EQ(c.Wide("texts"), Texts(c.Wide("pattern"), from.Get()));
   }
-}
-
-TEST_F(DomTest, SelectsTheDocumentItself) {
-  ASSERT_EQ(S_OK, Load(L"<r>x</r>"));
-  EXPECT_EQ(L"#document", NameOf(Find(L"/").Get()));
-  ASSERT_EQ(S_FALSE, Load(L"<r>"));
-  EXPECT_EQ(L"", Texts(L"/"));
-  EXPECT_EQ(L"<none>", Texts(L"//*"));
 }
 
 TEST_F(DomTest, TellsWrongArgumentsFromWrongPatterns) {

@@ -2,6 +2,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <iomanip>
 #include <sstream>
 #include <string>
 
@@ -64,30 +65,28 @@ TEST(CrackUrlTest, FindsThePartsInPlace) {
 }
 
 TEST(CrackUrlTest, ChecksItsArguments) {
+  const auto refused = [](const wchar_t* url, URL_COMPONENTSW* parts) {
+    SetLastError(kSentinel);
+    return !InternetCrackUrlW(url, 0, 0, parts) && GetLastError() == ERROR_INVALID_PARAMETER;
+  };
   URL_COMPONENTSW parts = WantingItsParts();
-  EXPECT_FALSE(InternetCrackUrlW(nullptr, 0, 0, &parts));
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
-  SetLastError(kSentinel);
-  EXPECT_FALSE(InternetCrackUrlW(L"http://h", 0, 0, nullptr));
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
+  EXPECT_TRUE(refused(nullptr, &parts));
+  EXPECT_TRUE(refused(L"http://h", nullptr));
   ASSERT_TRUE(InternetCrackUrlW(L"http://h/xyz", 10, 0, &parts));
   EXPECT_EQ(2u, parts.dwUrlPathLength);
   if (UnderWine()) GTEST_SKIP() << "Wine 8 does not look at dwStructSize";
   EXPECT_EQ(104u, sizeof(parts));
   parts.dwStructSize = 60;
-  SetLastError(kSentinel);
-  EXPECT_FALSE(InternetCrackUrlW(L"http://h", 0, 0, &parts));
-  EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
+  EXPECT_TRUE(refused(L"http://h", &parts));
 }
 
 template <typename Bytes>
 std::string Hex(const Bytes& bytes) {
-  std::string hex;
-  for (const auto byte : std::bit_cast<std::array<unsigned char, sizeof(bytes)>>(bytes)) {
-    hex += "0123456789abcdef"[byte >> 4];
-    hex += "0123456789abcdef"[byte & 15];
+  std::ostringstream hex;
+  for (const int byte : std::bit_cast<std::array<unsigned char, sizeof(bytes)>>(bytes)) {
+    hex << std::hex << std::setw(2) << std::setfill('0') << byte;
   }
-  return hex;
+  return hex.str();
 }
 
 // As in the data file.
@@ -154,16 +153,12 @@ TEST_F(WinsockTest, TellsTheFamilyOfNumericHosts) {
 
 TEST(WinsockVersionTest, IsTheHighestUpToTheOneAskedFor) {
   WSADATA data{};
-  // The versions asked for and granted, with the minor number in the higher byte.
-  for (const auto& [asked, granted] : {std::pair<WORD, WORD>{0x0101, 0x0101},
-                                       {0x0202, 0x0202},
-                                       {0x0001, 0x0001},
-                                       {0x0002, 0x0002},
-                                       {0x0901, 0x0101},
-                                       {0x0902, 0x0202},
-                                       {0x0009, 0x0202}}) {
-    EXPECT_EQ(0, WSAStartup(asked, &data)) << asked;
-    EXPECT_EQ(granted, data.wVersion);
+  // With the minor number in the higher byte.
+  const WORD asked[] = {0x0101, 0x0202, 0x0001, 0x0002, 0x0901, 0x0902, 0x0009};
+  const WORD granted[] = {0x0101, 0x0202, 0x0001, 0x0002, 0x0101, 0x0202, 0x0202};
+  for (std::size_t i = 0; i < std::size(asked); ++i) {
+    EXPECT_EQ(0, WSAStartup(asked[i], &data)) << asked[i];
+    EXPECT_EQ(granted[i], data.wVersion);
     EXPECT_EQ(0x0202, data.wHighVersion);
     EXPECT_EQ(0, WSACleanup());
   }
@@ -188,8 +183,7 @@ TEST(WinsockVersionTest, EveryStartupNeedsItsCleanup) {
   EXPECT_NE(INVALID_SOCKET, made);
   EXPECT_EQ(0, closesocket(made));
   EXPECT_EQ(0, WSACleanup());
-  EXPECT_EQ(INVALID_SOCKET, StreamSocket(AF_INET));
-  EXPECT_EQ(WSANOTINITIALISED, WSAGetLastError());
+  EXPECT_EQ(WSANOTINITIALISED, ErrorOf(static_cast<std::intptr_t>(StreamSocket(AF_INET))));
   EXPECT_EQ(WSANOTINITIALISED, ErrorOf(closesocket(made)));
   EXPECT_EQ(WSANOTINITIALISED, ErrorOf(WSACleanup()));
   if (UnderWine()) GTEST_SKIP() << "Wine 8 reads addresses and connects without WSAStartup";
@@ -231,10 +225,9 @@ TEST_F(WinsockTest, RefusesToConnectToWhatIsNoTarget) {
 }
 
 TEST_F(WinsockTest, RefusesSocketsThatAreNone) {
-  EXPECT_EQ(INVALID_SOCKET, StreamSocket(77));
-  EXPECT_EQ(WSAEAFNOSUPPORT, WSAGetLastError());
-  EXPECT_EQ(INVALID_SOCKET, socket(AF_INET, SOCK_STREAM, IPPROTO_UDP));
-  EXPECT_EQ(WSAEPROTONOSUPPORT, WSAGetLastError());
+  EXPECT_EQ(WSAEAFNOSUPPORT, ErrorOf(static_cast<std::intptr_t>(StreamSocket(77))));
+  const SOCKET datagrams = socket(AF_INET, SOCK_STREAM, IPPROTO_UDP);
+  EXPECT_EQ(WSAEPROTONOSUPPORT, ErrorOf(static_cast<std::intptr_t>(datagrams)));
   const SOCKET made = StreamSocket(AF_INET);
   EXPECT_EQ(0, closesocket(made));
   EXPECT_EQ(WSAENOTSOCK, ErrorOf(closesocket(made)));

@@ -102,7 +102,7 @@ TEST_F(StoreTest, ChildrenOutliveTheirParent) {
 // time-out of five seconds.
 TEST_F(StoreSharingTest, ForksWhileThreadsWriteGroups) {
   std::atomic<bool> stop = false;
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> threads;
   for (int thread = 0; thread < 2; ++thread) {
     threads.emplace_back([&stop, thread] {
       const UniqueHkey key = Opened();
@@ -122,7 +122,6 @@ TEST_F(StoreSharingTest, ForksWhileThreadsWriteGroups) {
   }
   EXPECT_LT(steady_clock::now() - start, seconds(30));
   stop = true;
-  for (std::thread& thread : threads) thread.join();
 }
 
 TEST_F(StoreSharingTest, ThreadsShareHandles) {
@@ -130,7 +129,7 @@ TEST_F(StoreSharingTest, ThreadsShareHandles) {
   constexpr int kRounds = 100;
   const UniqueHkey shared = Opened();
   std::atomic<HKEY> passed = nullptr;  // closed by whichever thread gets it
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> threads;
   for (int thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back([&, thread] {
       for (DWORD i = 0; i < kRounds; ++i) {
@@ -148,7 +147,7 @@ TEST_F(StoreSharingTest, ThreadsShareHandles) {
       }
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  threads.clear();  // joins them
   EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(passed));
   EXPECT_EQ("new", Value(std::to_wstring(kThreads - 1) + L"." + std::to_wstring(kRounds - 1)));
 }
