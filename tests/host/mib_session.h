@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -42,7 +43,6 @@ class MibSession {
   }
 
   MIBConnection* operator->() const { return m_connection.get(); }
-  HRESULT Opened() const { return m_opened; }
   std::string Failure() const { return ToUtf8(m_address->GetLastFailure()); }
 
   std::string Get(const std::string& oid) const { return Read("get", {oid}); }
@@ -51,6 +51,7 @@ class MibSession {
   // leave alone what is there.
   std::string Read(const std::string& operation, const std::vector<std::string>& oids,
                    std::uint32_t room = 64) const {
+    if (!m_connection) return HrText(m_opened);
     std::vector<std::wstring> texts;
     for (const std::string& oid : oids) texts.push_back(ToWide(oid));
     std::vector<const wchar_t*> names;
@@ -73,7 +74,10 @@ class MibSession {
     EXPECT_EQ(shown(), before);
     return HrText(result);
   }
-  std::string Set(const std::string& oid, _variant_t value) const {
+  // A number where the text begins with one.
+  std::string Set(const std::string& oid, const std::string& text) const {
+    const long number = std::atol(text.c_str());
+    _variant_t value = number != 0 ? _variant_t(number) : _variant_t(ToWide(text).c_str());
     return HrText(m_connection->SetValue(ToWide(oid).c_str(), &value));
   }
 

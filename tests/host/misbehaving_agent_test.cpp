@@ -103,7 +103,7 @@ TEST(MisbehavingAgent, SilenceEndsAfterItsTries) {
     EXPECT_EQ(agent->Requests(), 3);
     EXPECT_EQ(session.Read("group", {kBase + "1", kBase + "2"}), kTimedOut);
     EXPECT_EQ(agent->Requests(), 3 + 3 + 1);
-    EXPECT_EQ(session.Set(kBase + "1", _variant_t(1L)), kTimedOut);
+    EXPECT_EQ(session.Set(kBase + "1", "1"), kTimedOut);
     EXPECT_EQ(agent->Requests(), 3 + 3 + 1 + 1);  // it may have been done
   }
 }

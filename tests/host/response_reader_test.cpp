@@ -12,21 +12,6 @@
 namespace Corvane::Test {
 namespace {
 
-// "@70000 xy@" is 70000 bytes of that text.
-std::string Expanded(std::string text) {
-  for (std::size_t begin; (begin = text.find('@')) != text.npos;) {
-    const std::size_t end = text.find('@', begin + 1);
-    const std::size_t blank = text.find(' ', begin);
-    const std::string part = text.substr(blank + 1, end - blank - 1);
-    std::string many;
-    for (const std::size_t size = std::stoul(text.substr(begin + 1)); many.size() < size;) {
-      many += part;
-    }
-    text.replace(begin, end - begin + 1, many);
-  }
-  return text;
-}
-
 struct Read {
   bool done = false;  // before the connection ended
   Host::WireResult result;

@@ -69,6 +69,20 @@ std::vector<std::string> Case::Parts(const std::string& field) const {
   return parts;
 }
 
+std::string Expanded(std::string text) {
+  for (std::size_t begin; (begin = text.find('@')) != text.npos;) {
+    const std::size_t end = text.find('@', begin + 1);
+    const std::size_t blank = text.find(' ', begin);
+    const std::string part = text.substr(blank + 1, end - blank - 1);
+    std::string many;
+    for (const std::size_t size = std::stoul(text.substr(begin + 1)); many.size() < size;) {
+      many += part;
+    }
+    text.replace(begin, end - begin + 1, many);
+  }
+  return text;
+}
+
 std::string ReadData(const std::string& file) {
   std::ifstream stream(std::string(CORVANE_TEST_DATA "/") + file, std::ios::binary);
   if (!stream) Refuse(file, "cannot be opened");

@@ -42,6 +42,9 @@ std::vector<Case> ReadCases(const std::string& file);
 // Prints how many were left out.
 std::vector<Case> CasesHere(const std::string& file);
 
+// Of a text in which "@70000 xy@" stands for 70000 bytes of that text, over and over.
+std::string Expanded(std::string text);
+
 // The bytes of a file below tests/data.
 std::string ReadData(const std::string& file);
 

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
@@ -105,9 +106,11 @@ std::string LoopbackConnection::ReadRequest() {
 }
 
 std::string LoopbackConnection::ReadThrough(std::string_view mark) {
+  std::size_t from = 0;
   do {
-    const std::size_t at = m_buffered.find(mark);
+    const std::size_t at = m_buffered.find(mark, from);
     if (at != m_buffered.npos) return TakeRequest(at + mark.size());
+    from = m_buffered.size() - std::min(m_buffered.size(), mark.size());
   } while (ReceiveMore());
   return {};
 }
