@@ -2,28 +2,19 @@
 #ifndef CORVANE_TESTS_IPP_CALLERS_ATTRIBUTE_H_
 #define CORVANE_TESTS_IPP_CALLERS_ATTRIBUTE_H_
 
-#include <algorithm>
-#include <cstring>
-#include <initializer_list>
+#include <string_view>
 
 #include "corvane/ipp_request.h"
 
 namespace Corvane::Test {
 
-inline IPPAttributeStruct CallersText(std::uint32_t group, int tag, const char* name,
-                                      const char* text) {
+inline IPPAttributeStruct CallersText(std::uint32_t group, int tag, std::string_view name,
+                                      std::string_view text) {
   IPPAttributeStruct attribute{};
   attribute.group = group;
   attribute.valueTag = tag;
-  std::strcpy(attribute.name, name);
-  std::strcpy(attribute.value.text, text);
-  return attribute;
-}
-
-inline IPPAttributeStruct CallersNumbers(std::uint32_t group, int tag, const char* name,
-                                         std::initializer_list<std::int32_t> numbers) {
-  IPPAttributeStruct attribute = CallersText(group, tag, name, "");
-  std::copy(numbers.begin(), numbers.end(), attribute.value.numbers);
+  name.copy(attribute.name, sizeof(attribute.name));
+  text.copy(attribute.value.text, sizeof(attribute.value.text));
   return attribute;
 }
 

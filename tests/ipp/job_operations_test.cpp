@@ -38,11 +38,11 @@ TEST_F(PrintFlowTest, AnOperationIsOneExchangeAboutItsText) {
         EXPECT_EQ(test.code, state.asked.back().operation);
         EXPECT_EQ(uri == kPlain ? 631u : 443u, state.asked.back().head.port);
         EXPECT_EQ("http://files/a.pdf", state.asked.back().attributes[test.attribute]);
-        state.status = Printer::kRefusal;
+        state.Set("status=0x500");
       });
       EXPECT_EQ("ok", run("again")) << "a refusal is the caller's to read";
       EXPECT_EQ("1280", client.Status());
-      printer->Locked([](State& state) { state.http = 401; });
+      printer->Locked([](State& state) { state.Set("http=401"); });
       EXPECT_EQ("failed 1027", run("again"));
     }
   }
@@ -80,7 +80,7 @@ TEST_F(PrintFlowTest, CancelsOnceAndTellsWhyItDoesNot) {
   ASSERT_EQ("ok", client.Begin("half"));
   EXPECT_EQ("ok", client.Cancel());
   EXPECT_EQ("none", client.Cancel());
-  printer->Locked([](State& state) { state.listsJobs = 0; });
+  printer->Locked([](State& state) { state.Set("listsJobs=0"); });
   constexpr wchar_t kCancelJob[] = L"Corvane::IPPProviderImpl::CancelJob";
   const TraceRecorder recorder(kTraceSevere);
   EXPECT_EQ("failed 12029", client.Cancel());

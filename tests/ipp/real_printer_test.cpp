@@ -6,7 +6,6 @@
 #include <string>
 #include <thread>
 
-#include "corvane/corvane.h"
 #include "corvane/handles.h"
 #include "corvane/ipp_provider.h"
 #include "host/network_address.h"
@@ -108,26 +107,6 @@ TEST_P(RealPrinter, CancelsWhatItProcessesAndWhatItHasHalf) {
   AwaitState("7");
   ASSERT_HR(Print("the next one", false), S_OK);
   AwaitState("9");
-}
-
-// Nothing else of the device answers.
-TEST_P(RealPrinter, FitsTheIppMapOfASpecification) {
-  DataCollection* made = nullptr;
-  ASSERT_HR(
-      CreateDataCollectionFromXML(
-          m_address.Get(),
-          L"<DataMaps>"
-          L"<XMLDataMap Protocol='QUARN'><DataItem Name='N' URI='/x' XPath='//x'/></XMLDataMap>"
-          L"<OIDDataMap><DataItem Name='N' OID='1.3.6.1.2.1.25.3.2.1.3.1'/></OIDDataMap>"
-          L"<IPPDataMap><IPPParams Name='printer' ResourceURI='/ipp/print'/>"
-          L"<DataItem Name='N' AttributeID='missing_OR_printer-name'/>"
-          L"<DataItem Name='Size' AttributeID='media-col-default.media-size.x-dimension'/>"
-          L"</IPPDataMap></DataMaps>",
-          &made, nullptr),
-      S_OK);
-  const auto collection = RefPtr<DataCollection>::Adopt(made);
-  EXPECT_EQ("Printer", Asked([&](VARIANT* value) { return made->GetValue(L"N", value); }));
-  EXPECT_EQ("21590", Asked([&](VARIANT* value) { return made->GetValue(L"Size", value); }));
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
+#include <functional>
 #include <sstream>
 #include <string>
 
@@ -43,6 +43,10 @@ class Page {
     return m_bytes.find_first_not_of('\0', static_cast<std::size_t>(position)) == kSize;
   }
 
+  HRESULT Form(IPPOperations* exchange, int operation, IPPRequestBase* request) {
+    return exchange->FormIPPRequestBasedOnOperation(Data(), operation, &position, request);
+  }
+
   int position;
 
  private:
@@ -55,19 +59,16 @@ void AddRecords(const std::string& records, IPPRequestBase* request) {
   std::istringstream lines(records);
   for (std::string line; std::getline(lines, line);) {
     std::istringstream fields(line);
+    std::uint32_t group = 0;
     std::string tagText, name, value;
-    IPPAttributeStruct record{};
-    fields >> record.group >> tagText >> name >> std::ws;
+    fields >> group >> tagText >> name >> std::ws;
     std::getline(fields, value);
-    record.valueTag = std::stoi(tagText, nullptr, 16);
-    std::copy(name.begin(), name.end(), record.name);
+    const int tag = std::stoi(tagText, nullptr, 16);
+    const bool isNumber = tag < 0x30 || (tag | 1) == 0x33;
+    IPPAttributeStruct record = CallersText(group, tag, name, isNumber ? "" : value);
     std::istringstream numbers(value);
-    const bool isNumber = record.valueTag < 0x30 || (record.valueTag | 1) == 0x33;
-    if (!isNumber) std::copy(value.begin(), value.end(), record.value.text);
-    if (isNumber)
-      numbers >> record.value.numbers[0] >> record.value.numbers[1] >> record.value.numbers[2];
-    if (record.valueTag == 0x22)
-      record.value.boolean = static_cast<unsigned char>(record.value.numbers[0]);
+    for (int i = 0; isNumber && numbers >> record.value.numbers[i]; ++i) continue;
+    if (tag == 0x22) record.value.boolean = static_cast<unsigned char>(record.value.numbers[0]);
     request->AddIPPRequest(record);
   }
 }
@@ -101,8 +102,7 @@ TEST(IppRequestEncodingTest, FormsBodies) {
     Apply(c, &exchange, request.Get());
     Page page;
     SetLastError(7);
-    EXPECT_HR(exchange.FormIPPRequestBasedOnOperation(page.Data(), operation, &page.position,
-                                                      request.Get()),
+    EXPECT_HR(page.Form(&exchange, operation, request.Get()),
               static_cast<HRESULT>(c.Number("result")));
     EXPECT_EQ(operation == 11 && c.Find("result") ? 87u : 7u, GetLastError());
     EXPECT_EQ(c.Text("bytes"), page.Written());
@@ -125,9 +125,7 @@ TEST(IppRequestEncodingTest, EndsWhereItsBufferDoes) {
     request->SetJobURI(Xs(uri).c_str());
     request->AddIPPRequest(0, Xs(blob).data(), static_cast<std::int32_t>(blob));
     Page page;
-    EXPECT_HR(exchange.FormIPPRequestBasedOnOperation(page.Data(), operation, &page.position,
-                                                      request.Get()),
-              expected);
+    EXPECT_HR(page.Form(&exchange, operation, request.Get()), expected);
     return page.Written().substr(head);
   };
   const auto uri = [](std::size_t size) { return IppValue(0x45, "job-uri", Xs(size)); };
@@ -167,35 +165,20 @@ TEST(IppRequestEncodingTest, AsksForJobsAsFarAsThereIsRoom) {
 
 TEST(IppRequestPrimitivesTest, WriteAllOfAnAttributeOrNothing) {
   using Op = IPPOperations;
-  using Write = int (*)(char* buffer, const char* name, int* position);
+  using namespace std::placeholders;
+  using Write = std::function<int(char* buffer, const char* name, int* position)>;
   const std::pair<Write, std::string> encoders[] = {
-      {[](char* b, const char* n, int* p) {
-         return Op::AddStringToIPPRequest(b, 0x41, n, "a,b", p);
-       },
-       IppValue(0x41, "n", "a,b")},
-      {[](char* b, const char* n, int* p) {
-         return Op::AddStringToIPPRequest(b, 0x41, n, nullptr, p);
-       },
-       IppValue(0x41, "n", "")},
-      {[](char* b, const char* n, int* p) {
-         return Op::AddStringsToIPPRequest(b, 0x44, n, "ab,, c", p);
-       },
+      {std::bind(Op::AddStringToIPPRequest, _1, 0x41, _2, "a,b", _3), IppValue(0x41, "n", "a,b")},
+      {std::bind(Op::AddStringToIPPRequest, _1, 0x41, _2, nullptr, _3), IppValue(0x41, "n", "")},
+      {std::bind(Op::AddStringsToIPPRequest, _1, 0x44, _2, "ab,, c", _3),
        IppValue(0x44, "n", "ab") + IppValue(0x44, "", "") + IppValue(0x44, "", " c")},
-      {[](char* b, const char* n, int* p) {
-         return Op::AddStringsToIPPRequest(b, 0x44, n, nullptr, p);
-       },
-       IppValue(0x44, "n", "")},
-      {[](char* b, const char* n, int* p) {
-         return Op::AddIntegerToIPPRequest(b, 0x23, n, 0x01020304, p);
-       },
+      {std::bind(Op::AddStringsToIPPRequest, _1, 0x44, _2, nullptr, _3), IppValue(0x44, "n", "")},
+      {std::bind(Op::AddIntegerToIPPRequest, _1, 0x23, _2, 0x01020304, _3),
        IppValue(0x23, "n", "\1\2\3\4")},
-      {[](char* b, const char* n, int* p) { return Op::AddBooleanToIPPRequest(b, n, 1, p); },
-       IppValue(0x22, "n", "\1")},
-      {[](char* b, const char* n, int* p) { return Op::AddRangeToIPPRequest(b, n, -1, 258, p); },
+      {std::bind(Op::AddBooleanToIPPRequest, _1, _2, 1, _3), IppValue(0x22, "n", "\1")},
+      {std::bind(Op::AddRangeToIPPRequest, _1, _2, -1, 258, _3),
        IppValue(0x33, "n", {"\xFF\xFF\xFF\xFF\0\0\1\2", 8})},
-      {[](char* b, const char* n, int* p) {
-         return Op::AddResolutionToIPPRequest(b, n, 3, 600, 1200, p);
-       },
+      {std::bind(Op::AddResolutionToIPPRequest, _1, _2, 3, 600, 1200, _3),
        IppValue(0x32, "n", {"\0\0\2\x58\0\0\4\xB0\3", 9})},
   };
   for (const auto& [write, wire] : encoders) {
@@ -224,16 +207,14 @@ TEST(IppCallersAttributesTest, GoWithTheirGroupAndBlobsLast) {
   request->AddIPPRequest(1, Xs(kSize).data(), kIPPRequestSize - 17);
   request->AddIPPRequest(1, "two", 3);
   request->AddIPPRequest(0, "zero", 4);
-  request->AddIPPRequest(CallersText(1, 0x44, "n", "a"));
-  request->AddIPPRequest(CallersText(0, 0x31, "m", "b,b"));  // a tag without lists
-  request->AddIPPRequest(CallersText(1, 0x44, "n", "c"));
+  AddRecords("1 44 n a\n0 31 m b,b\n1 44 n c", request.Get());  // 31: a tag without lists
   request->AddIPPRequest(CallersText(3, 0x44, "", "no name"));
   const std::string a = IppValue(0x44, "n", "a");
   const std::string c = IppValue(0x44, "n", "c");
+  using Op = IPPOperations;
   const auto add = [&](std::uint32_t group, std::size_t room, HRESULT expected) {
     Page page(kSize - room);
-    EXPECT_HR(IPPOperations::AddIPPAttributesToIPPHeader(page.Data(), request.Get(), &page.position,
-                                                         group),
+    EXPECT_HR(Op::AddIPPAttributesToIPPHeader(page.Data(), request.Get(), &page.position, group),
               expected);
     return page.Written();
   };
@@ -244,7 +225,6 @@ TEST(IppCallersAttributesTest, GoWithTheirGroupAndBlobsLast) {
   EXPECT_EQ("", add(2, kSize, S_OK));
   EXPECT_EQ("", add(3, kSize, E_FAIL));
   Page page;
-  using Op = IPPOperations;
   EXPECT_HR(Op::AddIPPAttributesToIPPHeader(page.Data(), nullptr, &page.position, 0), S_FALSE);
   EXPECT_HR(Op::AddIPPAttributesToIPPHeader(nullptr, request.Get(), &page.position, 0), S_FALSE);
   EXPECT_TRUE(page.IsUntouched());

@@ -25,7 +25,7 @@ class Printer {
  public:
   explicit Printer(const Case& c) : m_server(m_printer.OnSocket(), 631) {
     m_printer.Locked([&](ScriptedPrinter::State& state) {
-      state.silenceMs = 60'000;
+      state.Set("silenceMs=60000");
       state.states = c.Find("states").value_or(state.states);
       state.Set(c.Text("printer"));
       if (c.Find("job")) state.jobs[1] = {"ana", c.Text("job")};

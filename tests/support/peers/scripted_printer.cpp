@@ -16,6 +16,8 @@ using State = ScriptedPrinter::State;
 using Job = ScriptedPrinter::Job;
 using Answer = FakeDevice::Answer;
 
+constexpr int kNever = 0x7FFFFFFF;
+constexpr int kRefusal = 0x0500;   // server-error-internal-error
 constexpr int kNotFound = 0x0406;  // client-error-not-found
 constexpr char kJobUri[] = "ipp://printer/jobs/";
 
@@ -39,6 +41,25 @@ Answer Failure(std::uint32_t error, HRESULT result = E_FAIL) {
 
 }  // namespace
 
+const ScriptedPrinter::Settings ScriptedPrinter::kSettings = {
+    {"listsJobs", 1},   // else such a request fails
+    {"holdsLists", 0},  // they wait until this ends
+    {"showsNewJobs", 1},
+    {"cancels", 1},  // else Cancel-Job is refused
+    // Of the answers to operations with jobs, but lists.
+    {"busy", 0},  // so many documents are refused first
+    {"status", 0},
+    {"http", 200},
+    {"losesAnswers", 0},
+    {"whenWhole", kCompleted},  // what becomes of a job whose document is whole
+    // How many bytes of a document there are when something happens to it.
+    {"dropAt", kNever},
+    {"silentAt", kNever},
+    {"silenceMs", 300},
+    {"endAt", kNever},  // the panel's doing
+    {"endState", kCancelled},
+    {"earlyAt", kNever}};  // `http` and `status` come before the rest is sent
+
 // All with the printer's lock held.
 class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
  public:
@@ -60,17 +81,17 @@ class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
     m_job->document += bytes;
     m_printer.m_changed.notify_all();
     const int size = static_cast<int>(m_job->document.size());
-    if (size >= m_state.endAt) m_job->state = m_state.endState;
-    if (size >= m_state.dropAt) {
+    if (size >= Setting("endAt")) m_job->state = Setting("endState");
+    if (size >= Setting("dropAt")) {
       Abort();
       return End(Failure(kErrorConnection));
     }
-    if (size >= m_state.silentAt) {
-      const std::chrono::milliseconds silence(m_state.silenceMs);
+    if (size >= Setting("silentAt")) {
+      const std::chrono::milliseconds silence(Setting("silenceMs"));
       m_printer.m_changed.wait_for(lock, silence, [this] { return m_state.isOver; });
       return End(Failure(kErrorTimeout));
     }
-    if (size < m_state.earlyAt) {
+    if (size < Setting("earlyAt")) {
       m_isAnswered = head.isWhole;  // nobody sees it taken and not answered
       if (m_isAnswered) FinishDocument();
       return true;
@@ -93,9 +114,9 @@ class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
         AnswerOfPrinter();
         break;
       case IPPOperation::kGetJobs:
-        m_printer.m_changed.wait(lock, [&] { return !m_state.holdsLists || m_state.isOver; });
-        m_answer = m_state.listsJobs ? Answer{LibraryAnswer(0, ListedJobs())}
-                                     : Failure(kErrorCannotConnect);
+        m_printer.m_changed.wait(lock, [&] { return !Setting("holdsLists") || m_state.isOver; });
+        m_answer = Setting("listsJobs") ? Answer{LibraryAnswer(0, ListedJobs())}
+                                        : Failure(kErrorCannotConnect);
         break;
       case IPPOperation::kCancelJob:
       case IPPOperation::kGetJobAttributes:
@@ -105,19 +126,20 @@ class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
         m_answer = Failure(kErrorConnection);
         break;
       default:
-        Reply(m_state.status);
+        Reply(Setting("status"));
     }
     return m_answer;
   }
 
  private:
+  int& Setting(const char* name) { return m_state.settings.at(name); }
   bool End(const Answer& answer) {
     m_answer = answer;
     m_isAnswered = true;
     return false;
   }
   void Reply(int status, std::string_view groups = {}) {
-    m_answer = {LibraryAnswer(status, groups), static_cast<std::uint32_t>(m_state.http)};
+    m_answer = {LibraryAnswer(status, groups), static_cast<std::uint32_t>(Setting("http"))};
   }
   void Abort() {
     if (m_job->state < kCancelled) m_job->state = kAborted;
@@ -169,7 +191,7 @@ class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
                            m_asked.attributes["job-id"] == BigEndian({id});
       if (!isMeant) continue;
       if (m_asked.operation == IPPOperation::kCancelJob) {
-        if (!m_state.cancels) return Reply(kRefusal);
+        if (!Setting("cancels")) return Reply(kRefusal);
         job.state = kCancelled;
       }
       return Reply(0, Group(id));
@@ -182,21 +204,21 @@ class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
     m_id = m_state.jobs.empty() ? 1 : m_state.jobs.rbegin()->first + 1;
     m_job = &m_state.jobs[m_id];
     *m_job = {m_asked.attributes["requesting-user-name"], m_asked.attributes["job-name"],
-              kProcessing, m_printer.UpTime(), m_state.showsNewJobs != 0};
+              kProcessing, m_printer.UpTime(), Setting("showsNewJobs") != 0};
   }
   void FinishDocument() {
-    int status = m_state.status;
-    if (m_state.busy > 0) {
-      --m_state.busy;
+    int status = Setting("status");
+    if (Setting("busy") > 0) {
+      --Setting("busy");
       status = IPPStatus::kServerErrorBusy;
     } else if (m_job->state == kCancelled) {
       status = IPPStatus::kServerErrorJobCanceled;
     }
-    const bool isTaken = m_state.http == 200 && status <= IPPStatus::kLastSuccess;
+    const bool isTaken = Setting("http") == 200 && status <= IPPStatus::kLastSuccess;
     if (!isTaken) Abort();
-    if (m_job->state < kCancelled) m_job->state = m_state.whenWhole;
+    if (m_job->state < kCancelled) m_job->state = Setting("whenWhole");
     Reply(status, isTaken ? Group(m_id) : "");
-    if (m_state.losesAnswers) m_answer = Failure(kErrorInvalidResponse, kAnswerLost);
+    if (Setting("losesAnswers")) m_answer = Failure(kErrorInvalidResponse, kAnswerLost);
     m_printer.m_changed.notify_all();
   }
 
@@ -210,27 +232,11 @@ class ScriptedPrinter::Exchange final : public FakeDevice::Exchange {
   Answer m_answer;
 };
 
-void ScriptedPrinter::Settings::Set(const std::string& numbers) {
-  using S = Settings;
-  static const std::map<std::string, int S::*> kNumbers = {{"listsJobs", &S::listsJobs},
-                                                           {"holdsLists", &S::holdsLists},
-                                                           {"showsNewJobs", &S::showsNewJobs},
-                                                           {"cancels", &S::cancels},
-                                                           {"busy", &S::busy},
-                                                           {"status", &S::status},
-                                                           {"http", &S::http},
-                                                           {"losesAnswers", &S::losesAnswers},
-                                                           {"whenWhole", &S::whenWhole},
-                                                           {"dropAt", &S::dropAt},
-                                                           {"silentAt", &S::silentAt},
-                                                           {"endAt", &S::endAt},
-                                                           {"endState", &S::endState},
-                                                           {"earlyAt", &S::earlyAt}};
+void State::Set(const std::string& numbers) {
   std::istringstream each(numbers);
   for (std::string setting; each >> setting;) {
     const std::size_t equals = setting.find('=');
-    this->*kNumbers.at(setting.substr(0, equals)) =
-        std::stoi(setting.substr(equals + 1), nullptr, 0);
+    settings.at(setting.substr(0, equals)) = std::stoi(setting.substr(equals + 1), nullptr, 0);
   }
 }
 

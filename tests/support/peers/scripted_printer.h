@@ -20,8 +20,6 @@ namespace Corvane::Test {
 // Any number of threads. Its host text is a USB port name, so that nobody probes it.
 class ScriptedPrinter final : public FakeDevice {
  public:
-  static constexpr int kNever = 0x7FFFFFFF;
-  static constexpr int kRefusal = 0x0500;  // server-error-internal-error
   // Job states (RFC 8011, 5.3.7).
   static constexpr int kProcessing = 5;
   static constexpr int kCancelled = 7;
@@ -44,39 +42,22 @@ class ScriptedPrinter final : public FakeDevice {
     std::map<std::string, std::string> attributes;
   };
 
-  // What a test may tell it.
-  struct Settings {
+  // What a test may tell it in numbers, by the names of data files; kSettings has them.
+  using Settings = std::map<std::string, int>;
+  static const Settings kSettings;
+  struct State {
+    Settings settings = kSettings;
     // "5 media-empty,spool-area-full;3 none": its states and reasons, one for each question; the
     // last one stays. Empty: it does not tell.
     std::string states = "3 none";
-    int listsJobs = 1;   // else such a request fails
-    int holdsLists = 0;  // they wait until this ends
-    int showsNewJobs = 1;
-    int cancels = 1;  // else Cancel-Job is refused
-    // Of the answers to operations with jobs, but lists.
-    int busy = 0;  // so many documents are refused first
-    int status = 0;
-    int http = 200;
-    int losesAnswers = 0;
-    int whenWhole = kCompleted;  // what becomes of a job whose document is whole
-    // How many bytes of a document there are when something happens to it.
-    int dropAt = kNever;
-    int silentAt = kNever;
-    int silenceMs = 300;
-    int endAt = kNever;  // the panel's doing
-    int endState = kCancelled;
-    int earlyAt = kNever;  // `http` and `status` come before the rest is sent
-
-    // The numbers by their names, as a data file has them: "status=1 busy=2".
-    void Set(const std::string& numbers);
-  };
-  struct State : Settings {
     // What has happened.
     std::map<int, Job> jobs;  // by id
     std::vector<Asked> asked;
     int openRequests = 0;
     bool isOver = false;  // nobody waits any longer
 
+    // "status=1 busy=2".
+    void Set(const std::string& numbers);
     int Count(int operation) const;
     // The job that came last.
     Job& Latest() { return jobs.rbegin()->second; }
