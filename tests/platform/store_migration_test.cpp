@@ -1,6 +1,9 @@
 // Stores of the version before, whose names were folded by the C library (Linux).
 #include <sqlite3.h>
 
+#include <chrono>
+#include <csignal>
+#include <thread>
 #include <vector>
 
 #include "tests/platform/store_fixture.h"
@@ -143,8 +146,38 @@ TEST_F(StoreMigrationTest, ReadsOnWhereItCannotMigrate) {
   MakeOld(File(), kRows + "CREATE TABLE value2(x);");
   EXPECT_EQ(ERROR_REGISTRY_CORRUPT, Write());
   EXPECT_EQ(0, ReadOld());
-  EXPECT_EQ("5;", Sqlite(File()).Run("SELECT count(*) FROM node"));
-  EXPECT_EQ("0;", Sqlite(File()).Run("SELECT count(*) FROM sqlite_schema WHERE name = 'node2'"));
+  EXPECT_EQ("1|5;", Sqlite(File()).Run("SELECT 1, count(*) FROM node"));
+}
+
+// Later each time, until it is done before.
+TEST_F(StoreMigrationTest, LeavesTheOldOrTheNewStoreWhenKilled) {
+  std::string rows;
+  for (int i = 0; i < 2000; ++i) {
+    const std::string name = "'N" + std::to_string(i) + "'";
+    rows.append(i > 0 ? ",(3," : "(3,")
+        .append(name)
+        .append(",")
+        .append(name)
+        .append(",zeroblob(100))");
+  }
+  const TestStore old;
+  MakeOld(old.File(), kRows + AddValues(rows));
+  bool done = false;
+  for (std::chrono::microseconds delay(500); !done; delay += delay / 4) {
+    const TestStore store;
+    std::filesystem::create_directory(store.File().parent_path());
+    std::filesystem::copy_file(old.File(), store.File());
+    const pid_t child = Start([] { return Write() == ERROR_FILE_NOT_FOUND ? 0 : 1; });
+    std::this_thread::sleep_for(delay);
+    kill(child, SIGKILL);
+    done = Wait(child) == 0;
+    Sqlite sqlite(store.File());
+    const bool isNew = sqlite.Run("PRAGMA user_version") == "2;";
+    EXPECT_EQ(isNew ? "2003;" : "2004;",
+              sqlite.Run(std::string("SELECT count(*) FROM ") + (isNew ? "value2" : "value")));
+    EXPECT_EQ("ok;", sqlite.Run("PRAGMA integrity_check"));
+    EXPECT_TRUE(isNew || !done);
+  }
 }
 
 }  // namespace
