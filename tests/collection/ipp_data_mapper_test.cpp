@@ -30,7 +30,7 @@ class IppDataMapperTest : public DeviceTest {
     attributes.Integer(IPPTag::kEnum, "job-state", 5);
     attributes.Delimiter(IPPTag::kEndOfAttributes);
     for (const wchar_t* const path : {L"/ipp/print", L"/ipp/two"}) {
-      m_device->Serve(631, path, std::string(answer, static_cast<std::size_t>(length)));
+      m_device->Serve(kIppPort, path, std::string(answer, static_cast<std::size_t>(length)));
     }
   }
 };

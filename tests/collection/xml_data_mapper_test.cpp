@@ -12,7 +12,7 @@ class FakeProvider final : public Counted<IXMLProvider> {
 
   std::wstring text = L"3";
   HRESULT result = S_OK;
-  std::uint32_t port = 8080;
+  std::uint32_t port = kQuarnPort;
 
   std::uint32_t GetPort() override { return port; }
   HRESULT GetValue(const wchar_t* uri, const wchar_t* xpath, wchar_t* buffer,
@@ -89,7 +89,7 @@ TEST_F(XMLDataMapperTest, ProviderCodesComeBackAsTheyAre) {
 
 TEST_F(XMLDataMapperTest, NamesItsMapByThePort) {
   const std::pair<std::uint32_t, const wchar_t*> kNames[] = {
-      {80, L"PLSXML"}, {7627, L"WS"}, {8080, L"QUARN"}, {443, L""}};
+      {kHttpPort, L"PLSXML"}, {kWsPort, L"WS"}, {kQuarnPort, L"QUARN"}, {kIppsPort, L""}};
   for (const auto& [port, protocol] : kNames) {
     m_provider->port = port;
     EXPECT_EQ(std::wstring(L"XMLDataMap[@Protocol='") + protocol + L"']",

@@ -69,7 +69,7 @@ inline Exchanged GetExchanged(const Owned<Address>& address, HTTPRequest* reques
 using Configure = std::function<void(HTTPRequest*)>;
 
 inline Exchanged Exchange(const Owned<Address>& address, const std::wstring& path,
-                          const Configure& configure = {}, std::uint32_t port = 8080) {
+                          const Configure& configure = {}, std::uint32_t port = kQuarnPort) {
   HTTPRequest* made = nullptr;
   EXPECT_EQ(address->CreateHTTPRequest(&made, port), S_OK);
   if (!made) return {};

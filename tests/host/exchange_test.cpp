@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <mutex>
 #include <sstream>
 #include <string>
@@ -32,7 +31,11 @@ struct Device {
   explicit Device(const Case& c) : m_case(c), m_answers(c.Parts("answers")) {}
 
   void Serve(LoopbackConnection& connection) {
-    m_last = &connection;
+    SetLast(&connection);
+    Answer(connection);
+    SetLast(nullptr);
+  }
+  void Answer(LoopbackConnection& connection) {
     for (std::string request; !(request = connection.ReadRequest()).empty();) {
       std::unique_lock lock(m_mutex);
       m_saw += std::to_string(connection.m_number) + ' ' + Shown(request) + '|';
@@ -44,10 +47,20 @@ struct Device {
     }
   }
 
+  void SetLast(LoopbackConnection* connection) {
+    const std::lock_guard lock(m_mutex);
+    m_last = connection;
+  }
+  // What nobody asked for, on the connection that is open.
+  void SendLate() {
+    const std::lock_guard lock(m_mutex);
+    if (m_last) m_last->Send(m_case.Text("late"));
+  }
+
   const Case& m_case;
   const std::vector<std::string> m_answers;
-  std::atomic<LoopbackConnection*> m_last = nullptr;
-  std::mutex m_mutex;  // guards the next two
+  std::mutex m_mutex;  // guards the next ones
+  LoopbackConnection* m_last = nullptr;
   std::size_t m_answered = 0;
   std::string m_saw;
 };
@@ -82,7 +95,7 @@ TEST(Exchange, IsWhatItsAnswersAllow) {
     std::string came;
     for (const std::string& request : c.Parts("requests")) {
       came += Told(ExchangeOf(c, address, request)) + '|';
-      if (c.Find("late") && device.m_last) device.m_last.load()->Send(c.Text("late"));
+      if (c.Find("late")) device.SendLate();
     }
     const std::string failure = ToUtf8(address->GetLastFailure());
     const std::size_t reason = failure.find(": ");

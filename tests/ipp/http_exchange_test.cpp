@@ -24,7 +24,7 @@ class HttpExchangeTest : public ::testing::Test {
     m_request->SetUsername("user\xC3\xA9");
     m_request->SetPassword("secret");
     m_request->AddExtraHTTPHeader(L"X-Cache-Control-Too", L"1");
-    m_device->Serve(631, L"/ipp/print", "body");
+    m_device->Serve(kIppPort, L"/ipp/print", "body");
     for (IPPOperations* const each : {&*m_operations, &m_other}) {
       each->SetResourceURI("/ipp/print");
       each->SetAttributeName("all");
@@ -37,7 +37,7 @@ class HttpExchangeTest : public ::testing::Test {
     EXPECT_EQ("", m_device->faults);
   }
 
-  FakeDevice::Answer& Answer() { return m_device->answers[{631, L"/ipp/print"}]; }
+  FakeDevice::Answer& Answer() { return m_device->answers[{kIppPort, L"/ipp/print"}]; }
   HRESULT Ask(int operation) {
     return m_operations->SendIPPRequest(operation, &m_response, m_request.Get(), false);
   }
@@ -86,7 +86,7 @@ TEST_F(HttpExchangeTest, CallsTheHostInOrder) {
   expect(Encoded(IPPOperation::kGetPrinterAttributes));
 
   RefPtr<HTTPRequest> own;
-  m_device->CreateIPPHTTPRequest(own.Receive(), 631);
+  m_device->CreateIPPHTTPRequest(own.Receive(), kIppPort);
   m_device->calls.clear();
   EXPECT_HR(m_operations->SendIPPRequest(own.Get(), m_request.Get(), IPPOperation::kCreateJob,
                                          &m_response),
@@ -142,7 +142,7 @@ TEST_F(HttpExchangeTest, SendsNothingWhenThereIsNothingToSend) {
   EXPECT_HR(m_operations->SendIPPRequest(2, &m_response, nullptr, false), E_FAIL);
   for (const bool withRequest : {false, true}) {
     RefPtr<HTTPRequest> request;
-    if (withRequest) m_device->CreateIPPHTTPRequest(request.Receive(), 443);
+    if (withRequest) m_device->CreateIPPHTTPRequest(request.Receive(), kIppsPort);
     SetLastError(0);
     EXPECT_HR(m_operations->SendIPPRequest(request.Get(), withRequest ? nullptr : m_request.Get(),
                                            5, &m_response),

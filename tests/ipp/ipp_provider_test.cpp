@@ -196,7 +196,7 @@ TEST_F(IppProviderTest, TriesCredentialsOnTheCallersRequest) {
   ASSERT_TRUE(provider && plain);
   const auto check = [&](const Provider& asked) {
     RefPtr<HTTPRequest> httpRequest;
-    m_device->CreateIPPHTTPRequest(httpRequest.Receive(), 443);
+    m_device->CreateIPPHTTPRequest(httpRequest.Receive(), kIppsPort);
     return asked->CheckAuthorization(httpRequest.Get(), request.Get());
   };
   for (const Case& c : ReadCases("ipp/authorization.txt")) {

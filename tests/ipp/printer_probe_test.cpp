@@ -51,7 +51,7 @@ TEST(PrinterProbe, FindsThePrinterByItsPorts) {
     }
     const auto device = RefPtr<FakeDevice>::Share(new FakeDevice);
     device->host = c.Wide("host");
-    device->Serve(631, L"/ipp/print", LibraryAnswer(0, ""));
+    device->Serve(kIppPort, L"/ipp/print", LibraryAnswer(0, ""));
     SetLastError(7);
     const auto provider =
         RefPtr<IPPProvider>::Adopt(CreateIPPPrintProvider(device.Get(), L"ipp://h/ipp/print"));

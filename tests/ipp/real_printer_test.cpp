@@ -33,11 +33,11 @@ class RealPrinter : public ::testing::TestWithParam<bool> {
                                                    "/hold' ]; do sleep 0.02; done\n");
     std::filesystem::permissions(command, std::filesystem::perms::owner_all);
     std::filesystem::create_directory(folder.Path() / "keys");
-    ASSERT_TRUE(m_printer.Start("-f text/plain -K keys -c '" + command.string() + "'", 631))
+    ASSERT_TRUE(m_printer.Start("-f text/plain -K keys -c '" + command.string() + "'", kIppPort))
         << m_printer.Failure();
     Host::NetworkOptions options;
     options.host = L"127.0.0.1";
-    options.portMap = {{kIppsPort, 631}};
+    options.portMap = {{kIppsPort, kIppPort}};
     options.pinFile = (folder.Path() / "pins").string();
     m_address = RefPtr<Address>::Adopt(Host::CreateNetworkAddress(options));
     m_provider = RefPtr<IPPProvider>::Adopt(

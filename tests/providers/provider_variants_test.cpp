@@ -12,8 +12,8 @@ class VariantsTest : public DeviceTest {
  protected:
   static RefPtr<IXMLProvider> Make(std::uint32_t port, Address* address) {
     IXMLProvider* made = nullptr;
-    if (port == 8080) made = CreateQUARNProvider(address);
-    if (port == 7627) made = CreateWSProvider(address);
+    if (port == kQuarnPort) made = CreateQUARNProvider(address);
+    if (port == kWsPort) made = CreateWSProvider(address);
     if (port == 80) made = PLSXMLProviderImpl::Create(address);
     return RefPtr<IXMLProvider>::Adopt(made);
   }
@@ -23,7 +23,7 @@ class VariantsTest : public DeviceTest {
     return Make(port, m_device.Get());
   }
   RefPtr<IXMLProvider> OpenWs() {
-    return Open(7627, L"/device", "<e xmlns:dd='u'><dd:MakeAndModel>M</dd:MakeAndModel></e>");
+    return Open(kWsPort, L"/device", "<e xmlns:dd='u'><dd:MakeAndModel>M</dd:MakeAndModel></e>");
   }
 
   wchar_t m_buffer[400] = L"";
@@ -53,7 +53,7 @@ TEST_F(VariantsTest, NullAddressIsABadArgument) {
 TEST_F(VariantsTest, QuarnResolvesResourceTypesThroughTheTreeOnce) {
   if (UnderWine()) GTEST_SKIP() << "Wine's DOM answers //.[filter]/name wrongly";
   const auto opened =
-      Open(8080, L"/DevMgmt/DiscoveryTree.xml", ReadData("providers/discovery_tree.xml"));
+      Open(kQuarnPort, L"/DevMgmt/DiscoveryTree.xml", ReadData("providers/discovery_tree.xml"));
   auto* const provider = dynamic_cast<QUARNProvider*>(opened.Get());
   ASSERT_NE(nullptr, provider);
   TakeCalls();
@@ -62,7 +62,7 @@ TEST_F(VariantsTest, QuarnResolvesResourceTypesThroughTheTreeOnce) {
   };
   for (const Case& c : ReadCases("providers/quarn_resources.txt")) {
     SCOPED_TRACE(c.Where());
-    m_device->Serve(8080, c.Wide("path").c_str(), "<c><v>" + c.Where() + "</v></c>");
+    m_device->Serve(kQuarnPort, c.Wide("path").c_str(), "<c><v>" + c.Where() + "</v></c>");
     EXPECT_HR(get(c.Wide("uri").c_str()), S_OK);
     EXPECT_EQ(ToWide(c.Where()), m_buffer);
     EXPECT_EQ(L"CreateHTTPRequest 8080, SetURI " + c.Wide("path") +

@@ -106,7 +106,7 @@ TEST(NetworkOptions, AreTakenFromTheCommandLine) {
   const Tool::NetworkArguments& network = options->network;
   EXPECT_EQ(network.timeoutMs, 1500u);
   EXPECT_EQ(network.portMap, (std::map<std::uint32_t, std::uint32_t>{{80, 81}}));
-  EXPECT_EQ(network.tlsPorts, std::set<std::uint32_t>{443});
+  EXPECT_EQ(network.tlsPorts, std::set<std::uint32_t>{kIppsPort});
   EXPECT_EQ(network.caFile, "f");
 }
 

@@ -23,7 +23,7 @@ using Clock = std::chrono::steady_clock;
 // On port 631, as the case wants it.
 class Printer {
  public:
-  explicit Printer(const Case& c) : m_server(m_printer.OnSocket(), 631) {
+  explicit Printer(const Case& c) : m_server(m_printer.OnSocket(), kIppPort) {
     m_printer.Locked([&](ScriptedPrinter::State& state) {
       state.Set("silenceMs=60000");
       state.states = c.Find("states").value_or(state.states);
@@ -126,7 +126,7 @@ TEST_F(PrintTest, DataMapsReadAPrinter) {
     Expect("get --device " + device + " --spec @data@/printer.xml Name", "Name\tp\n");
   }
   printer.reset();
-  const LoopbackServer old(LoopbackServer::AnswerEach(IppResponse(kVersion1Answer)), 631);
+  const LoopbackServer old(LoopbackServer::AnswerEach(IppResponse(kVersion1Answer)), kIppPort);
   const std::string version = "the printer speaks IPP 1.x, and 2.0 is needed: update *\n";
   Expect("dump --device localhost --spec @data@/printer.xml", "",
          "corvane: no data map fits *\ncorvane: data map 1 (IPP): " + version, 3);
@@ -137,8 +137,8 @@ TEST_F(PrintTest, DataMapsReadAPrinter) {
 TEST_F(PrintTest, PasswordGoesToKnownKeysAlone) {
   std::filesystem::create_directory(m_folder.Path() / "keys");
   Ippeveprinter printer;
-  ASSERT_TRUE(
-      printer.Start("-f application/pdf -s 10,5 -K '" + Utf8(m_folder.Path() / "keys") + "'", 631))
+  ASSERT_TRUE(printer.Start(
+      "-f application/pdf -s 10,5 -K '" + Utf8(m_folder.Path() / "keys") + "'", kIppPort))
       << printer.Failure();
   setenv("CORVANE_PASSWORD", "canary-7", 1);
   Save("%PDF-1.4\n");
