@@ -19,8 +19,6 @@ constexpr char kDefaultResourceUri[] = "/ipp/printer";
 // Values of one attribute that have a number of their own.
 constexpr std::size_t kMaxNumbered = 999;
 
-bool HasText(const wchar_t* text) { return text && *text; }
-
 // "name.002" as "name" and 2; any other name as it is and 0.
 std::pair<std::wstring_view, std::size_t> WithoutNumber(std::wstring_view name) {
   constexpr std::size_t kSuffix = 4;

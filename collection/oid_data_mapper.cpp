@@ -7,12 +7,11 @@
 
 #include "base/oid.h"
 #include "core/com.h"
+#include "core/text.h"
 #include "core/trace.h"
 
 namespace Corvane {
 namespace {
-
-bool HasText(const wchar_t* text) { return text && *text; }
 
 // One of those that a group's request asks for.
 bool IsGroupMember(OIDDataItemSpec& item) {

@@ -17,6 +17,12 @@ std::string Narrow(std::wstring_view wide);
 // The same from UTF-8, whatever the system's code page.
 UniqueBstr BstrFromUtf8(std::string_view utf8);
 
+// Whether an argument or a member was given, and holds something.
+template <typename Char>
+constexpr bool HasText(const Char* text) {
+  return text && *text;
+}
+
 // Copies `text` with its terminator when `bufferSize` characters hold it: 0, else E_OUTOFMEMORY,
 // with a null buffer too. *requiredLength is the text's length + 1 in either case.
 HRESULT CopyToBuffer(std::wstring_view text, wchar_t* buffer, std::uint32_t bufferSize,

@@ -14,8 +14,6 @@ namespace {
 
 constexpr DWORD kListPauseMs = 500;
 
-bool HasText(const char* text) { return text && *text; }
-
 // Takes the authorization out of the headers of a set for as long as it lives: what was given for
 // an ipps URI does not go over a connection that anybody can read.
 class WithoutAuthorization {
